@@ -1,0 +1,18 @@
+// The commands of pondera-cli; each gets the arguments after its name and
+// returns the exit code.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace cli {
+
+using Args = std::vector<std::string>;
+
+int RunMoments(const Args& args); // moments DIST P1 [P2 [P3]]
+int RunPdf(const Args& args);     // pdf DIST P1 P2 P3 P4 --range LOW HIGH --points N
+int RunPnc(const Args& args);     // pnc DIST P1 P2 P3 P4 [--lsl X] [--usl X], or lines on stdin
+int RunFit(const Args& args);     // fit MEAN SD SKEW KURT, or lines on stdin
+int RunPlot(const Args& args);    // plot --dist NAME ... (the window's code path, headless)
+
+} // namespace cli

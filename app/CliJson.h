@@ -1,0 +1,35 @@
+// JSON output of the command-line tool: one object per answer, numbers with 17
+// significant digits, plus what the error path and message boxes recorded.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+std::string Quote(std::string_view text);
+std::string Number(double value); // 17 significant digits; NaN and inf become null
+std::string NumberArray(const std::vector<double>& values);
+
+// Builds one JSON object member by member.
+class JsonObject {
+public:
+    JsonObject& Add(std::string_view key, double value);
+    JsonObject& AddRaw(std::string_view key, std::string_view json);
+    JsonObject& AddString(std::string_view key, std::string_view value);
+    // Adds "messages" and "errors" from the recording face and clears it.
+    JsonObject& AddRecorded();
+    std::string Str() const;
+
+private:
+    std::string body_;
+};
+
+// Parses a command-line number with the input-field rule; false when it is not one.
+bool ParseArg(const std::string& text, double& value);
+
+// Prints usage to stderr and returns 2.
+int Usage();
+
+} // namespace cli

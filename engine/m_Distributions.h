@@ -1,0 +1,74 @@
+// The distribution catalogue, parameter checks, moments and densities.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace m_Distributions {
+
+// ---- Catalogue -------------------------------------------------------------
+// One row per user-facing distribution; the window fills its controls from it.
+struct ParamSlot {
+    const char* Label = nullptr;       // caption of lb_ParamN, nullptr = hidden
+    const char* DefaultText = nullptr; // text put into tb_ParamN on selection
+};
+
+struct CatalogueEntry {
+    const char* Name;           // user-facing name, compared exactly
+    int Code;                   // distribution code (1..9)
+    const char* CalculatorKey;  // key of the distribution calculator
+    std::array<ParamSlot, 4> Slots;
+    const char* MinimumSlot;    // which parameter is the support's minimum: "", "2" or "3"
+};
+
+// The nine distributions in the order of the start-up list.
+const std::vector<CatalogueEntry>& Catalogue();
+// nullptr when the name is not one of the nine.
+const CatalogueEntry* FindDistribution(const std::string& name);
+
+// The list after leaving moments mode, in its own order.
+const std::vector<std::string>& ClassicalListOrder();
+// The list in moments mode.
+const std::vector<std::string>& MomentsListOrder();
+
+// Distribution codes.
+inline constexpr int kNormal = 1, kTriangular = 2, kExponential = 3, kLogNormal = 4,
+                     kWeibull = 5, kUniform = 6, kJohnsonSB = 7, kJohnsonSU = 8,
+                     kJohnsonSL = 9;
+
+// ---- Parameter checks (true = valid; a message box has been shown otherwise) ----
+bool CheckParam1(const std::string& name, double p1, double p2, double p3);
+bool CheckParam2(const std::string& name, double p1, double p2, double p3);
+bool CheckParam3(const std::string& name, double p1, double p2, double p3);
+
+// ---- Moments of the six classical families by code -----------------------------
+// Program-wide switch: subtract 3 from every kurtosis. Nothing sets it.
+extern bool ExcessKurtosis;
+
+double mean(int code, double p1, double p2, double p3);
+double StDev(int code, double p1, double p2, double p3);
+double Skewness(int code, double p1, double p2, double p3);
+double Kurtosis(int code, double p1, double p2, double p3);
+
+// ---- Densities -------------------------------------------------------------
+// Density values on x(i) = low + (i - 1)(high - low)/N, returned 1-based in a
+// vector of N + 1 elements (element 0 unused).
+std::vector<double> GetPDFData(const std::string& name, double low, double high, int n,
+                               double p1, double p2, double p3, double p4);
+
+double Normal_PDF(double x, double mean, double sd);
+double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double xi);
+double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double xi);
+double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double xi);
+
+// ---- Cumulative probability at a limit (calculator key, limit, parameters) ----
+double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3,
+               double p4);
+double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3,
+               double p4);
+// The same probability as 1 - PNC_USL, computed directly so the upper tail keeps its digits.
+double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double p2, double p3,
+                     double p4);
+
+} // namespace m_Distributions

@@ -1,0 +1,112 @@
+// The one error path: run-time errors, the per-procedure trap and the
+// floating-point checks.
+//
+// A procedure keeps its label next to it and wraps its body:
+//
+//     constexpr const char* kMean = "Pondera.m_Distributions.mean";
+//     double mean(int code, double p1, double p2, double p3) {
+//         double result = 0;
+//         support::Trap(kMean, [&] { result = support::ck(...); });
+//         return result;
+//     }
+//
+// On an error the trap hands it to m_Interface::HandleErrors with the label and
+// the procedure returns whatever its result held, as the old runtime did.
+#pragma once
+
+#include <cfenv>
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace support {
+
+// Error numbers of the old runtime that the floating-point checks raise.
+inline constexpr int32_t kErrInvalidCall = 5;   // "Invalid procedure call or argument"
+inline constexpr int32_t kErrOverflow = 6;      // "Overflow"
+inline constexpr int32_t kErrDivByZero = 11;    // "Division by zero"
+inline constexpr int32_t kErrException = 10000; // raised by the exception filter
+
+// The application's title; also the source of run-time errors raised by our own code.
+inline constexpr const char* kAppTitle = "Pondera";
+
+struct RunTimeError : std::exception {
+    int32_t Number = 0;
+    std::string Source;
+    std::string Description;
+
+    RunTimeError() = default;
+    RunTimeError(int32_t number, std::string source, std::string description)
+        : Number(number), Source(std::move(source)), Description(std::move(description)) {}
+    const char* what() const noexcept override { return Description.c_str(); }
+};
+
+// The current error, as the old runtime's Err object: set by the trap before it
+// calls HandleErrors, cleared by HandleErrors.
+RunTimeError& Err();
+
+[[noreturn]] void Raise(int32_t number, const std::string& source, const std::string& description);
+
+// Standard description for the old runtime's error numbers (5, 6, 11, ...).
+std::string DescriptionOf(int32_t number);
+
+// Throws the matching run-time error when overflow, division by zero or an
+// invalid operation has happened since the innermost trap began.
+void CheckFp();
+
+// Checks the floating-point flags once `v` has been computed, then returns it.
+// Use it where a value is stored, so that a faulty value never lands in a result.
+inline double ck(double v) {
+    asm volatile("" : "+x"(v)); // keep the computation of v before the flag test
+    CheckFp();
+    return v;
+}
+
+namespace detail {
+// Saves and clears the floating-point flags for the scope of one trap and puts
+// the caller's flags back afterwards, so every procedure sees only its own faults.
+class FpScope {
+public:
+    FpScope();
+    ~FpScope();
+    FpScope(const FpScope&) = delete;
+    FpScope& operator=(const FpScope&) = delete;
+
+private:
+    std::fexcept_t saved_{};
+};
+
+// Depth of nested traps on this thread; the signal translator only throws inside one.
+int& TrapDepth();
+
+void Dispatch(const char* label, std::exception_ptr error) noexcept;
+} // namespace detail
+
+// The error trap of one procedure: runs body; any run-time error (also one
+// translated from a hardware fault, or a floating-point fault found at the end)
+// goes to HandleErrors with the label. Never throws.
+template <class Body> void Trap(const char* label, Body&& body) noexcept {
+    detail::FpScope fp;
+    ++detail::TrapDepth();
+    try {
+        body();
+        CheckFp();
+    } catch (...) {
+        detail::Dispatch(label, std::current_exception());
+    }
+    --detail::TrapDepth();
+}
+
+// As Trap, but errors are ignored (cleared, not reported): "On Error Resume Next".
+template <class Body> void TrapIgnore(Body&& body) noexcept {
+    detail::FpScope fp;
+    ++detail::TrapDepth();
+    try {
+        body();
+    } catch (...) {
+    }
+    --detail::TrapDepth();
+}
+
+} // namespace support

@@ -1,0 +1,9 @@
+#include "tests/helpers/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    testing_support::IsolateUserFiles();
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,53 @@
+#include "tests/helpers/TestSupport.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <unistd.h>
+
+namespace testing_support {
+
+void IsolateUserFiles() {
+    namespace fs = std::filesystem;
+    const fs::path dir = fs::temp_directory_path() / ("pondera-test-" + std::to_string(getpid()));
+    fs::create_directories(dir);
+    setenv("PONDERA_ERROR_LOG", (dir / "errorlog.txt").c_str(), 0);
+    setenv("PONDERA_REGISTRY", (dir / "registry.sqlite3").c_str(), 0);
+    setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 0);
+    setenv("XDG_STATE_HOME", (dir / "state").c_str(), 0);
+}
+
+void RecordingTest::SetUp() {
+    support::SetFace(nullptr);
+    support::Recorder().Clear();
+}
+
+std::vector<std::string> RecordingTest::ErrorLabels() const {
+    std::vector<std::string> labels;
+    for (const auto& e : support::Recorder().AllErrors())
+        for (int i = 0; i < e.Count; ++i) labels.push_back(e.Label);
+    return labels;
+}
+
+std::vector<std::string> RecordingTest::MessageTexts() const {
+    std::vector<std::string> texts;
+    for (const auto& m : support::Recorder().Messages) texts.push_back(m.Text);
+    return texts;
+}
+
+const std::vector<double>& BadValues() {
+    static const std::vector<double> values = {
+        std::numeric_limits<double>::quiet_NaN(),
+        std::numeric_limits<double>::infinity(),
+        -std::numeric_limits<double>::infinity(),
+        1e308, -1e308, 1e-300, -1e-300, 1e-320, -0.0, 0.0, -1.0, 1e150, -1e150, 5e-324};
+    return values;
+}
+
+double RelErr(double actual, double expected) {
+    const double scale = std::max(1.0, std::fabs(expected));
+    return std::fabs(actual - expected) / scale;
+}
+
+} // namespace testing_support

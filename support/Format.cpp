@@ -1,0 +1,157 @@
+#include "support/Format.h"
+
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <string>
+
+namespace support {
+
+namespace {
+
+struct Pattern {
+    int intDigits = 1;   // '0' placeholders before the point
+    int decimals = 0;    // '0' placeholders after the point
+    bool scientific = false;
+    bool expAlwaysSigned = true; // "E+00" shows the sign always, "E-00" only when negative
+    int expDigits = 2;
+    char expLetter = 'E';
+};
+
+Pattern Parse(std::string_view text) {
+    Pattern p;
+    const size_t e = text.find_first_of("Ee");
+    std::string_view mantissa = text.substr(0, e);
+    const size_t point = mantissa.find('.');
+    std::string_view whole = mantissa.substr(0, point);
+    p.intDigits = 0;
+    for (char c : whole)
+        if (c == '0') ++p.intDigits;
+    if (point != std::string_view::npos)
+        for (char c : mantissa.substr(point + 1))
+            if (c == '0' || c == '#') ++p.decimals;
+    if (e != std::string_view::npos) {
+        p.scientific = true;
+        p.expLetter = text[e];
+        std::string_view rest = text.substr(e + 1);
+        p.expAlwaysSigned = !rest.empty() && rest.front() == '+';
+        p.expDigits = 0;
+        for (char c : rest)
+            if (c == '0') ++p.expDigits;
+        if (p.expDigits == 0) p.expDigits = 1;
+    }
+    return p;
+}
+
+std::string ToChars(double value, std::chars_format fmt, int precision) {
+    char buffer[400];
+    auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value, fmt, precision);
+    if (ec != std::errc()) return {};
+    return std::string(buffer, end);
+}
+
+bool AllZeroDigits(const std::string& text) {
+    for (char c : text)
+        if (std::isdigit(static_cast<unsigned char>(c)) && c != '0') return false;
+    return true;
+}
+
+std::string FormatFixed(double value, const Pattern& p) {
+    std::string s = ToChars(value, std::chars_format::fixed, p.decimals);
+    if (s.empty()) return s;
+    if (s.front() == '-' && AllZeroDigits(s)) s.erase(0, 1); // no "-0.00"
+    const bool negative = s.front() == '-';
+    std::string digits = negative ? s.substr(1) : s;
+    const size_t point = digits.find('.');
+    std::string whole = digits.substr(0, point);
+    const std::string fraction = point == std::string::npos ? "" : digits.substr(point);
+    if (whole == "0" && p.intDigits == 0) whole.clear();
+    while (static_cast<int>(whole.size()) < p.intDigits) whole.insert(0, "0");
+    return (negative ? "-" : "") + whole + fraction;
+}
+
+std::string FormatScientific(double value, const Pattern& p) {
+    std::string s = ToChars(value, std::chars_format::scientific, p.decimals);
+    if (s.empty()) return s;
+    const size_t e = s.find('e');
+    std::string mantissa = s.substr(0, e);
+    int exponent = std::atoi(s.c_str() + e + 1);
+    if (mantissa.front() == '-' && AllZeroDigits(mantissa)) mantissa.erase(0, 1);
+    if (value == 0) exponent = 0;
+    std::string digits = std::to_string(std::abs(exponent));
+    while (static_cast<int>(digits.size()) < p.expDigits) digits.insert(0, "0");
+    std::string sign = exponent < 0 ? "-" : (p.expAlwaysSigned ? "+" : "");
+    return mantissa + p.expLetter + sign + digits;
+}
+
+// The general form: up to 15 significant digits, exponent form below 1e-4 or
+// from 1e15 on, exponent with a sign and at least two digits ("1E-05").
+std::string FormatGeneral(double value) {
+    if (value == 0) return "0";
+    std::string s = ToChars(value, std::chars_format::general, 15);
+    const size_t e = s.find('e');
+    if (e == std::string::npos) return s;
+    std::string mantissa = s.substr(0, e);
+    const int exponent = std::atoi(s.c_str() + e + 1);
+    std::string digits = std::to_string(std::abs(exponent));
+    if (digits.size() < 2) digits.insert(0, "0");
+    return mantissa + "E" + (exponent < 0 ? "-" : "+") + digits;
+}
+
+} // namespace
+
+std::string Format(double value, std::string_view pattern) {
+    if (!std::isfinite(value)) return "Error";
+    if (pattern.empty()) return FormatGeneral(value);
+    const Pattern p = Parse(pattern);
+    return p.scientific ? FormatScientific(value, p) : FormatFixed(value, p);
+}
+
+std::optional<double> ParseNumber(std::string_view text) {
+    size_t i = 0, n = text.size();
+    auto space = [&](size_t k) { return std::isspace(static_cast<unsigned char>(text[k])) != 0; };
+    auto digit = [&](size_t k) { return k < n && std::isdigit(static_cast<unsigned char>(text[k])); };
+    while (i < n && space(i)) ++i;
+    while (n > i && space(n - 1)) --n;
+    if (i == n) return std::nullopt;
+
+    const size_t start = i;
+    bool negative = false;
+    if (text[i] == '+' || text[i] == '-') negative = text[i++] == '-';
+    const size_t numberStart = i;
+    size_t mantissaDigits = 0;
+    while (digit(i)) ++i, ++mantissaDigits;
+    if (i < n && text[i] == '.') {
+        ++i;
+        while (digit(i)) ++i, ++mantissaDigits;
+    }
+    if (mantissaDigits == 0) return std::nullopt;
+    bool negativeExponent = false;
+    if (i < n && (text[i] == 'e' || text[i] == 'E')) {
+        ++i;
+        if (i < n && (text[i] == '+' || text[i] == '-')) negativeExponent = text[i++] == '-';
+        if (!digit(i)) return std::nullopt;
+        while (digit(i)) ++i;
+    }
+    if (i != n) return std::nullopt;
+    (void)start;
+
+    double value = 0;
+    const char* first = text.data() + numberStart;
+    const char* last = text.data() + n;
+    auto [end, ec] = std::from_chars(first, last, value, std::chars_format::general);
+    if (end != last) return std::nullopt;
+    if (ec == std::errc::result_out_of_range) {
+        // Too small to represent is zero; too large is not a number.
+        if (!negativeExponent) return std::nullopt;
+        value = 0;
+    } else if (ec != std::errc() || !std::isfinite(value)) {
+        return std::nullopt;
+    }
+    return negative ? -value : value;
+}
+
+double Val(std::string_view text) { return ParseNumber(text).value_or(0.0); }
+
+} // namespace support

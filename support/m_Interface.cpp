@@ -1,0 +1,79 @@
+#include "support/m_Interface.h"
+
+#include "support/ErrorReporter.h"
+#include "support/ErrorTrap.h"
+#include "support/UserFace.h"
+
+#include <cmath>
+#include <filesystem>
+
+#ifndef PONDERA_VERSION
+#define PONDERA_VERSION "0"
+#endif
+
+namespace m_Interface {
+
+namespace {
+constexpr const char* kSetupErrorHandling = "Pondera.m_Interface.SetupErrorHandling";
+constexpr const char* kFormatDec = "Pondera.m_Interface.FormatDec";
+constexpr const char* kMax = "Pondera.m_Interface.Max";
+constexpr const char* kMin = "Pondera.m_Interface.Min";
+constexpr const char* kPi = "Pondera.m_Interface.Pi";
+} // namespace
+
+void SetupErrorHandling() {
+    support::Trap(kSetupErrorHandling, [&] {
+        std::error_code ec;
+        const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
+        support::ErrorReporter::Instance().SetApplication(
+            support::kAppTitle, ec ? std::string() : exe.parent_path().string(), PONDERA_VERSION);
+    });
+}
+
+void HandleErrors(const std::string& label) noexcept {
+    // Runs with errors ignored: a fault while reporting must not recurse.
+    try {
+        const support::RunTimeError error = support::Err();
+        if (error.Number == kErrExceptionBox) {
+            support::Face().ShowMessage("Exception", error.Description, support::BoxIcon::Critical);
+        } else if (error.Number == kErrUserInputBox) {
+            support::Face().ShowMessage("User input error", error.Description,
+                                        support::BoxIcon::Information);
+        } else {
+            support::ErrorReporter::Instance().Report(label, error.Number, error.Source,
+                                                      error.Description);
+        }
+    } catch (...) {
+    }
+    support::Err() = support::RunTimeError();
+}
+
+std::string FormatDec(int16_t places) {
+    std::string result;
+    support::Trap(kFormatDec, [&] {
+        if (places < 0 || places > 6) return;
+        result = "0";
+        if (places > 0) result += "." + std::string(places, '0');
+    });
+    return result;
+}
+
+double Max(double a, double b) {
+    double result = 0;
+    support::Trap(kMax, [&] { result = a >= b ? a : b; });
+    return result;
+}
+
+double Min(double a, double b) {
+    double result = 0;
+    support::Trap(kMin, [&] { result = a <= b ? a : b; });
+    return result;
+}
+
+double Pi() {
+    double result = 0;
+    support::Trap(kPi, [&] { result = support::ck(4 * std::atan(1.0)); });
+    return result;
+}
+
+} // namespace m_Interface

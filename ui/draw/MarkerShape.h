@@ -1,0 +1,56 @@
+// The small filled shapes of the design (sh_LSL, sh_USL, sh_SkewKurt): a child
+// of a drawing surface placed in its parent's pixels. The shape lets mouse
+// events through to its parent, which decides what a press means.
+#pragma once
+
+#include <QWidget>
+
+#include <cstdint>
+
+class MarkerShape : public QWidget {
+    Q_OBJECT
+
+public:
+    enum class Kind { TriangleDown, TriangleUp, Diamond, Circle, Square };
+
+    explicit MarkerShape(QWidget* parent = nullptr, Kind kind = Kind::TriangleDown,
+                         int width = 11, int height = 11);
+
+    // Position and size in the parent's pixels. Left and Top keep fractions
+    // (hit tests use them); the widget itself sits at the rounded position.
+    double Left() const { return left_; }
+    double Top() const { return top_; }
+    int Width() const { return width(); }
+    int Height() const { return height(); }
+    void SetLeft(double left);
+    void SetTop(double top);
+    void Move(double left, double top);
+    void SetSize(int width, int height);
+
+    // 0x00BBGGRR.
+    uint32_t FillColor() const { return fillColor_; }
+    void SetFillColor(uint32_t bgr);
+    // Outline colour, 0x00BBGGRR.
+    uint32_t BorderColor() const { return borderColor_; }
+    void SetBorderColor(uint32_t bgr);
+
+    Kind Shape() const { return kind_; }
+    void SetShape(Kind kind);
+
+    bool Visible() const { return visible_; }
+    // Unlike QWidget::setVisible this is remembered even while the parent is hidden.
+    void SetVisible(bool visible);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void Place();
+
+    Kind kind_;
+    double left_ = 0;
+    double top_ = 0;
+    uint32_t fillColor_ = 0x000000;
+    uint32_t borderColor_ = 0x000000;
+    bool visible_ = true;
+};

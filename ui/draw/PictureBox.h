@@ -1,0 +1,126 @@
+// A drawing surface that keeps its picture between repaints, as the old picture
+// box with persistent drawing did: all drawing goes into an RGB32 image in
+// pixel units, the widget only shows that image.
+//
+// Colours are 0x00BBGGRR (or a system colour, see look::ToQColor). Mouse
+// buttons are reported as the old runtime numbered them: 1 left, 2 right,
+// 4 middle (or-ed together for a move with several held).
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+
+#include <cstdint>
+#include <memory>
+
+class QPainter;
+
+class PictureBox : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit PictureBox(QWidget* parent = nullptr);
+    ~PictureBox() override;
+
+    // Inner size in pixels (the image's size).
+    int ScaleWidth() const { return image_.width(); }
+    int ScaleHeight() const { return image_.height(); }
+    // Sets the image size directly (a surface that is not laid out, e.g. off
+    // screen); the widget is resized to match.
+    void SetPictureSize(int width, int height);
+
+    uint32_t BackColor() const { return backColor_; }
+    void SetBackColor(uint32_t bgr) { backColor_ = bgr; }
+    uint32_t ForeColor() const { return foreColor_; }
+    void SetForeColor(uint32_t bgr) { foreColor_ = bgr; }
+    uint32_t FillColor() const { return fillColor_; }
+    void SetFillColor(uint32_t bgr) { fillColor_ = bgr; }
+    int DrawWidth() const { return drawWidth_; }
+    void SetDrawWidth(int width) { drawWidth_ = width < 1 ? 1 : width; }
+    // Text cells are filled with BackColor unless the font is transparent.
+    bool FontTransparent() const { return fontTransparent_; }
+    void SetFontTransparent(bool transparent) { fontTransparent_ = transparent; }
+
+    QString FontName() const { return fontName_; }
+    void SetFontName(const QString& name) { fontName_ = name; }
+    double FontSize() const { return fontSize_; }
+    void SetFontSize(double points) { fontSize_ = points; }
+    bool FontBold() const { return fontBold_; }
+    void SetFontBold(bool bold) { fontBold_ = bold; }
+    QFont DrawFont() const;
+
+    // Text cursor: the top-left corner of the next Print.
+    double CurrentX = 0;
+    double CurrentY = 0;
+
+    // Clears the picture to BackColor and puts the text cursor at (0, 0).
+    void Cls();
+    // A line of DrawWidth in ForeColor (or the given colour); ends inclusive.
+    void Line(double x1, double y1, double x2, double y2);
+    void Line(double x1, double y1, double x2, double y2, uint32_t bgr);
+    // A rectangle between two corners (inclusive), outlined in the given colour
+    // and, when filled, filled with it.
+    void Box(double x1, double y1, double x2, double y2, uint32_t bgr, bool filled);
+    // Prints text with its top-left corner at (CurrentX, CurrentY) in ForeColor;
+    // afterwards CurrentX is 0 and CurrentY one text line lower.
+    void Print(const QString& text);
+    // Text extent in pixels in the surface's font.
+    double TextWidth(const QString& text) const;
+    double TextHeight(const QString& text = QStringLiteral("Ag")) const;
+
+    // The colour of one pixel (x, y from the top-left, from 0) as 0x00BBGGRR;
+    // kInvalidPixel outside the picture.
+    static constexpr uint32_t kInvalidPixel = 0xFFFFFFFF;
+    uint32_t GetPixel(int x, int y);
+
+    // The picture. Ends any drawing in progress first.
+    QImage& Image();
+    // Shows the picture after drawing (the old Refresh).
+    void Refresh() { update(); }
+
+    // The painter the drawing calls share; opened on first use, ended by
+    // EndPainting (which every reader of the image calls).
+    QPainter& Painter();
+    void EndPainting();
+
+    QSize sizeHint() const override;
+
+signals:
+    void MouseDown(int button, int shift, double x, double y);
+    void MouseMove(int button, int shift, double x, double y);
+    void MouseUp(int button, int shift, double x, double y);
+    void GotFocus();
+    void LostFocus();
+    void KeyDown(int key, int shift);
+    // The picture has been resized to the widget (it keeps what fitted).
+    void Resized();
+    void Paint();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void ResizeImage(int width, int height);
+
+    QImage image_;
+    std::unique_ptr<QPainter> painter_;
+    uint32_t backColor_ = 0xFFFFFF;
+    uint32_t foreColor_ = 0x000000;
+    uint32_t fillColor_ = 0x000000;
+    int drawWidth_ = 1;
+    bool fontTransparent_ = false;
+    QString fontName_;
+    double fontSize_ = 8.25;
+    bool fontBold_ = false;
+};
+
+// Old-runtime mouse button and shift codes from Qt's.
+int VbButton(Qt::MouseButtons buttons);
+int VbShift(Qt::KeyboardModifiers modifiers);

@@ -65,6 +65,10 @@ std::string ErrorReporter::LogPath() const {
     const std::string folder = path_.empty() ? ProgramFolder() : path_;
     if (!folder.empty() && access(folder.c_str(), W_OK) == 0)
         return (fs::path(folder) / kLogFileName).string();
+    return StateLogPath();
+}
+
+std::string ErrorReporter::StateLogPath() {
     fs::path state;
     if (const char* xdg = std::getenv("XDG_STATE_HOME"); xdg && *xdg)
         state = xdg;
@@ -78,7 +82,7 @@ std::string ErrorReporter::LogPath() const {
 void ErrorReporter::AppendLog(const std::string& label, int32_t number, const std::string& source,
                               const std::string& description) const noexcept {
     try {
-        const std::string path = LogPath();
+        std::string path = LogPath();
         std::error_code ec;
         fs::create_directories(fs::path(path).parent_path(), ec);
 
@@ -92,7 +96,13 @@ void ErrorReporter::AppendLog(const std::string& label, int32_t number, const st
                                  source + " | " + description + "\n";
 
         // One write per line, appended, so concurrent writers never interleave a line.
-        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+        int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+        if (fd < 0 && !std::getenv("PONDERA_ERROR_LOG")) {
+            // The program's folder looked writable but is not (a read-only mount).
+            path = StateLogPath();
+            fs::create_directories(fs::path(path).parent_path(), ec);
+            fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+        }
         if (fd < 0) return;
         ssize_t written;
         do {

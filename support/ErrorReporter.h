@@ -30,6 +30,7 @@ public:
     // Where the log goes: PONDERA_ERROR_LOG, else the program's folder when it is
     // writable, else $XDG_STATE_HOME/Pondera (default ~/.local/state/Pondera).
     std::string LogPath() const;
+    static std::string StateLogPath();
     // Appends one line with a single write; never throws, never stops the program.
     void AppendLog(const std::string& label, int32_t number, const std::string& source,
                    const std::string& description) const noexcept;

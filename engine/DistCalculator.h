@@ -6,6 +6,17 @@
 // xi), so it learns which Johnson form it has from the program-wide current
 // distribution code (m_PercentCertainty::CurrentDistribution): 7 SB, 8 SU, 9 SL,
 // anything else the Johnson normal form z = gamma + delta x.
+//
+// The forms follow the AS 100 Johnson-to-normal transform, with CDF = Phi(z):
+//   SB  z = gamma + delta ln((x - xi) / (xi + lamda - x))   on (xi, xi + lamda)
+//   SU  z = gamma + delta asinh((x - xi) / lamda)
+//   SL  z = lamda (delta ln(lamda (x - xi)) + gamma)         where lamda (x - xi) > 0,
+//       so the fitted lamda of -1 (negative skew) works as well as +1.
+//
+// Like the component it stands for, the calculator has no error trap of its own:
+// unusable parameters make ComputeDensities and Calculate return false with a
+// Message(), and a floating-point fault raises a run-time error into the
+// caller's trap.
 #pragma once
 
 #include <string>
@@ -13,13 +24,17 @@
 
 class DistCalculator {
 public:
-    void SetDistribution(const std::string& key) { key_ = key; }
+    void SetDistribution(const std::string& key) {
+        key_ = key;
+        ready_ = false;
+    }
     const std::string& Distribution() const { return key_; }
     void SetParam(int slot, double value); // slot 1..4
     void SetNumberOfPoints(int n) { n_ = n; }
 
     // Evaluates the density on x(i) = low + (i - 1)(high - low)/N, i = 1..N.
     // Returns false (with Message()) when the key or parameters are unusable.
+    // A distribution without spread (minimum = maximum) has no density: all 0.
     bool ComputeDensities(double low, double high);
     double DensityValue(int i) const; // 1..N
 
@@ -30,10 +45,27 @@ public:
     double CumulativeProbability(double x) const; // P(X <= x)
     double UpperTailProbability(double x) const;  // P(X > x), without cancellation
 
+    // The density at one point (same checks as ComputeDensities, after Calculate).
+    double Density(double x) const;
+
+    enum class Family {
+        None, Normal, Lognormal, Exponential, Weibull, Uniform, Triangular,
+        JohnsonSB, JohnsonSU, JohnsonSL, JohnsonNormal
+    };
+
 private:
+    // Resolves the key (and the Johnson form) and checks the parameters.
+    bool Prepare();
+    double DensityAt(double x) const;
+    // Lower (P(X <= x)) or upper (P(X > x)) tail, each without cancellation.
+    double Tail(double x, bool upper) const;
+
     std::string key_;
     double p_[4] = {0, 0, 0, 0};
     int n_ = 0;
     std::vector<double> density_;
     std::string message_;
+    Family family_ = Family::None;
+    bool ready_ = false;
+    bool pointMass_ = false; // minimum = maximum: no spread, no density
 };

@@ -52,6 +52,15 @@ double Skewness(int code, double p1, double p2, double p3);
 double Kurtosis(int code, double p1, double p2, double p3);
 
 // ---- Densities -------------------------------------------------------------
+// Point i (1..N) of the sampling grid; the calculator samples on exactly these
+// points, so a chart that uses this function lines up with the densities.
+inline double GridX(double low, double high, int n, int i) {
+    return low + (i - 1) * (high - low) / n;
+}
+
+// The point count is a 16-bit integer: more than this is an overflow error.
+inline constexpr int kMaxPoints = 32767;
+
 // Density values on x(i) = low + (i - 1)(high - low)/N, returned 1-based in a
 // vector of N + 1 elements (element 0 unused).
 std::vector<double> GetPDFData(const std::string& name, double low, double high, int n,

@@ -1,0 +1,325 @@
+// The distribution calculator. Densities and tails in the parameterisation of the
+// distribution catalogue; every tail is computed on its own side (erfc, expm1,
+// complements written as sums of positive terms), so a probability of 1e-300
+// keeps its digits whichever side it lies on.
+#include "engine/DistCalculator.h"
+
+#include "engine/m_Distributions.h"
+#include "engine/m_NumRecipes.h"
+#include "engine/m_PercentCertainty.h"
+#include "support/ErrorTrap.h"
+
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+
+using namespace m_NumRecipes::kernel;
+using Family = DistCalculator::Family;
+
+namespace {
+
+constexpr const char* kSource = "DistCalculator";
+constexpr double kLn2 = 0.693147180559945309417232121458;
+
+[[noreturn]] void Fail(int32_t number, const std::string& description = "") {
+    support::Raise(number, kSource, description);
+}
+
+Family Resolve(const std::string& key) {
+    if (key == "Normal") return Family::Normal;
+    if (key == "Lognormal") return Family::Lognormal;
+    if (key == "Exponential") return Family::Exponential;
+    if (key == "Weibull") return Family::Weibull;
+    if (key == "Uniform") return Family::Uniform;
+    if (key == "Triangular") return Family::Triangular;
+    if (key == "Johnson") {
+        switch (m_PercentCertainty::CurrentDistribution) {
+        case 7: return Family::JohnsonSB;
+        case 8: return Family::JohnsonSU;
+        case 9: return Family::JohnsonSL;
+        default: return Family::JohnsonNormal;
+        }
+    }
+    return Family::None;
+}
+
+int UsedSlots(Family f) {
+    switch (f) {
+    case Family::Normal:
+    case Family::Exponential:
+    case Family::Uniform: return 2;
+    case Family::Lognormal:
+    case Family::Weibull:
+    case Family::Triangular: return 3;
+    case Family::None: return 0;
+    default: return 4;
+    }
+}
+
+// Halves first, so no difference of two finite numbers can overflow.
+inline double HalfDiff(double a, double b) { return 0.5 * a - 0.5 * b; }
+
+// u^k for u > 0, k > 0: the exact power where it is representable, else a value
+// large or small enough that exp(-t) and expm1(-t) come out right.
+inline double WeibullPower(double u, double k) {
+    if (u == 0) return 0; // d / eta below the double range
+    // |ln u| < (|ilogb u| + 1) ln 2, so this bounds |ln u^k| without a logarithm.
+    const int e = std::ilogb(u);
+    if (k <= 700 / (((e < 0 ? -e : e) + 1) * kLn2)) return std::pow(u, k);
+    const double lt = MulZ(k, std::log(u));
+    if (lt > 0) return kZFar;
+    return std::exp(lt); // below e^-700: the power itself is what the lower tail needs
+}
+
+} // namespace
+
+void DistCalculator::SetParam(int slot, double value) {
+    if (slot < 1 || slot > 4) Fail(9);
+    p_[slot - 1] = value;
+    ready_ = false;
+}
+
+bool DistCalculator::Prepare() {
+    message_.clear();
+    ready_ = false;
+    pointMass_ = false;
+    family_ = Resolve(key_);
+    const double p1 = p_[0], p2 = p_[1], p3 = p_[2];
+    auto refuse = [&](const char* text) {
+        message_ = text;
+        return false;
+    };
+    if (family_ == Family::None) {
+        message_ = "Unknown distribution \"" + key_ + "\".";
+        return false;
+    }
+    for (int i = 0; i < UsedSlots(family_); ++i)
+        if (!std::isfinite(p_[i])) return refuse("The parameters must be finite numbers.");
+    // Written as !(valid) so that nothing unusable slips through.
+    switch (family_) {
+    case Family::Normal:
+    case Family::Lognormal:
+        if (!(p2 > 0)) return refuse("Standard deviation must be greater than zero.");
+        break;
+    case Family::Exponential:
+        if (!(p1 > 0))
+            return refuse("Scale parameter for an Exponential distribution must be greater than zero.");
+        break;
+    case Family::Weibull:
+        if (!(p1 > 0))
+            return refuse("Shape parameter for a Weibull distribution must be greater than zero.");
+        if (!(p2 > 0))
+            return refuse("Scale parameter for a Weibull distribution must be greater than zero.");
+        break;
+    case Family::Uniform:
+        if (!(p1 <= p2)) return refuse("Minimum must be less than Maximum for a Uniform distribution.");
+        pointMass_ = p1 == p2;
+        break;
+    case Family::Triangular:
+        if (!(p1 <= p3))
+            return refuse("Minimum must be less than Maximum for a Triangular distribution.");
+        if (!(p1 <= p2 && p2 <= p3))
+            return refuse("Likeliest value must be between Minimum and Maximum for a Triangular "
+                          "distribution.");
+        pointMass_ = p1 == p3;
+        break;
+    case Family::JohnsonSB:
+    case Family::JohnsonSU:
+    case Family::JohnsonSL:
+    case Family::JohnsonNormal:
+        if (!(p1 > 0)) return refuse("Delta must be greater than zero for a Johnson distribution.");
+        if (family_ == Family::JohnsonSB && !(p3 > 0))
+            return refuse("Lamda must be greater than zero for a Johnson SB distribution.");
+        if (family_ == Family::JohnsonSU && !(p3 > 0))
+            return refuse("Lamda must be greater than zero for a Johnson SU distribution.");
+        if (family_ == Family::JohnsonSL && p3 == 0)
+            return refuse("Lamda must not be zero for a Johnson SL distribution.");
+        break;
+    case Family::None: break;
+    }
+    return true;
+}
+
+bool DistCalculator::ComputeDensities(double low, double high) {
+    density_.clear();
+    if (!Prepare()) return false;
+    if (!std::isfinite(low) || !std::isfinite(high)) {
+        message_ = "The range must be finite.";
+        return false;
+    }
+    const int n = n_ > 0 ? n_ : 0;
+    density_.assign(static_cast<size_t>(n), 0.0);
+    if (pointMass_) return true; // no spread, no density to draw
+    for (int i = 1; i <= n; ++i)
+        density_[static_cast<size_t>(i - 1)] = DensityAt(m_Distributions::GridX(low, high, n, i));
+    // A fault anywhere on the grid goes to the caller before it copies a value.
+    support::CheckFp();
+    return true;
+}
+
+double DistCalculator::DensityValue(int i) const {
+    if (i < 1 || i > static_cast<int>(density_.size())) Fail(9);
+    return density_[static_cast<size_t>(i - 1)];
+}
+
+bool DistCalculator::Calculate() {
+    if (!Prepare()) return false;
+    if (pointMass_) {
+        message_ = family_ == Family::Uniform
+                       ? "Minimum equals Maximum: the Uniform distribution has no spread."
+                       : "Minimum equals Maximum: the Triangular distribution has no spread.";
+        return false;
+    }
+    ready_ = true;
+    return true;
+}
+
+double DistCalculator::CumulativeProbability(double x) const { return support::ck(Tail(x, false)); }
+
+double DistCalculator::UpperTailProbability(double x) const { return support::ck(Tail(x, true)); }
+
+double DistCalculator::Density(double x) const {
+    if (!ready_) Fail(support::kErrInvalidCall, "The distribution has not been calculated.");
+    if (std::isnan(x)) Fail(support::kErrInvalidCall);
+    return support::ck(DensityAt(x));
+}
+
+double DistCalculator::DensityAt(double x) const {
+    if (std::isinf(x)) return 0;
+    const double p1 = p_[0], p2 = p_[1], p3 = p_[2], p4 = p_[3];
+    switch (family_) {
+    case Family::Normal: return PhiScaled(DivZ(x - p1, p2), {}, {p2});
+    case Family::Lognormal: {
+        const double d = x - p3;
+        if (!(d > 0)) return 0;
+        return PhiScaled(DivZ(std::log(d) - p1, p2), {}, {p2, d});
+    }
+    case Family::Exponential: {
+        const double d = x - p2;
+        if (d < 0) return 0;
+        return p1 * std::exp(-MulZ(p1, d));
+    }
+    case Family::Weibull: {
+        const double k = p1, eta = p2, d = x - p3;
+        if (d < 0) return 0;
+        if (d == 0) return k == 1 ? 1 / eta : 0; // a pole (k < 1) is drawn as 0
+        const double u = DivZ(d, eta);
+        if (u == 0) return k == 1 ? 1 / eta : 0; // d / eta below the double range
+        const int e = std::ilogb(u);
+        if (k <= 200 / (((e < 0 ? -e : e) + 1) * kLn2) && u >= 1e-100 && u <= 1e100 &&
+            k >= 1e-50 && k <= 1e50 && eta >= 1e-50 && eta <= 1e50) {
+            const double t = std::pow(u, k); // below e^200
+            return (k / eta) * (t / u) * std::exp(-t);
+        }
+        const double lu = std::log(u);
+        const double lt = MulZ(k, lu);
+        if (lt > 200) return 0; // u^k > 7e86: exp(-u^k) is 0
+        const double t = lt < -700 ? 0.0 : std::exp(lt);
+        const double le = std::log(k) - std::log(eta) + MulZ(k - 1, lu) - t;
+        if (le < -746) return 0;
+        if (le > 709.7 && k < 1) return 0; // so close to the pole it is drawn as the pole
+        return std::exp(le);
+    }
+    case Family::Uniform: {
+        if (x < p1 || x > p2) return 0;
+        return 0.5 / HalfDiff(p2, p1);
+    }
+    case Family::Triangular: {
+        const double a = p1, c = p2, b = p3;
+        if (x < a || x > b) return 0;
+        const double hw = HalfDiff(b, a);
+        if (x < c) return (HalfDiff(x, a) / HalfDiff(c, a)) / hw;
+        if (x > c) return (HalfDiff(b, x) / HalfDiff(b, c)) / hw;
+        return 1 / hw;
+    }
+    case Family::JohnsonSB: {
+        const double delta = p1, gamma = p2, lamda = p3, d = x - p4, v = lamda - d;
+        if (!(d > 0) || !(v > 0)) return 0;
+        return PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v});
+    }
+    case Family::JohnsonSU: {
+        const double delta = p1, gamma = p2, lamda = p3, d = x - p4;
+        return PhiScaled(LinearZ(gamma, delta, AsinhRatio(d, lamda)), {delta},
+                         {std::hypot(d, lamda)});
+    }
+    case Family::JohnsonSL: {
+        const double delta = p1, gamma = p2, lamda = p3, d = x - p4;
+        if (!((lamda > 0 && d > 0) || (lamda < 0 && d < 0))) return 0;
+        const double al = std::fabs(lamda), ad = std::fabs(d);
+        const double z = MulZ(lamda, LinearZ(gamma, delta, LogProduct(al, ad)));
+        return PhiScaled(z, {delta, al}, {ad});
+    }
+    case Family::JohnsonNormal: return PhiScaled(LinearZ(p2, p1, x), {p1}, {});
+    case Family::None: break;
+    }
+    return 0;
+}
+
+double DistCalculator::Tail(double x, bool upper) const {
+    if (!ready_) Fail(support::kErrInvalidCall, "The distribution has not been calculated.");
+    if (std::isnan(x)) Fail(support::kErrInvalidCall);
+    if (std::isinf(x)) return (x > 0) == upper ? 0.0 : 1.0;
+    const double p1 = p_[0], p2 = p_[1], p3 = p_[2], p4 = p_[3];
+    const double below = upper ? 1.0 : 0.0; // the answer for x below the support
+    const double above = upper ? 0.0 : 1.0; // ... and above it
+    auto normal = [upper](double z) { return upper ? NormalUpper(z) : NormalCdf(z); };
+    switch (family_) {
+    case Family::Normal: return normal(DivZ(x - p1, p2));
+    case Family::Lognormal: {
+        const double d = x - p3;
+        if (!(d > 0)) return below;
+        return normal(DivZ(std::log(d) - p1, p2));
+    }
+    case Family::Exponential: {
+        const double d = x - p2;
+        if (!(d > 0)) return below;
+        const double t = MulZ(p1, d);
+        return upper ? std::exp(-t) : -std::expm1(-t);
+    }
+    case Family::Weibull: {
+        const double d = x - p3;
+        if (!(d > 0)) return below;
+        const double t = WeibullPower(DivZ(d, p2), p1);
+        return upper ? std::exp(-t) : -std::expm1(-t);
+    }
+    case Family::Uniform: {
+        if (x <= p1) return below;
+        if (x >= p2) return above;
+        const double hw = HalfDiff(p2, p1);
+        return upper ? HalfDiff(p2, x) / hw : HalfDiff(x, p1) / hw;
+    }
+    case Family::Triangular: {
+        const double a = p1, c = p2, b = p3;
+        if (x <= a) return below;
+        if (x >= b) return above;
+        const double hw = HalfDiff(b, a), hca = HalfDiff(c, a), hbc = HalfDiff(b, c);
+        // The near side is a product of two ratios below 1; the far side is
+        // 1 - s r^2 written as (1 - s) + s (1 - r)(1 + r), a sum of positive terms.
+        if (x <= c) {
+            const double r = HalfDiff(x, a) / hca, s = hca / hw;
+            if (!upper) return r * r * s;
+            return hbc / hw + s * (HalfDiff(c, x) / hca) * (1 + r);
+        }
+        const double r = HalfDiff(b, x) / hbc, s = hbc / hw;
+        if (upper) return r * r * s;
+        return hca / hw + s * (HalfDiff(x, c) / hbc) * (1 + r);
+    }
+    case Family::JohnsonSB: {
+        const double d = x - p4, v = p3 - d;
+        if (!(d > 0)) return below;
+        if (!(v > 0)) return above;
+        return normal(LinearZ(p2, p1, LogRatio(d, v)));
+    }
+    case Family::JohnsonSU: return normal(LinearZ(p2, p1, AsinhRatio(x - p4, p3)));
+    case Family::JohnsonSL: {
+        const double lamda = p3, d = x - p4;
+        if (lamda > 0 && !(d > 0)) return below;
+        if (lamda < 0 && !(d < 0)) return above;
+        const double l = LogProduct(std::fabs(lamda), std::fabs(d));
+        return normal(MulZ(lamda, LinearZ(p2, p1, l)));
+    }
+    case Family::JohnsonNormal: return normal(LinearZ(p2, p1, x));
+    case Family::None: break;
+    }
+    return 0;
+}

@@ -1,0 +1,57 @@
+// Fraction nonconforming for the current distribution: the program-wide current
+// values turned into the calculator's key and passed to the cumulative probability.
+#include "engine/m_PercentCertainty.h"
+
+#include "engine/m_Distributions.h"
+#include "support/ErrorTrap.h"
+
+namespace m_PercentCertainty {
+
+namespace {
+constexpr const char* kCalculatorName = "Pondera.m_PercentCertainty.CalculatorName";
+constexpr const char* kCalcLSLPNC = "Pondera.m_PercentCertainty.CalcLSLPNC";
+constexpr const char* kCalcUSLPNC = "Pondera.m_PercentCertainty.CalcUSLPNC";
+} // namespace
+
+int CurrentDistribution = 0;
+double Param1 = 0, Param2 = 0, Param3 = 0, Param4 = 0;
+double LSL = 0, USL = 0;
+int16_t DecPlaces = 6;
+
+std::string CalculatorName(int code) {
+    std::string result;
+    support::Trap(kCalculatorName, [&] {
+        switch (code) {
+        case 5: result = "Weibull"; break;
+        case 6: result = "Uniform"; break;
+        case 2: result = "Triangular"; break;
+        case 3: result = "Exponential"; break;
+        case 1: result = "Normal"; break;
+        case 4: result = "Lognormal"; break;
+        default: result = "Johnson"; break; // the three Johnson types
+        }
+    });
+    return result;
+}
+
+double CalcLSLPNC() {
+    double result = 0;
+    support::Trap(kCalcLSLPNC, [&] {
+        result = support::ck(m_Distributions::PNC_LSL(CalculatorName(CurrentDistribution), LSL,
+                                                      Param1, Param2, Param3, Param4));
+    });
+    return result;
+}
+
+double CalcUSLPNC() {
+    double result = 0;
+    support::Trap(kCalcUSLPNC, [&] {
+        // The same figure as 1 - PNC_USL, taken directly so a small upper tail keeps
+        // its digits, and a failed calculation gives 0 rather than 1.
+        result = support::ck(m_Distributions::PNC_USL_Upper(CalculatorName(CurrentDistribution),
+                                                            USL, Param1, Param2, Param3, Param4));
+    });
+    return result;
+}
+
+} // namespace m_PercentCertainty

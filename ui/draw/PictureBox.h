@@ -94,7 +94,6 @@ signals:
     void KeyDown(int key, int shift);
     // The picture has been resized to the widget (it keeps what fitted).
     void Resized();
-    void Paint();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

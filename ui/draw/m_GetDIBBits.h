@@ -55,6 +55,7 @@ struct PixelBuffer {
     // Stores each component clamped to 0..255; outside positions are ignored.
     void Set(int x, int y, int red, int green, int blue);
     // Each component becomes old * (1 - weight) + new * weight; outside ignored.
+    // A weight outside 0..1 raises "Invalid procedure call or argument".
     void Blend(int x, int y, int red, int green, int blue, double weight);
     // 0x00BBGGRR of pixel (x, y); 0xFFFFFFFF outside.
     uint32_t Get(int x, int y) const;

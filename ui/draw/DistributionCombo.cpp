@@ -1,0 +1,189 @@
+#include "ui/draw/DistributionCombo.h"
+
+#include "engine/m_Distributions.h"
+#include "support/ErrorTrap.h"
+#include "ui/draw/Look.h"
+
+#include <QAbstractItemView>
+#include <QHash>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPixmap>
+#include <QWheelEvent>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr const char* kDistributionIcon = "Pondera.DistributionCombo.DistributionIcon";
+constexpr int kSamples = 64;
+
+// A typical member of each family and a range that shows its shape. Johnson
+// curves are kept clear of their end points, where the density is 0 anyway.
+struct Sketch {
+    const char* Name;
+    double Low, High;
+    double P1, P2, P3, P4;
+};
+
+const Sketch kSketches[] = {
+    {"Normal", -3.2, 3.2, 0, 1, 0, 0},
+    {"LogNormal", 0.02, 3.6, 0, 0.5, 0, 0},
+    {"Exponential", 0, 4, 1, 0, 0, 0},
+    {"Weibull", 0, 2.6, 2, 1, 0, 0},
+    {"Uniform", -1.6, 1.6, -1, 1, 0, 0},
+    {"Triangular", -1.2, 1.2, -1, 0.5, 1, 0},
+    {"Johnson SB", 0.01, 0.99, 1.1, 0.6, 1, 0},
+    {"Johnson SL", 0.02, 4, 1.6, 0.4, 1, 0},
+    {"Johnson SU", -3, 5, 1.4, -0.9, 1, 0},
+};
+
+const Sketch* FindSketch(const QString& name) {
+    for (const Sketch& s : kSketches)
+        if (name == QLatin1String(s.Name)) return &s;
+    return nullptr;
+}
+
+// Densities at kSamples points from Low to High (both ends), from the engine.
+std::vector<double> SampleSketch(const Sketch& s) {
+    std::vector<double> y(kSamples, 0.0);
+    const std::string name = s.Name;
+    const double step = (s.High - s.Low) / (kSamples - 1);
+    if (name.rfind("Johnson", 0) == 0 || name == "Normal") {
+        for (int i = 0; i < kSamples; ++i) {
+            const double x = s.Low + i * step;
+            if (name == "Normal") y[i] = m_Distributions::Normal_PDF(x, s.P1, s.P2);
+            else if (name == "Johnson SB")
+                y[i] = m_Distributions::JohnsonSB_PDF(x, s.P1, s.P2, s.P3, s.P4);
+            else if (name == "Johnson SL")
+                y[i] = m_Distributions::JohnsonSL_PDF(x, s.P1, s.P2, s.P3, s.P4);
+            else y[i] = m_Distributions::JohnsonSU_PDF(x, s.P1, s.P2, s.P3, s.P4);
+        }
+        return y;
+    }
+    // The engine's grid stops one step short of its high end; ask for one
+    // point more over a range one step longer so both ends are sampled.
+    const std::vector<double> data = m_Distributions::GetPDFData(
+        name, s.Low, s.High + step, kSamples, s.P1, s.P2, s.P3, s.P4);
+    for (int i = 0; i < kSamples && i + 1 < static_cast<int>(data.size()); ++i) y[i] = data[i + 1];
+    return y;
+}
+
+QImage DrawSketch(const std::vector<double>& y, QSize size) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    double top = 0;
+    for (double v : y)
+        if (std::isfinite(v) && v > top) top = v;
+    if (top <= 0) return image;
+
+    const double w = size.width() - 2.0, h = size.height() - 3.0;
+    QPainterPath curve;
+    for (int i = 0; i < static_cast<int>(y.size()); ++i) {
+        const double v = std::isfinite(y[i]) ? y[i] : 0.0;
+        const QPointF p(1 + w * i / (y.size() - 1), 1 + h - h * v / top);
+        if (i == 0) curve.moveTo(p);
+        else curve.lineTo(p);
+    }
+    QPainterPath area = curve;
+    area.lineTo(1 + w, 1 + h);
+    area.lineTo(1, 1 + h);
+    area.closeSubpath();
+
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing, true);
+    QColor fill = look::AccentColor();
+    fill.setAlpha(70);
+    p.fillPath(area, fill);
+    p.setPen(QPen(look::AccentColor().darker(130), 1.4));
+    p.drawPath(curve);
+    p.setPen(QPen(QColor(0x80, 0x86, 0x90), 1));
+    p.drawLine(QPointF(0.5, 1.5 + h), QPointF(size.width() - 0.5, 1.5 + h));
+    return image;
+}
+
+} // namespace
+
+DistributionCombo::DistributionCombo(QWidget* parent) : QComboBox(parent) {
+    setIconSize(QSize(32, 18));
+    ApplyLook();
+}
+
+void DistributionCombo::AddDistribution(const QString& name) {
+    addItem(DistributionIcon(name, iconSize()), name);
+}
+
+void DistributionCombo::SetDistributions(const QStringList& names) {
+    clear();
+    for (const QString& name : names) AddDistribution(name);
+}
+
+bool DistributionCombo::SelectText(const QString& name) {
+    const int index = findText(name, Qt::MatchExactly);
+    if (index < 0) return false;
+    setCurrentIndex(index);
+    return true;
+}
+
+void DistributionCombo::SetLocked(bool locked) {
+    locked_ = locked;
+    ApplyLook();
+}
+
+QIcon DistributionCombo::DistributionIcon(const QString& name, QSize size) {
+    static QHash<QString, QIcon> cache;
+    const QString key = name + QLatin1Char('@') + QString::number(size.width()) + QLatin1Char('x') +
+                        QString::number(size.height());
+    if (auto it = cache.constFind(key); it != cache.constEnd()) return *it;
+    QIcon icon;
+    if (const Sketch* sketch = FindSketch(name)) {
+        support::Trap(kDistributionIcon, [&] {
+            icon = QIcon(QPixmap::fromImage(DrawSketch(SampleSketch(*sketch), size)));
+        });
+    }
+    cache.insert(key, icon);
+    return icon;
+}
+
+void DistributionCombo::ApplyLook() {
+    QPalette palette = this->palette();
+    const QColor background = look::ToQColor(locked_ ? look::kButtonFace : look::kWhite);
+    palette.setColor(QPalette::Button, background);
+    palette.setColor(QPalette::Base, background);
+    setPalette(palette);
+}
+
+void DistributionCombo::mousePressEvent(QMouseEvent* event) {
+    if (locked_) {
+        // A locked list takes the focus but keeps its choice.
+        setFocus(Qt::MouseFocusReason);
+        event->accept();
+        return;
+    }
+    QComboBox::mousePressEvent(event);
+}
+
+void DistributionCombo::keyPressEvent(QKeyEvent* event) {
+    if (locked_ && event->key() != Qt::Key_Tab && event->key() != Qt::Key_Backtab) {
+        event->accept();
+        return;
+    }
+    QComboBox::keyPressEvent(event);
+}
+
+void DistributionCombo::wheelEvent(QWheelEvent* event) {
+    if (locked_) {
+        event->accept();
+        return;
+    }
+    QComboBox::wheelEvent(event);
+}
+
+void DistributionCombo::showPopup() {
+    if (locked_) return;
+    QComboBox::showPopup();
+}

@@ -1,0 +1,103 @@
+#include "ui/draw/MarkerShape.h"
+
+#include "ui/draw/Look.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+#include <cmath>
+
+MarkerShape::MarkerShape(QWidget* parent, Kind kind, int width, int height)
+    : QWidget(parent), kind_(kind) {
+    // The parent decides what a press means (it tests the marker's extent).
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAttribute(Qt::WA_TranslucentBackground);
+    resize(width, height);
+}
+
+void MarkerShape::SetLeft(double left) {
+    left_ = left;
+    Place();
+}
+
+void MarkerShape::SetTop(double top) {
+    top_ = top;
+    Place();
+}
+
+void MarkerShape::Move(double left, double top) {
+    left_ = left;
+    top_ = top;
+    Place();
+}
+
+void MarkerShape::SetSize(int width, int height) {
+    resize(width, height);
+}
+
+void MarkerShape::SetFillColor(uint32_t bgr) {
+    fillColor_ = bgr;
+    update();
+}
+
+void MarkerShape::SetBorderColor(uint32_t bgr) {
+    borderColor_ = bgr;
+    update();
+}
+
+void MarkerShape::SetShape(Kind kind) {
+    kind_ = kind;
+    update();
+}
+
+void MarkerShape::SetVisible(bool visible) {
+    visible_ = visible;
+    QWidget::setVisible(visible);
+}
+
+void MarkerShape::Place() {
+    // Far-off positions (a limit dragged off the chart) are simply out of sight.
+    auto pixel = [](double v) {
+        if (!std::isfinite(v)) return -100000;
+        return static_cast<int>(std::lround(std::clamp(v, -100000.0, 100000.0)));
+    };
+    move(pixel(left_), pixel(top_));
+}
+
+void MarkerShape::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing, true);
+    const QRectF r = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    QPainterPath path;
+    switch (kind_) {
+    case Kind::TriangleDown:
+        path.moveTo(r.topLeft());
+        path.lineTo(r.topRight());
+        path.lineTo(r.center().x(), r.bottom());
+        path.closeSubpath();
+        break;
+    case Kind::TriangleUp:
+        path.moveTo(r.bottomLeft());
+        path.lineTo(r.bottomRight());
+        path.lineTo(r.center().x(), r.top());
+        path.closeSubpath();
+        break;
+    case Kind::Diamond:
+        path.moveTo(r.center().x(), r.top());
+        path.lineTo(r.right(), r.center().y());
+        path.lineTo(r.center().x(), r.bottom());
+        path.lineTo(r.left(), r.center().y());
+        path.closeSubpath();
+        break;
+    case Kind::Circle:
+        path.addEllipse(r);
+        break;
+    case Kind::Square:
+        path.addRect(r);
+        break;
+    }
+    p.fillPath(path, look::ToQColor(fillColor_));
+    p.setPen(QPen(look::ToQColor(borderColor_), 1));
+    p.drawPath(path);
+}

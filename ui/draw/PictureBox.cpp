@@ -1,0 +1,234 @@
+#include "ui/draw/PictureBox.h"
+
+#include "ui/draw/Look.h"
+
+#include <QFocusEvent>
+#include <QFontMetricsF>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPaintEvent>
+#include <QRegion>
+#include <QResizeEvent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// 96 dots per inch, whatever the screen: a chart drawn off screen (the
+// command-line tool) must match the window's pixel for pixel.
+constexpr int kDotsPerMeter = 3780;
+
+// A surface shows a few thousand pixels; far-off coordinates are pulled in so
+// the rasteriser never sees values it cannot hold. Only straight lines are
+// drawn here, so clamping keeps their visible part.
+constexpr double kFar = 1 << 20;
+
+double Near(double v) {
+    return std::clamp(v, -kFar, kFar);
+}
+
+bool Finite(double a, double b, double c, double d) {
+    return std::isfinite(a) && std::isfinite(b) && std::isfinite(c) && std::isfinite(d);
+}
+
+} // namespace
+
+int VbButton(Qt::MouseButtons buttons) {
+    int code = 0;
+    if (buttons & Qt::LeftButton) code |= 1;
+    if (buttons & Qt::RightButton) code |= 2;
+    if (buttons & Qt::MiddleButton) code |= 4;
+    return code;
+}
+
+int VbShift(Qt::KeyboardModifiers modifiers) {
+    int code = 0;
+    if (modifiers & Qt::ShiftModifier) code |= 1;
+    if (modifiers & Qt::ControlModifier) code |= 2;
+    if (modifiers & Qt::AltModifier) code |= 4;
+    return code;
+}
+
+PictureBox::PictureBox(QWidget* parent) : QWidget(parent), fontName_(look::AppFontFamily()) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    ResizeImage(width(), height());
+}
+
+PictureBox::~PictureBox() {
+    EndPainting();
+}
+
+void PictureBox::SetPictureSize(int width, int height) {
+    ResizeImage(width, height);
+    resize(std::max(width, 0), std::max(height, 0));
+}
+
+QFont PictureBox::DrawFont() const {
+    QFont font(fontName_.isEmpty() ? look::AppFontFamily() : fontName_);
+    font.setPointSizeF(fontSize_ > 0 ? fontSize_ : 8.25);
+    font.setBold(fontBold_);
+    return font;
+}
+
+QPainter& PictureBox::Painter() {
+    if (!painter_) {
+        painter_ = std::make_unique<QPainter>(&image_);
+        painter_->setRenderHint(QPainter::Antialiasing, false);
+        painter_->setRenderHint(QPainter::TextAntialiasing, true);
+    }
+    return *painter_;
+}
+
+void PictureBox::EndPainting() {
+    if (painter_) {
+        painter_->end();
+        painter_.reset();
+    }
+}
+
+QImage& PictureBox::Image() {
+    EndPainting();
+    return image_;
+}
+
+void PictureBox::ResizeImage(int width, int height) {
+    // A zero-sized widget keeps a 1 x 1 picture so drawing never has to ask.
+    width = std::max(width, 1);
+    height = std::max(height, 1);
+    if (width == image_.width() && height == image_.height()) return;
+    EndPainting();
+    QImage resized(width, height, QImage::Format_RGB32);
+    resized.setDotsPerMeterX(kDotsPerMeter);
+    resized.setDotsPerMeterY(kDotsPerMeter);
+    resized.fill(look::ToQColor(backColor_));
+    if (!image_.isNull()) {
+        QPainter p(&resized);
+        p.drawImage(0, 0, image_);
+    }
+    image_ = resized;
+}
+
+void PictureBox::Cls() {
+    EndPainting();
+    image_.fill(look::ToQColor(backColor_));
+    CurrentX = 0;
+    CurrentY = 0;
+}
+
+void PictureBox::Line(double x1, double y1, double x2, double y2) {
+    Line(x1, y1, x2, y2, foreColor_);
+}
+
+void PictureBox::Line(double x1, double y1, double x2, double y2, uint32_t bgr) {
+    if (!Finite(x1, y1, x2, y2)) return;
+    QPainter& p = Painter();
+    QPen pen(look::ToQColor(bgr));
+    pen.setWidth(drawWidth_);
+    pen.setCapStyle(drawWidth_ > 1 ? Qt::FlatCap : Qt::SquareCap);
+    p.setPen(pen);
+    p.drawLine(QPointF(Near(x1), Near(y1)), QPointF(Near(x2), Near(y2)));
+}
+
+void PictureBox::Box(double x1, double y1, double x2, double y2, uint32_t bgr, bool filled) {
+    if (!Finite(x1, y1, x2, y2)) return;
+    QPainter& p = Painter();
+    const QColor color = look::ToQColor(bgr);
+    const QRectF rect = QRectF(QPointF(Near(x1), Near(y1)), QPointF(Near(x2), Near(y2))).normalized();
+    if (filled) {
+        // Corners inclusive, as the old box fill.
+        p.fillRect(QRectF(rect.topLeft(), rect.size() + QSizeF(1, 1)), color);
+    } else {
+        QPen pen(color);
+        pen.setWidth(drawWidth_);
+        p.setPen(pen);
+        p.setBrush(Qt::NoBrush);
+        p.drawRect(rect);
+    }
+}
+
+void PictureBox::Print(const QString& text) {
+    const QFont font = DrawFont();
+    QPainter& p = Painter();
+    p.setFont(font);
+    const QFontMetricsF fm(font, &image_);
+    const double x = Near(CurrentX);
+    const double y = Near(CurrentY);
+    if (std::isfinite(CurrentX) && std::isfinite(CurrentY)) {
+        if (!fontTransparent_)
+            p.fillRect(QRectF(x, y, fm.horizontalAdvance(text), fm.height()),
+                       look::ToQColor(backColor_));
+        p.setPen(look::ToQColor(foreColor_));
+        p.drawText(QPointF(x, y + fm.ascent()), text);
+    }
+    CurrentX = 0;
+    CurrentY = y + fm.height();
+}
+
+double PictureBox::TextWidth(const QString& text) const {
+    return QFontMetricsF(DrawFont(), &image_).horizontalAdvance(text);
+}
+
+double PictureBox::TextHeight(const QString& text) const {
+    Q_UNUSED(text);
+    return QFontMetricsF(DrawFont(), &image_).height();
+}
+
+uint32_t PictureBox::GetPixel(int x, int y) {
+    EndPainting();
+    if (x < 0 || y < 0 || x >= image_.width() || y >= image_.height()) return kInvalidPixel;
+    const QRgb rgb = image_.pixel(x, y);
+    return look::RGB(qRed(rgb), qGreen(rgb), qBlue(rgb));
+}
+
+QSize PictureBox::sizeHint() const {
+    return QSize(320, 240);
+}
+
+void PictureBox::paintEvent(QPaintEvent* event) {
+    EndPainting();
+    QPainter p(this);
+    p.drawImage(event->rect(), image_, event->rect());
+    // Beyond the picture (a moment before it follows a resize) shows the background.
+    const QRegion outside = QRegion(rect()).subtracted(QRegion(image_.rect()));
+    for (const QRect& r : outside) p.fillRect(r, look::ToQColor(backColor_));
+}
+
+void PictureBox::resizeEvent(QResizeEvent* event) {
+    ResizeImage(event->size().width(), event->size().height());
+    QWidget::resizeEvent(event);
+    emit Resized();
+}
+
+void PictureBox::mousePressEvent(QMouseEvent* event) {
+    const QPointF pos = event->position();
+    emit MouseDown(VbButton(event->button()), VbShift(event->modifiers()), pos.x(), pos.y());
+}
+
+void PictureBox::mouseMoveEvent(QMouseEvent* event) {
+    const QPointF pos = event->position();
+    emit MouseMove(VbButton(event->buttons()), VbShift(event->modifiers()), pos.x(), pos.y());
+}
+
+void PictureBox::mouseReleaseEvent(QMouseEvent* event) {
+    const QPointF pos = event->position();
+    emit MouseUp(VbButton(event->button()), VbShift(event->modifiers()), pos.x(), pos.y());
+}
+
+void PictureBox::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    emit GotFocus();
+}
+
+void PictureBox::focusOutEvent(QFocusEvent* event) {
+    QWidget::focusOutEvent(event);
+    emit LostFocus();
+}
+
+void PictureBox::keyPressEvent(QKeyEvent* event) {
+    emit KeyDown(event->key(), VbShift(event->modifiers()));
+    QWidget::keyPressEvent(event);
+}

@@ -22,12 +22,26 @@ public:
     void SetAppName(const std::string& v);
 
     void Init(const std::string& companyName, const std::string& appName);
+    // Text is written as REG_SZ, a Boolean as a REG_DWORD 0 or 1, a number as its
+    // decimal text (the shortest that reads back as the same double).
+    // Raises "Failed saving the application setting" when the store refuses.
     void SaveSetting(const std::string& section, const std::string& setting, const Value& value);
     // Returns the stored text (REG_SZ), the number (REG_DWORD) or the default.
     Value GetSetting(const std::string& section, const std::string& setting,
                      const Value& defaultValue);
+    // An empty key deletes the section key; any other deletes its subkey "Key".
     void DeleteSetting(const std::string& section, const std::string& key);
+    // The names of the section's values, in the order they were first written.
     void GetAllKeys(const std::string& section, std::vector<std::string>& keys);
+
+private:
+    // MainBranch\CompanyName\AppName\section below the root.
+    std::string SectionPath(const std::string& section) const;
+
+    uint32_t rootKey_ = 0x80000002; // HKEY_LOCAL_MACHINE
+    std::string mainBranch_ = "Software";
+    std::string companyName_ = "MyCompany";
+    std::string appName_ = "MyApplication";
 };
 
 // The program's one settings object, created and named at start-up.

@@ -1,0 +1,188 @@
+// The twelve display options: start values, loading rules, the display pattern
+// and the field checks of the options dialog, on a private store file.
+#include "settings/DisplayOptions.h"
+
+#include "settings/CAppSettings.h"
+#include "settings/RegistryStore.h"
+#include "tests/helpers/TestSupport.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using namespace DisplayOptions;
+
+namespace {
+
+class DisplayOptionsTest : public testing_support::RecordingTest {
+protected:
+    void SetUp() override {
+        RecordingTest::SetUp();
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        file_ = fs::temp_directory_path() /
+                ("pondera-options-" + std::to_string(getpid()) + "-" + info->name() + ".sqlite3");
+        const char* old = std::getenv("PONDERA_REGISTRY");
+        savedStore_ = old ? old : "";
+        setenv("PONDERA_REGISTRY", file_.c_str(), 1);
+        RegistryStore::Reopen();
+        AppSettings().Init(kCompanyName, kAppName);
+        SetDefaults();
+    }
+    void TearDown() override {
+        RegistryStore::Reopen();
+        setenv("PONDERA_REGISTRY", savedStore_.c_str(), 1);
+        std::error_code ec;
+        for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(file_.string() + suffix, ec);
+        SetDefaults();
+    }
+    static void Store(const char* key, const std::string& text) {
+        AppSettings().SaveSetting(kSection, key, text);
+    }
+
+    fs::path file_;
+    std::string savedStore_;
+};
+
+// The twelve values at once, for comparing whole option sets.
+struct Snapshot {
+    uint32_t back, in, out;
+    int16_t xTicks, yTicks, places;
+    int32_t xRange;
+    double numStDev, xMin, xMax;
+    bool display, rangeMode;
+    bool operator==(const Snapshot&) const = default;
+};
+
+Snapshot Now() {
+    return {AppBackColor, AppInSpecColor, AppOutSpecColor, AppXTicks, AppYTicks, AppDecPlaces,
+            AppXRange,    AppNumStDev,    AppXMin,         AppXMax,   AppDisplay, AppRangeMode};
+}
+
+const Snapshot kStart = {0xFFFFFF, 0xFF0000, 0x0000FF, 5, 5, 6, 0, 2.6, 0.0, 0.0, true, false};
+
+} // namespace
+
+TEST_F(DisplayOptionsTest, StartValuesAndAnEmptyStoreLeaveThem) {
+    EXPECT_EQ(Now(), kStart);
+    Load();
+    EXPECT_EQ(Now(), kStart);
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(DisplayOptionsTest, LoadsEveryKeyAsTheDialogStoresIt) {
+    const std::pair<const char*, const char*> stored[] = {
+        {kAppBackColor, "12632256"}, {kAppInSpecColor, "65280"}, {kAppOutSpecColor, "0"},
+        {kAppXTicks, "8"},           {kAppYTicks, "3"},          {kAppDecPlaces, "2"},
+        {kAppXRange, "1"},           {kAppNumStDev, "3.5"},      {kAppXMin, "-12.75"},
+        {kAppXMax, "1e3"},           {kAppDisplay, "0"},         {kAppRangeMode, "1"}};
+    for (const auto& [key, text] : stored) Store(key, text);
+    Load();
+    const Snapshot expected = {0xC0C0C0, 0x00FF00, 0x000000, 8, 3, 2, 1, 3.5, -12.75, 1000.0, false, true};
+    EXPECT_EQ(Now(), expected);
+}
+
+TEST_F(DisplayOptionsTest, OptionsSurviveARestart) {
+    Store(kAppDecPlaces, "4");
+    Store(kAppNumStDev, "1.5");
+    RegistryStore::Reopen(); // as a new run of the program would find the file
+    SetDefaults();
+    Load();
+    EXPECT_EQ(AppDecPlaces, 4);
+    EXPECT_EQ(AppNumStDev, 1.5);
+}
+
+TEST_F(DisplayOptionsTest, FlagsChangeOnlyForAStoredZeroOrOne) {
+    struct Case {
+        const char* stored;
+        bool startDisplay;
+        bool expected;
+    };
+    const Case cases[] = {
+        {"0", true, false}, {"1", false, true},   {"5", true, true},  {"5", false, false},
+        {"-1", true, true}, {"yes", false, false}, {"", true, true}, {"1.0", false, true},
+        {" 0 ", true, false}, {"0.5", true, true}};
+    for (const auto& c : cases) {
+        Store(kAppDisplay, c.stored);
+        Store(kAppRangeMode, c.stored);
+        AppDisplay = c.startDisplay;
+        AppRangeMode = c.startDisplay;
+        Load();
+        EXPECT_EQ(AppDisplay, c.expected) << '"' << c.stored << '"';
+        EXPECT_EQ(AppRangeMode, c.expected) << '"' << c.stored << '"';
+    }
+}
+
+TEST_F(DisplayOptionsTest, AStoredValueThatIsNoNumberOrOutOfReachKeepsTheDefault) {
+    const std::pair<const char*, const char*> bad[] = {
+        {kAppBackColor, "white"},   {kAppBackColor, "16777216"}, {kAppBackColor, "-1"},
+        {kAppInSpecColor, "1.5"},   {kAppXTicks, "0"},           {kAppXTicks, "40000"},
+        {kAppYTicks, "2.5"},        {kAppYTicks, "-3"},          {kAppDecPlaces, "7"},
+        {kAppDecPlaces, "-1"},      {kAppXRange, "2"},           {kAppNumStDev, "0"},
+        {kAppNumStDev, "-2"},       {kAppNumStDev, "nan"},       {kAppXMin, "inf"},
+        {kAppXMax, "1e400"},        {kAppXMin, ""},              {kAppXMax, "0x10"}};
+    for (const auto& [key, text] : bad) {
+        SetDefaults();
+        Store(key, text);
+        Load();
+        EXPECT_EQ(Now(), kStart) << key << " = \"" << text << '"';
+        AppSettings().DeleteSetting(kSection, ""); // clean section for the next row
+    }
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(DisplayOptionsTest, ABooleanStoredAsANumberIsReadToo) {
+    AppSettings().SaveSetting(kSection, kAppDisplay, false); // REG_DWORD 0
+    Load();
+    EXPECT_FALSE(AppDisplay);
+}
+
+TEST_F(DisplayOptionsTest, DecimalPlacesAtProgramStart) {
+    LoadDecPlaces();
+    EXPECT_EQ(AppDecPlaces, 6); // nothing stored: unchanged
+    for (const char* ignored : {"", "abc", "9"}) {
+        Store(kAppDecPlaces, ignored);
+        LoadDecPlaces();
+        EXPECT_EQ(AppDecPlaces, 6) << ignored;
+    }
+    Store(kAppDecPlaces, "3");
+    LoadDecPlaces();
+    EXPECT_EQ(AppDecPlaces, 3);
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(DisplayOptionsTest, PatternIsTheDecimalPatternWithExponentInScientificDisplay) {
+    struct Case {
+        int16_t places;
+        bool scientific;
+        const char* expected;
+    };
+    const Case cases[] = {{0, false, "0"},        {0, true, "0E+00"},       {2, false, "0.00"},
+                          {2, true, "0.00E+00"},  {6, false, "0.000000"},   {6, true, "0.000000E+00"}};
+    for (const auto& c : cases) {
+        AppDecPlaces = c.places;
+        AppDisplay = c.scientific;
+        EXPECT_EQ(Pattern(), c.expected) << c.places << ' ' << c.scientific;
+    }
+}
+
+TEST_F(DisplayOptionsTest, FieldChecksOfTheDialog) {
+    using Num = std::optional<double>;
+    EXPECT_EQ(NumStDevFrom("2.6"), Num(2.6));
+    EXPECT_EQ(NumStDevFrom("1e-3"), Num(0.001));
+    for (const char* bad : {"0", "-1", "", "abc", "0.0", "inf"})
+        EXPECT_EQ(NumStDevFrom(bad), std::nullopt) << bad;
+
+    EXPECT_EQ(RangeEndFrom("-12.5"), Num(-12.5));
+    EXPECT_EQ(RangeEndFrom("0"), Num(0.0));
+    for (const char* bad : {"", "x", "1,5", "nan"}) EXPECT_EQ(RangeEndFrom(bad), std::nullopt) << bad;
+
+    using Ticks = std::optional<int16_t>;
+    EXPECT_EQ(TicksFrom("1"), Ticks(1));
+    EXPECT_EQ(TicksFrom("3.0"), Ticks(3));
+    EXPECT_EQ(TicksFrom("32767"), Ticks(32767));
+    for (const char* bad : {"0", "-2", "2.5", "32768", "", "five", "1e10"})
+        EXPECT_EQ(TicksFrom(bad), std::nullopt) << bad;
+}

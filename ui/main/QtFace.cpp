@@ -1,0 +1,80 @@
+#include "ui/main/QtFace.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace {
+QWidget* Owner(QWidget* parent) {
+    if (parent) return parent->window();
+    return QApplication::activeWindow();
+}
+} // namespace
+
+void QtFace::ShowMessage(const std::string& title, const std::string& text,
+                         support::BoxIcon icon) {
+    QMessageBox box(icon == support::BoxIcon::Critical ? QMessageBox::Critical
+                                                       : QMessageBox::Information,
+                    QString::fromStdString(title), QString::fromStdString(text),
+                    QMessageBox::Ok, Owner(parent_));
+    box.setObjectName("PonderaMessageBox");
+    box.exec();
+}
+
+QString QtFace::ReportLine(const support::ErrorEntry& entry) {
+    QString line = QString::fromStdString(entry.Label) + QStringLiteral(" \u2014 ") +
+                   QString::fromStdString(entry.Description);
+    if (entry.Count > 1) line += QStringLiteral(" (\u00d7%1)").arg(entry.Count);
+    return line;
+}
+
+void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
+    if (entries.empty()) return;
+    QDialog dialog(Owner(parent_));
+    dialog.setObjectName("PonderaErrorReport");
+    dialog.setWindowTitle(QString::fromStdString(support::ErrorReporter::Instance().Title()) +
+                          " Error Report");
+    auto* layout = new QVBoxLayout(&dialog);
+
+    auto* header = new QHBoxLayout;
+    auto* icon = new QLabel;
+    icon->setPixmap(dialog.style()->standardIcon(QStyle::SP_MessageBoxCritical).pixmap(32, 32));
+    header->addWidget(icon, 0, Qt::AlignTop);
+    auto* intro = new QLabel(entries.size() == 1
+                                 ? QStringLiteral("An error occurred while carrying out your last action.")
+                                 : QStringLiteral("%1 errors occurred while carrying out your last action.")
+                                       .arg(entries.size()));
+    intro->setWordWrap(true);
+    header->addWidget(intro, 1);
+    layout->addLayout(header);
+
+    QStringList lines;
+    for (const auto& e : entries) lines << ReportLine(e);
+    auto* list = new QPlainTextEdit(lines.join('\n'));
+    list->setObjectName("ErrorLines");
+    list->setReadOnly(true);
+    list->setLineWrapMode(QPlainTextEdit::NoWrap);
+    list->setMinimumSize(560, 120);
+    layout->addWidget(list);
+
+    auto* where = new QLabel(QStringLiteral("Details were written to %1")
+                                 .arg(QString::fromStdString(
+                                     support::ErrorReporter::Instance().LogPath())));
+    where->setWordWrap(true);
+    where->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    layout->addWidget(where);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    layout->addWidget(buttons);
+    dialog.exec();
+}
+
+void QtFace::SetStatusText(const std::string& text) {
+    if (status_) status_(text);
+}

@@ -1,0 +1,239 @@
+// The main window: the distribution and its parameters, the spec limits, the
+// results, the moments frame with its skewness-kurtosis chart, and the density
+// chart with the marker strip. It owns all interactive state; every change by
+// the user ends in Plot (or PlotbyMoments in moments mode).
+//
+// Controls keep the names of the design and are public, so that the tests and
+// the command-line tool drive the real widgets. Handlers keep their
+// <control>_<Event> names; they are connected in ConnectHandlers, and focus
+// events reach them through the window's one event filter.
+#pragma once
+
+#include "ui/main/DensityChart.h"
+#include "ui/main/SkewKurtChart.h"
+
+#include <QMainWindow>
+
+#include <string>
+#include <vector>
+
+class DistributionCombo;
+class MarkerShape;
+class PictureBox;
+class QAction;
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QStatusBar;
+class TitledFrame;
+class frm_About2;
+class frm_Options;
+
+class frm_Pondera : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit frm_Pondera(QWidget* parent = nullptr);
+    ~frm_Pondera() override;
+
+    // ---- Controls ----------------------------------------------------------
+    TitledFrame* qarvFrame_PDF = nullptr;
+    QLabel* lb_Distribution = nullptr;
+    DistributionCombo* dd_Distribution = nullptr;
+    QLabel* lb_Param1 = nullptr;
+    QLabel* lb_Param2 = nullptr;
+    QLabel* lb_Param3 = nullptr;
+    QLabel* lb_Param4 = nullptr;
+    QLineEdit* tb_Param1 = nullptr;
+    QLineEdit* tb_Param2 = nullptr;
+    QLineEdit* tb_Param3 = nullptr;
+    QLineEdit* tb_Param4 = nullptr;
+
+    TitledFrame* qarvFrame_SpecLimits = nullptr;
+    QCheckBox* cb_LSL = nullptr;
+    QCheckBox* cb_Target = nullptr;
+    QCheckBox* cb_USL = nullptr;
+    QLineEdit* tb_LSL = nullptr;
+    QLineEdit* tb_Target = nullptr;
+    QLineEdit* tb_USL = nullptr;
+
+    TitledFrame* qarvFrame_Results = nullptr;
+    QLineEdit* tb_LowerPNC = nullptr;
+    QLineEdit* tb_UpperPNC = nullptr;
+    QLineEdit* tb_PNC = nullptr;
+
+    TitledFrame* qarvFrame_Moments = nullptr;
+    QLineEdit* tb_Mean = nullptr;
+    QLineEdit* tb_StDev = nullptr;
+    QLineEdit* tb_Skewness = nullptr;
+    QLineEdit* tb_Kurtosis = nullptr;
+    QCheckBox* cb_DrawbyMoments = nullptr;
+    PictureBox* pb_SkewKurt = nullptr;
+    MarkerShape* sh_SkewKurt = nullptr;
+    PictureBox* pb_YTitle = nullptr;
+    PictureBox* pb_Lock = nullptr;
+    QLineEdit* tb_Ymax = nullptr;
+    QLabel* lb_YMin = nullptr;
+    QLabel* lb_XMin = nullptr;
+    QLabel* lb_XMax = nullptr;
+    QCheckBox* cb_LockSkewness = nullptr;
+    QCheckBox* cb_LockKurtosis = nullptr;
+
+    QPushButton* but_Plot = nullptr;
+    PictureBox* pb_PDF = nullptr;
+    PictureBox* pb_Slider = nullptr;
+    MarkerShape* sh_LSL = nullptr;
+    MarkerShape* sh_USL = nullptr;
+
+    QStatusBar* StatusBar1 = nullptr;
+    QLabel* StatusPanel1 = nullptr; // panel 1 of the status bar
+
+    QAction* mnuQuit = nullptr;
+    QAction* mnuCopytoClipboard = nullptr;
+    QAction* mnuXAxis = nullptr;
+    QAction* mnuYAxis = nullptr;
+    QAction* mnuLabels = nullptr;
+    QAction* mnuOptions = nullptr;
+    QAction* mnuAbout = nullptr;
+
+    // The options dialog, loaded hidden with the window and unloaded with it.
+    frm_Options* Options() const { return options_; }
+
+    // ---- Window state --------------------------------------------------------
+    int NumPoints = 300;      // curve sample count N
+    bool DragLSL = false;     // the LSL marker is armed
+    bool DragUSL = false;
+    bool ShowXAxis = true;    // mirrored by mnuXAxis, mnuYAxis, mnuLabels
+    bool ShowYAxis = true;
+    bool ShowLabels = true;
+    // Parameters as Plot last read them.
+    double Param1 = 0, Param2 = 0, Param3 = 0;
+    // The moments last drawn (mean, standard deviation, skewness, kurtosis).
+    double CurMean = 0, CurStDev = 0, CurSkewness = 0, CurKurtosis = 0;
+    // Geometry of the last drawing of pb_PDF, read by the marker drag.
+    DensityChart::Geometry ChartGeometry;
+    // The sampled curve of the last good plot (1-based, element 0 unused).
+    std::vector<double> PlotX, PlotY;
+    double RangeLow = 0, RangeHigh = 0;
+
+    // ---- Procedures ------------------------------------------------------------
+    void Form_Initialize();
+    void Form_Paint();
+    void Form_Unload();
+    void Plot();
+    void CalcMomentsforDistribution();
+    void CalcPercent();
+    void DrawPDF(bool refresh, int xTicks, int yTicks, double xTickLength, double yTickLength,
+                 PictureBox& pbObject, const std::vector<double>& x,
+                 const std::vector<double>& y);
+    // One validate-fit-sample-draw run in moments mode; false when it ended early.
+    bool PlotbyMoments();
+    void SetFrameInactive();
+    void PlotSkewKurt(double skewFrom, double skewTo);
+    void DrawSkewKurtLimits(PictureBox& surface, const SkewKurtChart::Boundary& boundary,
+                            int count, int xTicks, int yTicks, double xTickLength,
+                            double yTickLength, bool refresh);
+
+    // ---- Event handlers --------------------------------------------------------
+    void but_Plot_Click();
+    void but_Plot_GotFocus();
+    void dd_Distribution_Change();
+    void dd_Distribution_Click();
+    void dd_Distribution_GotFocus();
+    void tb_Param1_Change();
+    void tb_Param2_Change();
+    void tb_Param3_Change();
+    void tb_Param4_Change();
+    void tb_LSL_Change();
+    void tb_Target_Change();
+    void tb_USL_Change();
+    void tb_Param1_GotFocus();
+    void tb_Param2_GotFocus();
+    void tb_Param3_GotFocus();
+    void tb_Param4_GotFocus();
+    void tb_LSL_GotFocus();
+    void tb_Target_GotFocus();
+    void tb_USL_GotFocus();
+    void tb_Param1_LostFocus();
+    void cb_LSL_Click();
+    void cb_Target_Click();
+    void cb_USL_Click();
+    void cb_LSL_GotFocus();
+    void cb_Target_GotFocus();
+    void cb_USL_GotFocus();
+    void mnuXAxis_Click();
+    void mnuYAxis_Click();
+    void mnuLabels_Click();
+    void mnuCopytoClipboard_Click();
+    void mnuOptions_Click();
+    void mnuAbout_Click();
+    void mnuQuit_Click();
+    void pb_PDF_KeyDown();
+    void pb_Slider_GotFocus();
+    void pb_PDF_MouseDown(int button, int shift, double x, double y);
+    void pb_PDF_MouseMove(int button, int shift, double x, double y);
+    void pb_PDF_MouseUp(int button, int shift, double x, double y);
+    void pb_Slider_MouseDown(int button, int shift, double x, double y);
+    void pb_Slider_MouseMove(int button, int shift, double x, double y);
+    void pb_Slider_MouseUp(int button, int shift, double x, double y);
+
+    void cb_DrawbyMoments_Click();
+    void cb_DrawbyMoments_GotFocus();
+    void tb_Mean_Change();
+    void tb_StDev_Change();
+    void tb_Skewness_Change();
+    void tb_Kurtosis_Change();
+    void tb_Mean_GotFocus();
+    void tb_StDev_GotFocus();
+    void tb_Skewness_GotFocus();
+    void tb_Kurtosis_GotFocus();
+    void tb_Ymax_GotFocus();
+    void pb_SkewKurt_GotFocus();
+    void cb_LockSkewness_Click();
+    void cb_LockKurtosis_Click();
+    void pb_SkewKurt_MouseDown(int button, int shift, double x, double y);
+    void pb_SkewKurt_MouseMove(int button, int shift, double x, double y);
+    void pb_SkewKurt_MouseUp(int button, int shift, double x, double y);
+
+    // Redraws the last good chart at the surface's current size, without
+    // validating again (after a resize).
+    void RedrawLastChart();
+    // Sets panel 1 of the status bar.
+    void SetStatus(const std::string& text);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void BuildControls();
+    void BuildMenus();
+    void ConnectHandlers();
+    void WatchFocus(QWidget* widget);
+    void MarkersFromDrawing(const DensityChart::Result& result);
+    void SkewKurtLockClick();
+    SkewKurtChart::PickScale ReadPickScale() const;
+    void ShowResults();
+    void EnablePlot(const char* label);
+    void FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box);
+    void SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box);
+    void DrawChart(const DensityChart::Input& input, PictureBox& surface);
+    void WriteRangeBack(double low, double high);
+    void DragMouseDown(int button, double x);
+    void DragMouseMove(double x);
+    void DragMouseUp();
+
+    frm_Options* options_ = nullptr;
+    bool unloaded_ = false;
+    bool haveChart_ = false;
+    // Spec limits of the last drawing, for the redraw after a resize.
+    DensityChart::Limit lastLSL_, lastTarget_, lastUSL_;
+    // The last fit drawn in moments mode (the exact values, not the shown text).
+    struct Fit {
+        bool Valid = false;
+        std::string Type;
+        double Delta = 0, Gamma = 0, Lamda = 0, Xi = 0;
+    } fit_;
+};

@@ -183,6 +183,33 @@ void DistributionCombo::wheelEvent(QWheelEvent* event) {
     QComboBox::wheelEvent(event);
 }
 
+// Locked: a flat button-face box without the drop-down arrow, so it reads as
+// a shown value rather than a choice.
+void DistributionCombo::paintEvent(QPaintEvent* event) {
+    if (!locked_) {
+        QComboBox::paintEvent(event);
+        return;
+    }
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing, true);
+    const QRectF box = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    p.setPen(QColor(0xC4, 0xC8, 0xCE));
+    p.setBrush(look::ToQColor(look::kButtonFace));
+    p.drawRoundedRect(box, 3, 3);
+
+    int x = 6;
+    const QIcon icon = itemIcon(currentIndex());
+    if (!icon.isNull()) {
+        const QSize size = iconSize();
+        icon.paint(&p, QRect(x, (height() - size.height()) / 2, size.width(), size.height()));
+        x += size.width() + 6;
+    }
+    p.setPen(palette().color(QPalette::Text));
+    const QRect textRect(x, 0, width() - x - 6, height());
+    p.drawText(textRect, Qt::AlignLeft | Qt::AlignVCenter,
+               fontMetrics().elidedText(currentText(), Qt::ElideRight, textRect.width()));
+}
+
 void DistributionCombo::showPopup() {
     if (locked_) return;
     QComboBox::showPopup();

@@ -29,11 +29,14 @@ public:
     // The picture of one of the nine distributions, size in device pixels.
     static QIcon DistributionIcon(const QString& name, QSize size = QSize(32, 18));
 
+    // Does nothing while Locked.
+    void showPopup() override;
+
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
-    void showPopup() override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void ApplyLook();

@@ -1,0 +1,311 @@
+// Density chart: margins and value-pixel mapping in closed form, the flat-curve
+// rule, marker hits, and the drawing read back pixel by pixel.
+#include "ui/main/DensityChart.h"
+
+#include "engine/m_Distributions.h"
+#include "support/ErrorTrap.h"
+#include "tests/helpers/TestSupport.h"
+#include "ui/draw/PictureBox.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+using DensityChart::Geometry;
+
+namespace {
+
+constexpr uint32_t kWhite = 0xFFFFFF, kBlack = 0x000000, kBlue = 0xFF0000, kRed = 0x0000FF;
+
+// The standard normal density on x(i) = -3 + (i - 1) * 6 / n, 1-based, from
+// its closed form (not the engine).
+struct Curve {
+    std::vector<double> X, Y;
+};
+Curve NormalCurve(int n, double low = -3, double high = 3) {
+    Curve c{std::vector<double>(n + 1, 0.0), std::vector<double>(n + 1, 0.0)};
+    for (int i = 1; i <= n; ++i) {
+        c.X[i] = low + (i - 1) * (high - low) / n;
+        c.Y[i] = std::exp(-c.X[i] * c.X[i] / 2) / std::sqrt(2 * M_PI);
+    }
+    return c;
+}
+
+class DensityChartTest : public testing_support::RecordingTest {
+protected:
+    void SetUp() override {
+        RecordingTest::SetUp();
+        box.SetPictureSize(400, 300);
+        box.SetFontSize(8);
+    }
+
+    DensityChart::Result DrawWith(DensityChart::Input in) {
+        DensityChart::Result result;
+        support::Trap("Pondera.frm_Pondera.DrawPDF", [&] { result = DensityChart::Draw(box, in); });
+        return result;
+    }
+
+    DensityChart::Input Standard(const Curve& c) {
+        DensityChart::Input in;
+        in.X = c.X;
+        in.Y = c.Y;
+        in.LSLMarkerWidth = 11;
+        in.USLMarkerWidth = 11;
+        return in;
+    }
+
+    // Pixels not of `colour` inside a rectangle (inclusive).
+    int CountNot(int x1, int y1, int x2, int y2, uint32_t colour) {
+        int n = 0;
+        for (int y = y1; y <= y2; ++y)
+            for (int x = x1; x <= x2; ++x) n += box.GetPixel(x, y) != colour;
+        return n;
+    }
+    int Count(int x1, int y1, int x2, int y2, uint32_t colour) {
+        return (x2 - x1 + 1) * (y2 - y1 + 1) - CountNot(x1, y1, x2, y2, colour);
+    }
+
+    PictureBox box;
+};
+
+} // namespace
+
+TEST(DensityGeometry, MarginsFollowTheSurfaceSize) {
+    struct Row {
+        double W, H;
+    };
+    for (const Row& r : {Row{800, 500}, Row{400, 300}, Row{123, 77}}) {
+        const Geometry g = Geometry::ForSize(r.W, r.H);
+        EXPECT_DOUBLE_EQ(g.X0, 0.15 * r.W);
+        EXPECT_DOUBLE_EQ(g.Y0, 0.85 * r.H);
+        EXPECT_NEAR(g.PlotWidth, 0.775 * r.W, 1e-9);
+        EXPECT_NEAR(g.PlotHeight, 0.7 * r.H, 1e-9);
+        EXPECT_NEAR(g.LastPy, 0.15 * r.H, 1e-9); // a flat curve sits at the plot's top
+    }
+}
+
+TEST(DensityGeometry, MapsValuesToPixelsAndBack) {
+    Geometry g = Geometry::ForSize(800, 500);
+    // 1-based: element 0 is never looked at.
+    const std::vector<double> x = {999, 2, 4, 10, 6};
+    const std::vector<double> y = {-999, 0.5, 0.1, 0.3, 0.9};
+    support::TrapIgnore([&] { g.SetRanges(x, y); });
+    EXPECT_DOUBLE_EQ(g.XLow, 2);
+    EXPECT_DOUBLE_EQ(g.XRange, 8);
+    EXPECT_DOUBLE_EQ(g.YLow, 0.1);
+    EXPECT_NEAR(g.YRange, 0.8, 1e-15);
+    // Ends of the ranges land on the plot's corners: 0.15 W .. 0.925 W, 0.85 H .. 0.15 H.
+    EXPECT_NEAR(g.Px(2), 120, 1e-9);
+    EXPECT_NEAR(g.Px(10), 740, 1e-9);
+    EXPECT_NEAR(g.Px(6), 430, 1e-9);
+    EXPECT_NEAR(g.Py(0.1), 425, 1e-9);
+    EXPECT_NEAR(g.Py(0.9), 75, 1e-9);
+    EXPECT_NEAR(g.Py(0.5), 250, 1e-9);
+    // The drag's inverse: range low + (x - x0) * x range / plot width.
+    for (double v : {2.0, 3.7, 6.0, 10.0, -5.0, 15.5}) EXPECT_NEAR(g.ValueAtPixel(g.Px(v)), v, 1e-12);
+    EXPECT_NEAR(g.ValueAtPixel(120 + 77.5), 3, 1e-12);
+}
+
+TEST(DensityGeometry, FlatCurveKeepsThePreviousPy) {
+    Geometry g = Geometry::ForSize(400, 300);
+    const std::vector<double> x = {0, 1, 2, 3};
+    const std::vector<double> y = {0, 0.5, 0.5, 0.5};
+    g.SetRanges(x, y);
+    ASSERT_EQ(g.YRange, 0);
+    EXPECT_NEAR(g.Py(0.5), 45, 1e-9);
+    g.LastPy = 123;
+    EXPECT_EQ(g.Py(0.5), 123);
+    EXPECT_EQ(g.Py(1e300), 123); // not recomputed whatever the density
+}
+
+TEST_F(DensityChartTest, NoXRangeIsAFaultReportedUnderTheCallersLabel) {
+    const std::vector<double> x = {0, 2, 2, 2};
+    const std::vector<double> y = {0, 0.1, 0.2, 0.3};
+    DensityChart::Input in;
+    in.X = x;
+    in.Y = y;
+    DrawWith(in);
+    ASSERT_EQ(ErrorLabels().size(), 1u);
+    EXPECT_EQ(ErrorLabels()[0], "Pondera.frm_Pondera.DrawPDF");
+}
+
+TEST(DensityGeometry, MarkerHitIncludesBothEdges) {
+    struct Row {
+        double X;
+        bool Hit;
+    };
+    for (const Row& r : {Row{99.9, false}, Row{100, true}, Row{105.5, true}, Row{111, true},
+                         Row{111.01, false}, Row{-1e300, false}})
+        EXPECT_EQ(DensityChart::MarkerHit(r.X, 100, 11), r.Hit) << r.X;
+}
+
+TEST_F(DensityChartTest, ShadesInAndOutOfSpecAndDrawsLimitLines) {
+    const Curve c = NormalCurve(300);
+    DensityChart::Input in = Standard(c);
+    in.LSL = {true, -1};
+    in.USL = {true, 1.5};
+    in.Target = {true, 0.25};
+    in.DraggingUSL = true;
+    const DensityChart::Result r = DrawWith(in);
+    ASSERT_TRUE(ErrorLabels().empty());
+    Geometry g = r.Geom;
+    const int base = static_cast<int>(g.Y0);
+
+    // Just above the baseline: out-of-spec red left of the LSL and right of
+    // the USL, in-spec blue between (away from the lines).
+    auto shade = [&](double value) { return box.GetPixel(static_cast<int>(std::lround(g.Px(value))), base - 3); };
+    EXPECT_EQ(shade(-1.6), kRed);
+    EXPECT_EQ(shade(-0.5), kBlue);
+    EXPECT_EQ(shade(1.0), kBlue);
+    EXPECT_EQ(shade(2.2), kRed);
+    // Above the curve stays background.
+    EXPECT_EQ(box.GetPixel(static_cast<int>(g.Px(-2.5)), static_cast<int>(g.Py(0.3))), kWhite);
+
+    // The LSL line (black, 2 wide) reaches the top of the plot; the USL line is
+    // red while its marker is dragged; the target line is 3 wide.
+    const int top = static_cast<int>(std::ceil(0.15 * 300));
+    const int lslX = static_cast<int>(std::lround(g.Px(-1)));
+    EXPECT_GE(Count(lslX - 2, top + 2, lslX + 2, top + 2, kBlack), 2);
+    const int uslX = static_cast<int>(std::lround(g.Px(1.5)));
+    EXPECT_GE(Count(uslX - 2, top + 2, uslX + 2, top + 2, kRed), 2);
+    const int targetX = static_cast<int>(std::lround(g.Px(0.25)));
+    EXPECT_GE(Count(targetX - 2, top + 2, targetX + 2, top + 2, kBlack), 3);
+
+    // Markers are centred on their lines.
+    EXPECT_TRUE(r.LSLMarker.Visible);
+    EXPECT_NEAR(r.LSLMarker.Left, g.Px(-1) - 5.5, 1e-9);
+    EXPECT_TRUE(r.USLMarker.Visible);
+    EXPECT_NEAR(r.USLMarker.Left, g.Px(1.5) - 5.5, 1e-9);
+
+    // The labels sit at the top edge.
+    EXPECT_GT(CountNot(lslX - 10, 2, lslX + 10, 14, kWhite), 5);
+}
+
+TEST_F(DensityChartTest, CurveIsDrawnAsDarkDotsOnTopOfTheShading) {
+    const Curve c = NormalCurve(300);
+    const DensityChart::Result r = DrawWith(Standard(c));
+    ASSERT_TRUE(ErrorLabels().empty());
+    Geometry g = r.Geom;
+    // Around each sampled point's dot there is a dark pixel (the dot's four
+    // pixels share the colour; the pixel rule puts it one row up).
+    int found = 0;
+    for (int i = 1; i <= 300; i += 10) {
+        const int px = static_cast<int>(std::floor(g.Px(c.X[i])));
+        const int py = static_cast<int>(std::floor(g.Py(c.Y[i])));
+        bool dark = false;
+        for (int dy = -2; dy <= 1; ++dy)
+            for (int dx = 0; dx <= 1; ++dx) {
+                const uint32_t p = box.GetPixel(px + dx, py + dy);
+                if (p != PictureBox::kInvalidPixel && (p & 0xFF) < 110 && ((p >> 8) & 0xFF) < 110) dark = true;
+            }
+        found += dark;
+    }
+    EXPECT_EQ(found, 30);
+}
+
+TEST_F(DensityChartTest, WithBothAxisFlagsOffThereAreNoTicksOrLabels) {
+    const Curve c = NormalCurve(300);
+    DensityChart::Input in = Standard(c);
+    in.XAxis = false;
+    in.YAxis = false;
+    in.LSL = {true, -1};
+    const DensityChart::Result r = DrawWith(in);
+    const Geometry& g = r.Geom;
+    // Below the baseline (ticks, x labels) and left of the plot (y labels):
+    // background only.
+    EXPECT_EQ(CountNot(0, static_cast<int>(g.Y0) + 2, 399, 299, kWhite), 0);
+    EXPECT_EQ(CountNot(0, 0, static_cast<int>(g.X0) - 2, 299, kWhite), 0);
+    // Shading, the limit line and the baseline are still there.
+    EXPECT_EQ(box.GetPixel(static_cast<int>(std::lround(g.Px(0))), static_cast<int>(g.Y0) - 5), kBlue);
+    EXPECT_EQ(box.GetPixel(static_cast<int>(std::lround(g.Px(-2))), static_cast<int>(g.Y0) - 3), kRed);
+    EXPECT_EQ(box.GetPixel(static_cast<int>(g.X0 + g.PlotWidth) - 1, static_cast<int>(g.Y0)), kBlack);
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(DensityChartTest, WithAxisFlagsOnTicksAndLabelsAppear) {
+    const Curve c = NormalCurve(300);
+    const DensityChart::Result r = DrawWith(Standard(c));
+    const Geometry& g = r.Geom;
+    EXPECT_GT(CountNot(0, static_cast<int>(g.Y0) + 2, 399, 299, kWhite), 50);
+    EXPECT_GT(CountNot(0, 0, static_cast<int>(g.X0) - 2, 299, kWhite), 50);
+    // The x axis stops at 0.85 W; the baseline redrawn in step 9 goes on to 0.925 W.
+    EXPECT_EQ(box.GetPixel(static_cast<int>(0.85 * 400) + 20, static_cast<int>(g.Y0)), kBlack);
+    // The tick at x0 goes down 5 pixels.
+    EXPECT_EQ(box.GetPixel(static_cast<int>(g.X0), static_cast<int>(g.Y0) + 4), kBlack);
+}
+
+TEST_F(DensityChartTest, WithoutRefreshTheOldBackgroundStays) {
+    box.SetBackColor(0x00FF00);
+    box.Cls();
+    const Curve c = NormalCurve(100);
+    DensityChart::Input in = Standard(c);
+    in.Refresh = false;
+    DrawWith(in);
+    EXPECT_EQ(box.GetPixel(2, 2), 0x00FF00u);
+    EXPECT_EQ(box.GetPixel(399, 299), 0x00FF00u);
+    in.Refresh = true;
+    in.BackColor = 0xEEEEEE;
+    DrawWith(in);
+    EXPECT_EQ(box.GetPixel(2, 2), 0xEEEEEEu);
+}
+
+TEST_F(DensityChartTest, FlatDensityDrawsAFullBoxWithoutFailing) {
+    // A uniform density seen only inside its support: every value equal.
+    Curve c{std::vector<double>(51, 0.5), std::vector<double>(51, 0.5)};
+    for (int i = 1; i <= 50; ++i) c.X[i] = -0.5 + (i - 1) / 50.0;
+    const DensityChart::Result r = DrawWith(Standard(c));
+    EXPECT_TRUE(ErrorLabels().empty());
+    const Geometry& g = r.Geom;
+    const int mid = static_cast<int>(std::lround(g.Px(0)));
+    EXPECT_EQ(box.GetPixel(mid, static_cast<int>(g.Y0) - 5), kBlue);
+    EXPECT_EQ(box.GetPixel(mid, static_cast<int>(0.15 * 300) + 3), kBlue);
+    EXPECT_EQ(box.GetPixel(mid, static_cast<int>(0.15 * 300) - 6), kWhite);
+}
+
+TEST_F(DensityChartTest, LimitOutsideTheRangeIsDrawnWhereItMaps) {
+    const Curve c = NormalCurve(200);
+    DensityChart::Input in = Standard(c);
+    in.USL = {true, 3.4}; // right of the last sample, still on the surface
+    const DensityChart::Result r = DrawWith(in);
+    EXPECT_TRUE(ErrorLabels().empty());
+    const double px = r.Geom.Px(3.4);
+    EXPECT_GT(px, r.Geom.X0 + r.Geom.PlotWidth);
+    EXPECT_EQ(box.GetPixel(static_cast<int>(std::lround(px)), 100), kBlack);
+    in.USL = {true, 1e6}; // far off the surface: nothing to see, nothing fails
+    DrawWith(in);
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(DensityChartTest, OverlayIsLightGreenWithTheSameRanges) {
+    const Curve c = NormalCurve(300);
+    const Curve wide = NormalCurve(300, -2, 2);
+    DensityChart::Input in = Standard(c);
+    in.Overlay = true;
+    in.OverlayX = wide.X;
+    in.OverlayY = wide.Y;
+    DrawWith(in);
+    int green = 0;
+    for (int y = 0; y < 300; ++y)
+        for (int x = 0; x < 400; ++x) {
+            const uint32_t p = box.GetPixel(x, y);
+            const int r = p & 0xFF, gg = (p >> 8) & 0xFF, b = (p >> 16) & 0xFF;
+            green += gg > 200 && r > 100 && r < 200 && b > 100 && b < 200;
+        }
+    EXPECT_GT(green, 50);
+}
+
+TEST_F(DensityChartTest, EngineSampledCurveDrawsWithoutErrors) {
+    // The grid and densities as the plot pipeline gets them.
+    const int n = 500;
+    const std::vector<double> y = m_Distributions::GetPDFData("Weibull", 0, 25, n, 2, 10, 0, 0);
+    std::vector<double> x(n + 1, 0.0);
+    for (int i = 1; i <= n; ++i) x[i] = 0 + (i - 1) * 25.0 / n;
+    DensityChart::Input in;
+    in.X = x;
+    in.Y = y;
+    in.LSL = {true, 3};
+    in.USL = {true, 20};
+    DrawWith(in);
+    EXPECT_TRUE(ErrorLabels().empty());
+}

@@ -1,0 +1,181 @@
+// Skewness-kurtosis chart: the boundary arrays, the handlers' mappings (with
+// the picking scale 1..KurtMax), the two marker placements, and the drawing's
+// grey region read back pixel by pixel on its own scale 0..17.
+#include "ui/main/SkewKurtChart.h"
+
+#include "support/ErrorTrap.h"
+#include "tests/helpers/TestSupport.h"
+#include "ui/draw/Look.h"
+#include "ui/draw/PictureBox.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using SkewKurtChart::PickScale;
+
+namespace {
+
+class SkewKurtChartTest : public testing_support::RecordingTest {
+protected:
+    void SetUp() override {
+        RecordingTest::SetUp();
+        box.SetPictureSize(W, H);
+    }
+
+    SkewKurtChart::Result DrawStandard(SkewKurtChart::Input in = {}) {
+        SkewKurtChart::Result r;
+        support::Trap("Pondera.frm_Pondera.DrawSkewKurtLimits",
+                      [&] { r = SkewKurtChart::Draw(box, SkewKurtChart::MakeBoundary(-4, 4), in); });
+        return r;
+    }
+
+    static constexpr int W = 240, H = 200;
+    PictureBox box;
+};
+
+PickScale Standard(double w, double h, double kurtMax = 17) {
+    PickScale s;
+    s.W = w;
+    s.H = h;
+    s.SkewMin = -4;
+    s.SkewMax = 4;
+    s.KurtMin = 1;
+    s.KurtMax = kurtMax;
+    return s;
+}
+
+} // namespace
+
+TEST(SkewKurtBoundary, TwoHundredPointsOnKEqualsSSquaredPlusOne) {
+    const SkewKurtChart::Boundary b = SkewKurtChart::MakeBoundary(-4, 4);
+    ASSERT_EQ(b.S.size(), 200u);
+    ASSERT_EQ(b.K.size(), 200u);
+    EXPECT_DOUBLE_EQ(b.S.front(), -4);
+    EXPECT_DOUBLE_EQ(b.S.back(), 4);
+    EXPECT_DOUBLE_EQ(b.K.front(), 17);
+    EXPECT_DOUBLE_EQ(b.K.back(), 17);
+    for (int i : {1, 57, 99, 100, 198}) {
+        const double s = -4 + 8.0 * i / 199;
+        EXPECT_NEAR(b.S[i], s, 1e-14) << i;
+        EXPECT_NEAR(b.K[i], s * s + 1, 1e-13) << i;
+    }
+    // 200 points: no point at exactly 0, the two middle ones straddle it.
+    EXPECT_LT(b.S[99], 0);
+    EXPECT_GT(b.S[100], 0);
+}
+
+TEST(SkewKurtMapping, CornersAndMiddleOfThePickingScale) {
+    const PickScale s = Standard(240, 200);
+    EXPECT_DOUBLE_EQ(s.XToSkew(0), -4);
+    EXPECT_DOUBLE_EQ(s.YToKurt(0), 17); // the top is KurtMax
+    EXPECT_DOUBLE_EQ(s.XToSkew(120), 0);
+    EXPECT_DOUBLE_EQ(s.XToSkew(240), 4);
+    EXPECT_DOUBLE_EQ(s.YToKurt(200), 1); // the bottom is KurtMin, not 0
+    EXPECT_DOUBLE_EQ(s.YToKurt(100), 9);
+    // A user-set KurtMax moves only the picking scale.
+    EXPECT_DOUBLE_EQ(Standard(240, 200, 4).YToKurt(0), 4);
+    EXPECT_DOUBLE_EQ(Standard(240, 200, 4).YToKurt(100), 2.5);
+}
+
+TEST(SkewKurtMapping, ForwardAndBackAgreeWithTheScaleAtTheOrigin) {
+    const PickScale s = Standard(311, 187, 8);
+    for (double skew : {-4.0, -1.3, 0.0, 2.75, 4.0}) EXPECT_NEAR(s.XToSkew(s.SkewToX(skew)), skew, 1e-12);
+    for (double kurt : {1.0, 1.8, 3.0, 8.0, 12.0}) EXPECT_NEAR(s.YToKurt(s.KurtToY(kurt)), kurt, 1e-12);
+    EXPECT_DOUBLE_EQ(s.KurtToY(8), 0);
+    EXPECT_DOUBLE_EQ(s.KurtToY(1), 187);
+}
+
+TEST(SkewKurtMapping, MarkerSitsHalfAHeightLowAfterDrawingAndCentredAfterALock) {
+    const PickScale s = Standard(240, 200);
+    const auto drawn = SkewKurtChart::MarkerAfterDraw(s, 0, 3, 9, 7);
+    const auto centred = SkewKurtChart::MarkerCentred(s, 0, 3, 9, 7);
+    const double x = 120, y = 200 - (3.0 - 1) / 16 * 200;
+    EXPECT_DOUBLE_EQ(drawn.Left, x - 4.5);
+    EXPECT_DOUBLE_EQ(centred.Left, x - 4.5);
+    EXPECT_DOUBLE_EQ(drawn.Top, y + 3.5);
+    EXPECT_DOUBLE_EQ(centred.Top, y - 3.5);
+}
+
+TEST(SkewKurtMapping, EqualAxisEndsAreAFaultNotAnInfinity) {
+    PickScale s = Standard(240, 200);
+    s.KurtMax = 1;
+    double k = 0;
+    support::SetFace(nullptr);
+    support::Recorder().Clear();
+    support::Trap("Pondera.frm_Pondera.pb_SkewKurt_MouseMove", [&] { k = s.KurtToY(5); });
+    EXPECT_EQ(k, 0);
+    ASSERT_EQ(support::Recorder().AllErrors().size(), 1u);
+}
+
+TEST_F(SkewKurtChartTest, AxisTextsAreTheBoundarysEndsAndOne) {
+    const SkewKurtChart::Result r = DrawStandard();
+    EXPECT_EQ(r.Texts.XMin, "-4.0");
+    EXPECT_EQ(r.Texts.XMax, "4.0");
+    EXPECT_EQ(r.Texts.YMin, "1.0");
+    EXPECT_EQ(r.Texts.YMax, "17.0");
+    EXPECT_DOUBLE_EQ(r.Scale.KurtTop, 17);
+    EXPECT_DOUBLE_EQ(r.Scale.Y(0), H); // the drawing starts at 0
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+// On the drawing's scale: a few pixels below K = S^2 + 1 is grey, a few above
+// is white; the boundary line itself is dark.
+TEST_F(SkewKurtChartTest, GreyBelowTheBoundaryWhiteAbove) {
+    const SkewKurtChart::Result r = DrawStandard();
+    const uint32_t grey = look::Resolve(look::kButtonShadow);
+    const auto& sc = r.Scale;
+    int checked = 0;
+    for (double skew = -3.5; skew <= 3.5; skew += 0.25) {
+        const int x = static_cast<int>(std::lround(sc.X(skew)));
+        const double edge = sc.Y(skew * skew + 1);
+        // The curve is steep away from the middle; step off it far enough
+        // along the column.
+        const double slope = std::fabs(2 * skew) * (H / 17.0) / (W / 8.0);
+        const double margin = 4 + 2 * slope;
+        if (edge + margin < H - 6) {
+            EXPECT_EQ(box.GetPixel(x, static_cast<int>(edge + margin)), grey) << skew;
+        }
+        if (edge - margin > 6) {
+            EXPECT_EQ(box.GetPixel(x, static_cast<int>(edge - margin)), 0xFFFFFFu) << skew;
+        }
+        ++checked;
+    }
+    EXPECT_GT(checked, 25);
+    // The whole bottom row inside the frame is grey or frame; no white column.
+    for (int x = 1; x < W - 1; ++x) EXPECT_NE(box.GetPixel(x, H - 8), 0xFFFFFFu) << x;
+    // Near the middle the boundary line is dark.
+    const int x0 = static_cast<int>(std::lround(sc.X(0)));
+    const int y0 = static_cast<int>(sc.Y(1));
+    bool dark = false;
+    for (int y = y0 - 2; y <= y0 + 2; ++y) dark |= (box.GetPixel(x0, y) & 0xFF) < 100;
+    EXPECT_TRUE(dark);
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(SkewKurtChartTest, FrameAndTicksAreBlackAndTicksFollowTheFlags) {
+    DrawStandard();
+    EXPECT_EQ(box.GetPixel(0, 0), 0u);
+    EXPECT_EQ(box.GetPixel(W - 1, 50), 0u);
+    EXPECT_EQ(box.GetPixel(0, 100), 0u);
+    // Y ticks: 4 pixels in from the left at y = H - j * H / 5.
+    const int tickY = H - 2 * H / 5;
+    EXPECT_EQ(box.GetPixel(3, tickY), 0u);
+    // X ticks: 4 pixels up from the bottom at x = j * W / 5, inside the grey.
+    const int tickX = 2 * W / 5;
+    EXPECT_EQ(box.GetPixel(tickX, H - 3), 0u);
+
+    SkewKurtChart::Input off;
+    off.XAxis = false;
+    off.YAxis = false;
+    DrawStandard(off);
+    // Both places lie in the grey region (the left edge is grey up to K = 16).
+    EXPECT_EQ(box.GetPixel(3, tickY), look::Resolve(look::kButtonShadow));
+    EXPECT_EQ(box.GetPixel(tickX, H - 3), look::Resolve(look::kButtonShadow));
+}
+
+TEST_F(SkewKurtChartTest, TinySurfaceDrawsWithoutFailing) {
+    box.SetPictureSize(3, 2);
+    DrawStandard();
+    EXPECT_TRUE(ErrorLabels().empty());
+}

@@ -1,0 +1,395 @@
+// The options dialog driven as a person does: text typed into the real boxes,
+// focus moved with Tab, buttons clicked; what it stored is read back from a
+// private settings file.
+#include "ui/options/frm_Options.h"
+
+#include "settings/CAppSettings.h"
+#include "settings/DisplayOptions.h"
+#include "settings/RegistryStore.h"
+#include "support/ErrorTrap.h"
+#include "tests/helpers/TestSupport.h"
+#include "ui/options/ColorPicker.h"
+#include "ui/options/SpinButton.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolButton>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace fs = std::filesystem;
+using namespace DisplayOptions;
+
+namespace {
+
+class OptionsDialogTest : public testing_support::RecordingTest {
+protected:
+    void SetUp() override {
+        RecordingTest::SetUp();
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        dir_ = fs::temp_directory_path() / ("pondera-dialog-" + std::to_string(getpid()) + "-" + info->name());
+        fs::remove_all(dir_);
+        fs::create_directories(dir_);
+        const char* old = std::getenv("PONDERA_REGISTRY");
+        savedStore_ = old ? old : "";
+        setenv("PONDERA_REGISTRY", (dir_ / "registry.sqlite3").c_str(), 1);
+        RegistryStore::Reopen();
+        AppSettings().Init(kCompanyName, kAppName);
+        SetDefaults();
+    }
+    void TearDown() override {
+        RegistryStore::Reopen();
+        setenv("PONDERA_REGISTRY", savedStore_.c_str(), 1);
+        std::error_code ec;
+        fs::remove_all(dir_, ec);
+        SetDefaults();
+    }
+
+    // Names of the values stored so far, in the order first written.
+    static std::vector<std::string> StoredKeys() {
+        std::vector<std::string> keys;
+        try {
+            AppSettings().GetAllKeys(kSection, keys);
+        } catch (const support::RunTimeError&) {
+            // no section yet: nothing stored
+        }
+        return keys;
+    }
+    static std::string Stored(const char* key) {
+        const auto v = AppSettings().GetSetting(kSection, key, std::string("<none>"));
+        return std::holds_alternative<std::string>(v) ? std::get<std::string>(v) : "<number>";
+    }
+    // Shows the dialog as the active window, so focus moves as on a desktop.
+    static void ShowActive(frm_Options& dialog) {
+        dialog.show();
+        dialog.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    }
+    static void Type(QLineEdit* box, const QString& text) {
+        box->setFocus(Qt::OtherFocusReason);
+        box->selectAll();
+        QTest::keyClick(box, Qt::Key_Delete);
+        QTest::keyClicks(box, text);
+    }
+    static void Settle() {
+        for (int i = 0; i < 3; ++i) QApplication::processEvents();
+    }
+
+    fs::path dir_;
+    std::string savedStore_;
+};
+
+} // namespace
+
+TEST_F(OptionsDialogTest, FormLoadShowsTheOptionsInMemory) {
+    AppDecPlaces = 2;
+    AppNumStDev = 3.25;
+    AppXTicks = 7;
+    AppYTicks = 4;
+    AppXMin = -1.234;
+    AppXMax = 12.5;
+    AppDisplay = false;
+    AppRangeMode = true;
+    AppBackColor = 0x123456;
+    frm_Options dialog;
+
+    ASSERT_EQ(dialog.dd_Decimal->count(), 7);
+    for (int i = 0; i < 7; ++i) EXPECT_EQ(dialog.dd_Decimal->itemText(i), QString::number(i));
+    EXPECT_EQ(dialog.dd_Decimal->currentIndex(), 2);
+    EXPECT_EQ(dialog.tb_NumStDev->text(), "3.25");
+    EXPECT_EQ(dialog.tb_XTicks->text(), "7");
+    EXPECT_EQ(dialog.sb_XTicks->Value(), 7);
+    EXPECT_EQ(dialog.tb_YTicks->text(), "4");
+    EXPECT_EQ(dialog.sb_YTicks->Value(), 4);
+    EXPECT_EQ(dialog.tb_XMin->text(), "-1.23"); // FormatDec of the selected places
+    EXPECT_EQ(dialog.tb_XMax->text(), "12.50");
+    EXPECT_TRUE(dialog.ob_Decimal->isChecked());
+    EXPECT_TRUE(dialog.ob_Endpoints->isChecked());
+    EXPECT_EQ(dialog.cp_Background->Color(), 0x123456u);
+    EXPECT_EQ(dialog.cp_Background->Title(), "Select Background Color");
+    EXPECT_EQ(dialog.cp_InSpec->Title(), "Select In Specification Color");
+    EXPECT_EQ(dialog.cp_OutSpec->Title(), "Select Out of Specification Color");
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(OptionsDialogTest, MinimumAboveMaximumShowsTheTwoLineMessageAndStoresNothing) {
+    frm_Options dialog;
+    QSignalSpy applied(&dialog, &frm_Options::Applied);
+    dialog.ob_Endpoints->click();
+    Type(dialog.tb_XMin, "5");
+    Type(dialog.tb_XMax, "4");
+    dialog.cp_Background->SetColor(0x00FF00);
+    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton);
+
+    ASSERT_EQ(Rec().Messages.size(), 1u);
+    EXPECT_EQ(Rec().Messages[0].Title, "Pondera");
+    EXPECT_EQ(Rec().Messages[0].Text,
+              "Display range minimum must be less than or equal to the display range maximum.\n"
+              "Please change the either the minimum or maximum value.");
+    EXPECT_TRUE(StoredKeys().empty());
+    EXPECT_EQ(AppBackColor, 0xFFFFFFu);
+    EXPECT_EQ(applied.count(), 0);
+}
+
+TEST_F(OptionsDialogTest, EqualEndpointsAreAppliedInTheFixedOrder) {
+    frm_Options dialog;
+    QSignalSpy applied(&dialog, &frm_Options::Applied);
+    dialog.ob_Endpoints->click();
+    dialog.ob_Decimal->click();
+    dialog.dd_Decimal->setCurrentIndex(3);
+    Type(dialog.tb_XMin, "5");
+    Type(dialog.tb_XMax, "5.0");
+    dialog.cp_InSpec->SetColor(0x00FF00);
+    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton);
+
+    EXPECT_TRUE(Rec().Messages.empty());
+    EXPECT_EQ(applied.count(), 1);
+    EXPECT_EQ(StoredKeys(), (std::vector<std::string>{kAppBackColor, kAppInSpecColor, kAppOutSpecColor,
+                                                      kAppXTicks, kAppYTicks, kAppDecPlaces, kAppXRange,
+                                                      kAppXMin, kAppXMax, kAppDisplay, kAppRangeMode}));
+    EXPECT_EQ(Stored(kAppInSpecColor), "65280");
+    EXPECT_EQ(Stored(kAppDecPlaces), "3");
+    EXPECT_EQ(Stored(kAppXRange), "1");
+    EXPECT_EQ(Stored(kAppXMin), "5");
+    EXPECT_EQ(Stored(kAppXMax), "5");
+    EXPECT_EQ(Stored(kAppDisplay), "0");
+    EXPECT_EQ(Stored(kAppRangeMode), "1");
+    EXPECT_EQ(AppXMin, 5.0);
+    EXPECT_EQ(AppXMax, 5.0);
+    EXPECT_EQ(AppXRange, 1);
+    EXPECT_TRUE(AppRangeMode);
+    EXPECT_FALSE(AppDisplay);
+    EXPECT_EQ(AppDecPlaces, 3);
+    EXPECT_EQ(AppInSpecColor, 0x00FF00u);
+}
+
+TEST_F(OptionsDialogTest, StandardDeviationModeNeitherReadsNorStoresTheEndpoints) {
+    AppXMin = -7;
+    AppXMax = 7;
+    frm_Options dialog;
+    dialog.ob_StDev->click();
+    dialog.tb_XMin->setText("not a number"); // as a bad value left in the hidden fields
+    dialog.tb_XMax->setText("-1e999");
+    Type(dialog.tb_NumStDev, "3");
+    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton);
+
+    EXPECT_TRUE(Rec().Messages.empty());
+    EXPECT_EQ(StoredKeys(), (std::vector<std::string>{kAppBackColor, kAppInSpecColor, kAppOutSpecColor,
+                                                      kAppXTicks, kAppYTicks, kAppDecPlaces, kAppXRange,
+                                                      kAppNumStDev, kAppDisplay, kAppRangeMode}));
+    EXPECT_EQ(Stored(kAppNumStDev), "3");
+    EXPECT_EQ(Stored(kAppXRange), "0");
+    EXPECT_EQ(AppXMin, -7.0);
+    EXPECT_EQ(AppXMax, 7.0);
+    EXPECT_EQ(AppNumStDev, 3.0);
+}
+
+TEST_F(OptionsDialogTest, AYTickBoxOfZeroShowsTheMessageThatNamesXTicks) {
+    frm_Options dialog;
+    ShowActive(dialog);
+    Type(dialog.tb_YTicks, "0");
+    QTest::keyClick(dialog.tb_YTicks, Qt::Key_Tab);
+    Settle();
+
+    ASSERT_EQ(MessageTexts(), std::vector<std::string>{"Number of X Ticks must be an integer greater or equal to one."});
+    EXPECT_EQ(Rec().Messages[0].Title, "Pondera");
+    EXPECT_EQ(QApplication::focusWidget(), dialog.tb_YTicks); // the focus came back
+    EXPECT_EQ(dialog.tb_YTicks->selectedText(), "0");
+}
+
+TEST_F(OptionsDialogTest, EachBoxChecksItsTextWhenItLosesTheFocus) {
+    struct Case {
+        const char* name;
+        QLineEdit* frm_Options::*box;
+        const char* text;
+        const char* message; // empty: accepted
+    };
+    const Case cases[] = {
+        {"st.dev. zero", &frm_Options::tb_NumStDev, "0", "Number of standard deviations must greater than zero."},
+        {"st.dev. negative", &frm_Options::tb_NumStDev, "-2", "Number of standard deviations must greater than zero."},
+        {"st.dev. text", &frm_Options::tb_NumStDev, "two", "Number of standard deviations must greater than zero."},
+        {"st.dev. fine", &frm_Options::tb_NumStDev, "0.5", ""},
+        {"minimum text", &frm_Options::tb_XMin, "low", "Display range minimum must be a number."},
+        {"minimum empty", &frm_Options::tb_XMin, "", "Display range minimum must be a number."},
+        {"minimum fine", &frm_Options::tb_XMin, "-3.5", ""},
+        {"maximum text", &frm_Options::tb_XMax, "1..2", "Display range maximum must be a number."},
+        {"maximum fine", &frm_Options::tb_XMax, "1e3", ""},
+        {"x ticks fraction", &frm_Options::tb_XTicks, "2.5", "Number of X Ticks must be an integer greater or equal to one."},
+        {"x ticks huge", &frm_Options::tb_XTicks, "99999", "Number of X Ticks must be an integer greater or equal to one."},
+        {"x ticks fine", &frm_Options::tb_XTicks, "1", ""},
+        {"y ticks negative", &frm_Options::tb_YTicks, "-1", "Number of X Ticks must be an integer greater or equal to one."},
+    };
+    AppRangeMode = true; // the end point boxes are enabled
+    for (const auto& c : cases) {
+        Rec().Clear();
+        frm_Options dialog;
+        dialog.ob_StDev->setChecked(true);
+        dialog.ob_Endpoints->setChecked(c.box != &frm_Options::tb_NumStDev);
+        ShowActive(dialog);
+        QLineEdit* box = dialog.*c.box;
+        Type(box, c.text);
+        dialog.cp_Background->setFocus(Qt::TabFocusReason);
+        Settle();
+        if (*c.message) {
+            EXPECT_EQ(MessageTexts(), std::vector<std::string>{c.message}) << c.name;
+            EXPECT_EQ(QApplication::focusWidget(), box) << c.name;
+        } else {
+            EXPECT_TRUE(Rec().Messages.empty()) << c.name;
+            EXPECT_EQ(QApplication::focusWidget(), dialog.cp_Background) << c.name;
+        }
+    }
+}
+
+TEST_F(OptionsDialogTest, TwoBadBoxesDoNotPassTheFocusBackAndForth) {
+    AppRangeMode = true;
+    frm_Options dialog;
+    ShowActive(dialog);
+    dialog.tb_XMax->setText("bad too");
+    Type(dialog.tb_XMin, "bad");
+    QTest::keyClick(dialog.tb_XMin, Qt::Key_Tab); // on to tb_XMax
+    for (int i = 0; i < 10; ++i) Settle();
+    EXPECT_EQ(MessageTexts(), std::vector<std::string>{"Display range minimum must be a number."});
+    EXPECT_EQ(QApplication::focusWidget(), dialog.tb_XMin);
+}
+
+TEST_F(OptionsDialogTest, LeavingABadBoxForCancelIsNotChecked) {
+    frm_Options dialog;
+    ShowActive(dialog);
+    Type(dialog.tb_XTicks, "x");
+    QTest::mouseClick(dialog.but_Cancel, Qt::LeftButton);
+    Settle();
+    EXPECT_TRUE(Rec().Messages.empty());
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(dialog.tb_XTicks->text(), "5"); // put back as shown
+}
+
+TEST_F(OptionsDialogTest, ApplyWithABadTickCountShowsItsMessageAndStoresNothing) {
+    frm_Options dialog;
+    ShowActive(dialog);
+    Type(dialog.tb_XTicks, "0");
+    QTest::keyClick(dialog.tb_XTicks, Qt::Key_Return); // the default button: Apply
+    Settle();
+    EXPECT_EQ(MessageTexts(), std::vector<std::string>{"Number of X Ticks must be an integer greater or equal to one."});
+    EXPECT_TRUE(StoredKeys().empty());
+    EXPECT_EQ(AppXTicks, 5);
+}
+
+TEST_F(OptionsDialogTest, ClickingApplyStraightFromABadBoxShowsOneMessage) {
+    frm_Options dialog;
+    ShowActive(dialog);
+    Type(dialog.tb_NumStDev, "-1");
+    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton); // focus moves, then the click
+    Settle();
+    EXPECT_EQ(MessageTexts(), std::vector<std::string>{"Number of standard deviations must greater than zero."});
+    EXPECT_TRUE(StoredKeys().empty());
+    EXPECT_EQ(QApplication::focusWidget(), dialog.tb_NumStDev);
+}
+
+TEST_F(OptionsDialogTest, ApplyKeepsTheDialogOpenAndCancelThenKeepsWhatWasApplied) {
+    frm_Options dialog;
+    ShowActive(dialog);
+    Type(dialog.tb_XTicks, "9");
+    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton);
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_EQ(dialog.but_Cancel->text(), "Close");
+    EXPECT_EQ(AppXTicks, 9);
+
+    Type(dialog.tb_XTicks, "3"); // changed, not applied
+    QTest::mouseClick(dialog.but_Cancel, Qt::LeftButton);
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(AppXTicks, 9);
+    EXPECT_EQ(Stored(kAppXTicks), "9");
+    EXPECT_EQ(dialog.tb_XTicks->text(), "9");
+    EXPECT_EQ(dialog.sb_XTicks->Value(), 9);
+
+    ShowActive(dialog);
+    EXPECT_EQ(dialog.but_Cancel->text(), "Cancel");
+}
+
+TEST_F(OptionsDialogTest, CancelPutsBackTheFieldsTheWindowHadWritten) {
+    frm_Options dialog;
+    dialog.tb_XMin->setText("-2.600000"); // the main window writes the last drawn range
+    dialog.tb_XMax->setText("2.600000");
+    dialog.dd_Decimal->setCurrentIndex(6);
+    ShowActive(dialog);
+    dialog.ob_Endpoints->click();
+    Type(dialog.tb_XMin, "-100");
+    dialog.dd_Decimal->setCurrentIndex(1);
+    dialog.cp_OutSpec->SetColor(0x00FFFF);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(dialog.tb_XMin->text(), "-2.600000");
+    EXPECT_EQ(dialog.dd_Decimal->currentIndex(), 6);
+    EXPECT_TRUE(dialog.ob_StDev->isChecked());
+    EXPECT_FALSE(dialog.tb_XMin->isEnabled());
+    EXPECT_EQ(dialog.cp_OutSpec->Color(), 0x0000FFu);
+    EXPECT_TRUE(StoredKeys().empty());
+    EXPECT_EQ(AppOutSpecColor, 0x0000FFu);
+}
+
+TEST_F(OptionsDialogTest, SpinButtonsAndTickBoxesFollowEachOther) {
+    frm_Options dialog;
+    ShowActive(dialog);
+    dialog.sb_XTicks->Step(1);
+    EXPECT_EQ(dialog.tb_XTicks->text(), "6");
+    QTest::mouseClick(dialog.sb_YTicks->DownArrow(), Qt::LeftButton);
+    EXPECT_EQ(dialog.tb_YTicks->text(), "4");
+    Type(dialog.tb_XTicks, "12");
+    EXPECT_EQ(dialog.sb_XTicks->Value(), 12);
+    QTest::keyClick(dialog.tb_XTicks, Qt::Key_Up);
+    EXPECT_EQ(dialog.tb_XTicks->text(), "13");
+    Type(dialog.tb_YTicks, "1");
+    QTest::keyClick(dialog.tb_YTicks, Qt::Key_Down); // stays at the least count
+    EXPECT_EQ(dialog.tb_YTicks->text(), "1");
+    EXPECT_TRUE(Rec().Messages.empty());
+}
+
+TEST_F(OptionsDialogTest, ARefusingStoreIsReportedOnceAndTheOptionsStillApply) {
+    std::ofstream(dir_ / "blocker") << "x";
+    setenv("PONDERA_REGISTRY", (dir_ / "blocker" / "registry.sqlite3").c_str(), 1);
+    RegistryStore::Reopen();
+    frm_Options dialog;
+    QSignalSpy applied(&dialog, &frm_Options::Applied);
+    Type(dialog.tb_YTicks, "8");
+    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton);
+
+    EXPECT_EQ(applied.count(), 1);
+    EXPECT_EQ(AppYTicks, 8);
+    const auto errors = Rec().AllErrors();
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0].Label, "Pondera.frm_Options.but_Apply_Click");
+    EXPECT_EQ(errors[0].Description, "Failed saving the application setting");
+    EXPECT_EQ(errors[0].Source, "Pondera.CAppSetting");
+}
+
+TEST_F(OptionsDialogTest, AppliedOptionsAreWhatTheNextRunLoads) {
+    frm_Options dialog;
+    dialog.ob_Endpoints->click();
+    Type(dialog.tb_XMin, "-0.125");
+    Type(dialog.tb_XMax, "40");
+    Type(dialog.tb_XTicks, "10");
+    dialog.dd_Decimal->setCurrentIndex(0);
+    dialog.cp_Background->SetColor(0xABCDEF);
+    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton);
+    const auto applied = std::make_tuple(AppXMin, AppXMax, AppXTicks, AppDecPlaces, AppBackColor,
+                                         AppXRange, AppRangeMode, AppDisplay);
+
+    RegistryStore::Reopen();
+    SetDefaults();
+    Load();
+    EXPECT_EQ(std::make_tuple(AppXMin, AppXMax, AppXTicks, AppDecPlaces, AppBackColor, AppXRange,
+                              AppRangeMode, AppDisplay),
+              applied);
+    EXPECT_EQ(AppXMin, -0.125);
+}

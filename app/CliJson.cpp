@@ -1,0 +1,137 @@
+// JSON output of the command-line tool.
+#include "app/CliJson.h"
+
+#include "support/Format.h"
+#include "support/UserFace.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace cli {
+
+std::string Quote(std::string_view text) {
+    std::string out = "\"";
+    for (const char ch : text) {
+        const auto c = static_cast<unsigned char>(ch);
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        case '\b': out += "\\b"; break;
+        case '\f': out += "\\f"; break;
+        default:
+            if (c < 0x20) {
+                char buf[8];
+                std::snprintf(buf, sizeof buf, "\\u%04x", c);
+                out += buf;
+            } else {
+                out += ch; // UTF-8 passes through
+            }
+        }
+    }
+    return out + "\"";
+}
+
+std::string Number(double value) {
+    if (!std::isfinite(value)) return "null";
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.17g", value);
+    return buf;
+}
+
+std::string NumberArray(const std::vector<double>& values) {
+    std::string out = "[";
+    for (size_t i = 0; i < values.size(); ++i) {
+        if (i) out += ",";
+        out += Number(values[i]);
+    }
+    return out + "]";
+}
+
+JsonObject& JsonObject::Add(std::string_view key, double value) { return AddRaw(key, Number(value)); }
+
+JsonObject& JsonObject::AddRaw(std::string_view key, std::string_view json) {
+    if (!body_.empty()) body_ += ",";
+    body_ += Quote(key);
+    body_ += ":";
+    body_ += json;
+    return *this;
+}
+
+JsonObject& JsonObject::AddString(std::string_view key, std::string_view value) {
+    return AddRaw(key, Quote(value));
+}
+
+JsonObject& JsonObject::AddRecorded() {
+    support::RecordingFace& rec = support::Recorder();
+    std::string messages = "[";
+    for (size_t i = 0; i < rec.Messages.size(); ++i) {
+        if (i) messages += ",";
+        messages += JsonObject()
+                        .AddString("title", rec.Messages[i].Title)
+                        .AddString("text", rec.Messages[i].Text)
+                        .Str();
+    }
+    messages += "]";
+
+    // One entry per distinct error, however often it was reported.
+    std::vector<support::ErrorEntry> distinct;
+    for (const auto& e : rec.AllErrors()) {
+        bool seen = false;
+        for (const auto& d : distinct)
+            seen = seen || (d.Label == e.Label && d.Number == e.Number && d.Source == e.Source &&
+                            d.Description == e.Description);
+        if (!seen) distinct.push_back(e);
+    }
+    std::string errors = "[";
+    for (size_t i = 0; i < distinct.size(); ++i) {
+        if (i) errors += ",";
+        errors += JsonObject()
+                      .AddString("label", distinct[i].Label)
+                      .Add("number", distinct[i].Number)
+                      .AddString("source", distinct[i].Source)
+                      .AddString("description", distinct[i].Description)
+                      .Str();
+    }
+    errors += "]";
+
+    AddRaw("messages", messages);
+    AddRaw("errors", errors);
+    rec.Clear();
+    return *this;
+}
+
+std::string JsonObject::Str() const { return "{" + body_ + "}"; }
+
+bool ParseArg(const std::string& text, double& value) {
+    const auto parsed = support::ParseNumber(text);
+    if (!parsed) return false;
+    value = *parsed;
+    return true;
+}
+
+int Usage() {
+    std::fputs(
+        "usage: pondera-cli COMMAND ARGUMENTS\n"
+        "  moments DIST P1 [P2 [P3]]\n"
+        "      mean, stdev, skewness and kurtosis of a classical distribution\n"
+        "  pdf DIST P1 P2 P3 P4 --range LOW HIGH --points N\n"
+        "      the density on x(i) = LOW + (i - 1)(HIGH - LOW)/N, i = 1..N (N up to 32767)\n"
+        "  pnc DIST P1 P2 P3 P4 [--lsl X] [--usl X]\n"
+        "      fraction nonconforming below the LSL, above the USL and in total;\n"
+        "      with no arguments, one line DIST|P1|P2|P3|P4|LSL|USL per request on\n"
+        "      standard input (an empty field is absent)\n"
+        "  fit MEAN SD SKEW KURT\n"
+        "      the Johnson curve with these moments (or lines on standard input)\n"
+        "  plot --dist NAME ...\n"
+        "      the window's plot, headless (not in builds without the window)\n"
+        "DIST: Normal, LogNormal, Exponential, Weibull, Uniform, Triangular (moments),\n"
+        "      and Johnson SB, Johnson SL, Johnson SU (pdf, pnc). Missing trailing\n"
+        "      parameters are 0. Output: one JSON object per answer on standard output.\n",
+        stderr);
+    return 2;
+}
+
+} // namespace cli

@@ -1,0 +1,291 @@
+// pondera-cli moments, pdf and pnc, run as a script would run them.
+#include "engine/m_PercentCertainty.h"
+#include "tests/app/JsonReader.h"
+#include "tests/helpers/TestSupport.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using json_reader::Value;
+
+struct CliRun {
+    int Status = -1;
+    std::string Out, Err;
+    std::vector<Value> Objects; // one per output line
+};
+
+std::string Slurp(const std::string& path) {
+    std::ifstream in(path);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+std::string ShellQuote(const std::string& s) {
+    std::string out = "'";
+    for (char c : s) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
+CliRun Cli(const std::vector<std::string>& args, const std::string& input = "") {
+    const std::string dir = testing::TempDir() + "cli-" + std::to_string(getpid());
+    std::system(("mkdir -p " + ShellQuote(dir)).c_str());
+    const std::string in = dir + "/in", out = dir + "/out", err = dir + "/err";
+    std::ofstream(in) << input;
+    std::string cmd = ShellQuote(PONDERA_CLI);
+    for (const auto& a : args) cmd += " " + ShellQuote(a);
+    cmd += " <" + ShellQuote(in) + " >" + ShellQuote(out) + " 2>" + ShellQuote(err);
+    CliRun r;
+    const int raw = std::system(cmd.c_str());
+    r.Status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    r.Out = Slurp(out);
+    r.Err = Slurp(err);
+    std::istringstream lines(r.Out);
+    for (std::string line; std::getline(lines, line);) {
+        try {
+            r.Objects.push_back(json_reader::Parse(line));
+        } catch (const std::exception& e) {
+            ADD_FAILURE() << "not JSON (" << e.what() << "): " << line;
+        }
+    }
+    return r;
+}
+
+double Rel(double a, long double b) { return static_cast<double>(std::fabs((a - b) / b)); }
+
+long double Phi(long double z) { return std::exp(-z * z / 2) / std::sqrt(2 * 3.141592653589793238462643383279502884L); }
+
+// Every number in the answer is finite (a NaN or infinity would print as null).
+void ExpectNoNull(const Value& v, const std::string& where) {
+    EXPECT_NE(v.Type, Value::Kind::Null) << where;
+    for (const auto& item : v.Items) ExpectNoNull(item, where);
+    for (const auto& [k, m] : v.Members) ExpectNoNull(m, where + "." + k);
+}
+
+TEST(CliEngine, MomentsTakeTheArgumentsTheWindowPasses) {
+    struct Row {
+        std::vector<std::string> Args;
+        double Mean, Sd, Skew, Kurt;
+    };
+    const double e = std::exp(1.0);
+    const std::vector<Row> rows = {
+        {{"Normal", "10", "2"}, 10, 2, 0, 3},
+        {{"Exponential", "2", "1"}, 1.5, 0.5, 2, 9},  // the minimum moves only the mean
+        {{"LogNormal", "0", "1", "3"}, std::sqrt(e) + 3, std::sqrt(e * (e - 1)), (e + 2) * std::sqrt(e - 1),
+         e * e * e * e + 2 * e * e * e + 3 * e * e - 3},
+        {{"Uniform", "0", "1"}, 0.5, std::sqrt(1 / 12.0), 0, 1.8},
+        {{"Triangular", "0", "0", "1"}, 1 / 3.0, std::sqrt(1 / 18.0), 2 * std::sqrt(2.0) / 5, 2.4},
+        {{"Weibull", "1", "1", "0"}, 1, 1, 2, 9},
+        {{"Normal", "7"}, 7, 0, 0, 3}, // missing trailing parameters are 0 ... and fail the check
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> args = {"moments"};
+        args.insert(args.end(), row.Args.begin(), row.Args.end());
+        const CliRun r = Cli(args);
+        SCOPED_TRACE(r.Out);
+        ASSERT_EQ(r.Status, 0);
+        ASSERT_EQ(r.Objects.size(), 1u);
+        const Value& v = r.Objects[0];
+        if (row.Args.size() == 2) {
+            EXPECT_FALSE(v.Has("mean"));
+            ASSERT_EQ(v["messages"].Items.size(), 1u);
+            EXPECT_EQ(v["messages"][0]["text"].Str, "Standard deviation must be greater than zero.");
+            continue;
+        }
+        EXPECT_NEAR(v["mean"].Num, row.Mean, 1e-9 * std::max(1.0, row.Mean));
+        EXPECT_NEAR(v["stdev"].Num, row.Sd, 1e-9);
+        EXPECT_NEAR(v["skewness"].Num, row.Skew, 1e-9);
+        EXPECT_NEAR(v["kurtosis"].Num, row.Kurt, 1e-9 * row.Kurt);
+        EXPECT_TRUE(v["errors"].Items.empty());
+    }
+}
+
+TEST(CliEngine, FailedCheckGivesItsMessageAndNoFigures) {
+    const CliRun r = Cli({"moments", "Uniform", "5", "4"});
+    ASSERT_EQ(r.Status, 0);
+    const Value& v = r.Objects.at(0);
+    EXPECT_FALSE(v.Has("mean"));
+    ASSERT_EQ(v["messages"].Items.size(), 1u);
+    EXPECT_EQ(v["messages"][0]["title"].Str, "Pondera");
+    EXPECT_EQ(v["messages"][0]["text"].Str, "Minimum must be less than Maximum for a Uniform distribution.");
+    const CliRun p = Cli({"pnc", "Triangular", "0", "2", "1", "--lsl", "0.5"});
+    EXPECT_FALSE(p.Objects.at(0).Has("lower"));
+    EXPECT_EQ(p.Objects.at(0)["messages"][0]["text"].Str,
+              "Likeliest value must be between Minimum and Maximum for a Triangular distribution.");
+}
+
+TEST(CliEngine, RunTimeErrorsAppearOncePerDistinctError) {
+    const CliRun r = Cli({"moments", "LogNormal", "0", "50"});
+    const Value& v = r.Objects.at(0);
+    EXPECT_EQ(v["mean"].Num, 0);
+    ASSERT_EQ(v["errors"].Items.size(), 4u);
+    EXPECT_EQ(v["errors"][0]["label"].Str, "Pondera.m_Distributions.mean");
+    EXPECT_EQ(v["errors"][0]["number"].Num, 6);
+    EXPECT_EQ(v["errors"][0]["description"].Str, "Overflow");
+    EXPECT_EQ(v["errors"][3]["label"].Str, "Pondera.m_Distributions.Kurtosis");
+    // The same overflow at several grid points is one entry.
+    const CliRun p = Cli({"pdf", "Johnson SB", "1", "0", "1", "1e308", "--range", "-1e308", "-9e307", "--points", "5"});
+    const Value& w = p.Objects.at(0);
+    ASSERT_EQ(w["errors"].Items.size(), 1u);
+    EXPECT_EQ(w["errors"][0]["label"].Str, "Pondera.m_Distributions.JohnsonSB_PDF");
+    for (double d : w["density"].Numbers()) EXPECT_EQ(d, 0);
+}
+
+TEST(CliEngine, PdfSamplesThePlotGrid) {
+    const CliRun r = Cli({"pdf", "Normal", "1", "2", "--range", "-3", "5", "--points", "8"});
+    ASSERT_EQ(r.Status, 0);
+    const Value& v = r.Objects.at(0);
+    const auto x = v["x"].Numbers(), d = v["density"].Numbers();
+    ASSERT_EQ(x.size(), 8u);
+    ASSERT_EQ(d.size(), 8u);
+    for (int i = 0; i < 8; ++i) {
+        EXPECT_EQ(x[i], -3 + i); // x(i) = low + (i - 1)(high - low)/N
+        EXPECT_LE(Rel(d[i], Phi((x[i] - 1) / 2.0L) / 2), 1e-15);
+    }
+    // Johnson names use the engine's own densities: SL keeps lamda inside the logarithm.
+    const CliRun sl = Cli({"pdf", "Johnson SL", "2", "0.5", "3", "1", "--range", "1", "7", "--points", "3"});
+    const auto sx = sl.Objects.at(0)["x"].Numbers(), sd = sl.Objects.at(0)["density"].Numbers();
+    EXPECT_EQ(sd[0], 0); // x = xi
+    for (int i = 1; i < 3; ++i) {
+        const long double y = (sx[i] - 1) / 3.0L, z = 0.5L + 2 * std::log(y);
+        EXPECT_LE(Rel(sd[i], 2 * Phi(z) / (3 * y)), 1e-14);
+    }
+    const CliRun su = Cli({"pdf", "Johnson SU", "1", "0", "1", "0", "--range", "0", "1", "--points", "1"});
+    EXPECT_NEAR(su.Objects.at(0)["density"][0].Num, 0.3989422804014327, 1e-16);
+}
+
+TEST(CliEngine, PncFiguresAsCalcPercentComputesThem) {
+    const CliRun r = Cli({"pnc", "Normal", "0", "1", "0", "0", "--lsl", "-3", "--usl", "9"});
+    const Value& v = r.Objects.at(0);
+    EXPECT_LE(Rel(v["lower"].Num, 0.00134989803163009452665L), 1e-14);
+    EXPECT_LE(Rel(v["upper"].Num, 1.128588405953840647735e-19L), 1e-13);
+    EXPECT_EQ(v["total"].Num, v["lower"].Num + v["upper"].Num);
+    // An absent limit is unticked: it contributes exactly 0.
+    const CliRun only = Cli({"pnc", "Normal", "0", "1", "--usl", "3"});
+    EXPECT_EQ(only.Objects.at(0)["lower"].Num, 0);
+    EXPECT_EQ(only.Objects.at(0)["total"].Num, only.Objects.at(0)["upper"].Num);
+    // Log-normal limits at or below the threshold.
+    const CliRun ln = Cli({"pnc", "LogNormal", "0", "1", "5", "0", "--lsl", "5", "--usl", "4"});
+    EXPECT_EQ(ln.Objects.at(0)["lower"].Num, 0);
+    EXPECT_EQ(ln.Objects.at(0)["upper"].Num, 1);
+    // A Johnson name picks its form: SL with lamda -1 lives below xi.
+    const CliRun sl = Cli({"pnc", "Johnson SL", "3", "0.5", "-1", "2", "--lsl", "1", "--usl", "2"});
+    EXPECT_LE(Rel(sl.Objects.at(0)["lower"].Num, 0.30853753872598689637L), 1e-14); // Phi(-0.5)
+    EXPECT_EQ(sl.Objects.at(0)["upper"].Num, 0);
+}
+
+TEST(CliEngine, PncPrintsTheExactDoubleTheEngineComputes) {
+    const CliRun r = Cli({"pnc", "Weibull", "1.7", "3", "0.5", "0", "--lsl", "1.1", "--usl", "7.3"});
+    m_PercentCertainty::CurrentDistribution = 5;
+    m_PercentCertainty::Param1 = 1.7;
+    m_PercentCertainty::Param2 = 3;
+    m_PercentCertainty::Param3 = 0.5;
+    m_PercentCertainty::LSL = 1.1;
+    m_PercentCertainty::USL = 7.3;
+    EXPECT_EQ(r.Objects.at(0)["lower"].Num, m_PercentCertainty::CalcLSLPNC());
+    EXPECT_EQ(r.Objects.at(0)["upper"].Num, m_PercentCertainty::CalcUSLPNC());
+}
+
+TEST(CliEngine, PncReadsOneRequestPerLineFromStandardInput) {
+    const CliRun r = Cli({"pnc"}, "Normal|0|1|||-3|3\r\n"
+                               "\n"
+                               "Uniform|4|4|||3|5\n"
+                               "Johnson SB|1|0|1|0|0.5|\n"
+                               "Exponential|1|0||||\n");
+    ASSERT_EQ(r.Status, 0) << r.Err;
+    ASSERT_EQ(r.Objects.size(), 4u); // the blank line asks nothing
+    EXPECT_NEAR(r.Objects[0]["total"].Num, 0.0026997960632601891, 1e-17);
+    EXPECT_EQ(r.Objects[1]["total"].Num, 0);
+    EXPECT_EQ(r.Objects[1]["status"].Str, "Minimum equals Maximum: the Uniform distribution has no spread.");
+    EXPECT_DOUBLE_EQ(r.Objects[2]["lower"].Num, 0.5); // the symmetric SB's median
+    EXPECT_EQ(r.Objects[2]["upper"].Num, 0);
+    EXPECT_EQ(r.Objects[3]["total"].Num, 0);
+    // A line that cannot be read is answered and marks the run as a usage error.
+    const CliRun bad = Cli({"pnc"}, "Gamma|1|2\nNormal|0|x\nNormal|0|1||||1\n");
+    EXPECT_EQ(bad.Status, 2);
+    ASSERT_EQ(bad.Objects.size(), 3u);
+    EXPECT_EQ(bad.Objects[0]["invalid"].Str, "unknown distribution \"Gamma\"");
+    EXPECT_TRUE(bad.Objects[1].Has("invalid"));
+    EXPECT_NEAR(bad.Objects[2]["upper"].Num, 0.15865525393145705, 1e-16);
+}
+
+TEST(CliEngine, UsageErrorsExitWithTwo) {
+    const std::vector<std::vector<std::string>> cases = {
+        {},
+        {"frobnicate"},
+        {"moments"},
+        {"moments", "Johnson SB", "1"},
+        {"moments", "Normal", "0", "1", "2", "3"},
+        {"moments", "Normal", "abc"},
+        {"pdf", "Normal", "0", "1"},
+        {"pdf", "Normal", "0", "1", "--range", "0", "--points", "5"},
+        {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "0"},
+        {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "40000"},
+        {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "2.5"},
+        {"pdf", "Johnson", "1", "0", "1", "0", "--range", "0", "1", "--points", "5"},
+        {"pnc", "Normal", "0", "1", "--lsl"},
+        {"pnc", "Normal", "0", "1", "--lsl", "nan"},
+        {"pnc", "Normal", "0", "1", "--target", "0"},
+        {"pnc", "Lognormal", "0", "1"},
+    };
+    for (const auto& args : cases) {
+        std::vector<std::string> full = args;
+        const CliRun r = Cli(full);
+        std::string joined;
+        for (const auto& a : args) joined += a + " ";
+        EXPECT_EQ(r.Status, 2) << joined;
+        EXPECT_TRUE(r.Out.empty()) << joined << r.Out;
+        EXPECT_NE(r.Err.find("usage: pondera-cli"), std::string::npos) << joined;
+    }
+}
+
+TEST(CliEngine, BadValuesNeverPrintNullOrCrash) {
+    // Anything a person can type into a field, in every slot of every distribution.
+    const char* values[] = {"1e308", "-1e308", "-0", "1e-320", "1e-3", "1e3", "50", "0"};
+    const char* names[] = {"Normal", "LogNormal", "Exponential", "Weibull", "Uniform",
+                           "Triangular", "Johnson SB", "Johnson SL", "Johnson SU"};
+    std::string input;
+    int lines = 0;
+    for (const char* name : names)
+        for (int slot = 0; slot < 6; ++slot)
+            for (const char* value : values) {
+                std::string fields[6] = {"1", "2", "3", "0.5", "-1", "4"};
+                fields[slot] = value;
+                input += std::string(name) + "|" + fields[0] + "|" + fields[1] + "|" + fields[2] + "|" +
+                         fields[3] + "|" + fields[4] + "|" + fields[5] + "\n";
+                ++lines;
+            }
+    const CliRun r = Cli({"pnc"}, input);
+    EXPECT_EQ(r.Status, 0) << r.Err;
+    ASSERT_EQ(static_cast<int>(r.Objects.size()), lines);
+    for (const auto& v : r.Objects) {
+        ExpectNoNull(v, "pnc");
+        if (v.Has("total")) {
+            EXPECT_GE(v["lower"].Num, 0);
+            EXPECT_LE(v["upper"].Num, 1);
+        }
+    }
+    for (const char* name : {"Normal", "LogNormal", "Exponential", "Weibull", "Uniform", "Triangular"})
+        for (const char* value : values)
+            for (int slot = 0; slot < 3; ++slot) {
+                std::vector<std::string> args = {"moments", name, "1", "2", "3"};
+                args[2 + slot] = value;
+                const CliRun m = Cli(args);
+                EXPECT_EQ(m.Status, 0);
+                ASSERT_EQ(m.Objects.size(), 1u) << name << " " << value;
+                ExpectNoNull(m.Objects[0], std::string(name) + " " + value);
+            }
+    const CliRun p = Cli({"pdf", "Weibull", "1e-3", "1", "0", "--range", "-1e308", "1e308", "--points", "500"});
+    ASSERT_EQ(p.Objects.size(), 1u);
+    ExpectNoNull(p.Objects[0], "pdf");
+}
+
+} // namespace

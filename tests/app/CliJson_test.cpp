@@ -1,0 +1,61 @@
+// The JSON writer shared by the pondera-cli commands.
+#include "app/CliJson.h"
+
+#include "support/UserFace.h"
+#include "tests/app/JsonReader.h"
+#include "tests/helpers/TestSupport.h"
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+class CliJsonTest : public testing_support::RecordingTest {};
+
+TEST_F(CliJsonTest, NumbersKeepSeventeenDigitsAndNonFiniteBecomesNull) {
+    EXPECT_EQ(cli::Number(0.1), "0.10000000000000001");
+    EXPECT_EQ(cli::Number(-0.0), "-0");
+    EXPECT_EQ(cli::Number(1e-320), "9.9998886718268301e-321");
+    EXPECT_EQ(cli::Number(std::nan("")), "null");
+    EXPECT_EQ(cli::Number(-std::numeric_limits<double>::infinity()), "null");
+    for (double v : {0.1, 1.0 / 3, 1.1285884059538295e-19, 1.7976931348623157e308, 5e-324})
+        EXPECT_EQ(std::strtod(cli::Number(v).c_str(), nullptr), v) << "round trip of " << v;
+    EXPECT_EQ(cli::NumberArray({}), "[]");
+    EXPECT_EQ(cli::NumberArray({1, 2.5}), "[1,2.5]");
+}
+
+TEST_F(CliJsonTest, StringsAreEscaped) {
+    const std::string nasty = "a\"b\\c\nd\te\x01 \xc3\xa9";
+    EXPECT_EQ(cli::Quote(nasty), "\"a\\\"b\\\\c\\nd\\te\\u0001 \xc3\xa9\"");
+    const auto v = json_reader::Parse(cli::JsonObject().AddString("k", nasty).Str());
+    EXPECT_EQ(v["k"].Str, nasty);
+}
+
+TEST_F(CliJsonTest, RecordedMessagesAndDistinctErrorsAreAddedAndCleared) {
+    support::MsgBox("Standard deviation must be greater than zero.");
+    Rec().ShowErrorReport({{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 3},
+                           {"Pondera.m_Distributions.StDev", 11, "Pondera", "Division by zero", 1}});
+    Rec().ShowErrorReport({{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 1}});
+    const auto v = json_reader::Parse(cli::JsonObject().Add("x", 1).AddRecorded().Str());
+    ASSERT_EQ(v["messages"].Items.size(), 1u);
+    EXPECT_EQ(v["messages"][0]["title"].Str, "Pondera");
+    EXPECT_EQ(v["messages"][0]["text"].Str, "Standard deviation must be greater than zero.");
+    ASSERT_EQ(v["errors"].Items.size(), 2u);
+    EXPECT_EQ(v["errors"][0]["label"].Str, "Pondera.m_Distributions.mean");
+    EXPECT_EQ(v["errors"][0]["number"].Num, 6);
+    EXPECT_EQ(v["errors"][0]["source"].Str, "Pondera");
+    EXPECT_EQ(v["errors"][1]["description"].Str, "Division by zero");
+    EXPECT_TRUE(Rec().Messages.empty());
+    EXPECT_TRUE(Rec().Reports.empty());
+}
+
+TEST_F(CliJsonTest, ArgumentsFollowTheInputFieldRule) {
+    double v = 0;
+    EXPECT_TRUE(cli::ParseArg("-3", v));
+    EXPECT_EQ(v, -3);
+    EXPECT_TRUE(cli::ParseArg("1e-320", v));
+    for (const char* bad : {"", "nan", "inf", "0x10", "1e400", "abc", "1,5"})
+        EXPECT_FALSE(cli::ParseArg(bad, v)) << bad;
+}
+
+} // namespace

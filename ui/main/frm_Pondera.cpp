@@ -121,7 +121,7 @@ constexpr double kUnticked = 1e299; // an unticked limit never decides the range
 
 constexpr int kLeftColumnWidth = 340;
 constexpr int kSkewKurtWidth = 172;
-constexpr int kSkewKurtHeight = 150;
+constexpr int kSkewKurtHeight = 136;
 constexpr int kSliderHeight = 16;
 // The titled frame's panel colour, for the small surfaces that sit on it.
 const QColor kFramePanel(0xFB, 0xFB, 0xFC);
@@ -187,7 +187,7 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
     BuildControls();
     BuildMenus();
     ConnectHandlers();
-    resize(1200, 860);
+    resize(1200, 880);
     Form_Initialize();
 }
 
@@ -206,13 +206,13 @@ void frm_Pondera::BuildControls() {
     column->setObjectName("leftColumn");
     auto* left = new QVBoxLayout(column);
     left->setContentsMargins(0, 0, 0, 0);
-    left->setSpacing(6);
+    left->setSpacing(5);
 
     qarvFrame_PDF = new TitledFrame("Distribution");
     qarvFrame_PDF->setObjectName("qarvFrame_PDF");
     {
         auto* grid = new QGridLayout(qarvFrame_PDF);
-        grid->setVerticalSpacing(4);
+        grid->setVerticalSpacing(3);
         grid->setColumnStretch(1, 1);
         lb_Distribution = MakeLabel("Distribution:", "lb_Distribution");
         dd_Distribution = new DistributionCombo;
@@ -236,7 +236,7 @@ void frm_Pondera::BuildControls() {
     qarvFrame_SpecLimits->setObjectName("qarvFrame_SpecLimits");
     {
         auto* grid = new QGridLayout(qarvFrame_SpecLimits);
-        grid->setVerticalSpacing(4);
+        grid->setVerticalSpacing(3);
         grid->setColumnStretch(1, 1);
         cb_LSL = new QCheckBox("Lower:");
         cb_LSL->setObjectName("cb_LSL");
@@ -264,7 +264,7 @@ void frm_Pondera::BuildControls() {
     qarvFrame_Results->setObjectName("qarvFrame_Results");
     {
         auto* grid = new QGridLayout(qarvFrame_Results);
-        grid->setVerticalSpacing(4);
+        grid->setVerticalSpacing(3);
         grid->setColumnStretch(1, 1);
         tb_LowerPNC = MakeBox("tb_LowerPNC");
         tb_UpperPNC = MakeBox("tb_UpperPNC");
@@ -284,9 +284,9 @@ void frm_Pondera::BuildControls() {
     qarvFrame_Moments->setObjectName("qarvFrame_Moments");
     {
         auto* box = new QVBoxLayout(qarvFrame_Moments);
-        box->setSpacing(4);
+        box->setSpacing(3);
         auto* grid = new QGridLayout;
-        grid->setVerticalSpacing(4);
+        grid->setVerticalSpacing(3);
         grid->setColumnStretch(1, 1);
         tb_Mean = MakeBox("tb_Mean");
         tb_StDev = MakeBox("tb_StDev");

@@ -1,0 +1,89 @@
+// The window's face and the About box.
+#include "tests/helpers/TestSupport.h"
+#include "ui/main/QtFace.h"
+#include "ui/main/frm_About2.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Closes the next modal window once it is up, after letting inspect() read it.
+template <class Inspect> void CloseNextModal(Inspect inspect) {
+    QTimer::singleShot(0, [inspect] {
+        QWidget* modal = QApplication::activeModalWidget();
+        ASSERT_NE(modal, nullptr);
+        inspect(modal);
+        if (auto* dialog = qobject_cast<QDialog*>(modal)) dialog->accept();
+        else modal->close();
+    });
+}
+
+} // namespace
+
+TEST(QtFace, AReportLineNamesTheProcedureTheErrorAndItsRepeats) {
+    support::ErrorEntry e{"Pondera.m_Distributions.JohnsonSB_PDF", 11, "Pondera", "Division by zero", 300};
+    EXPECT_EQ(QtFace::ReportLine(e),
+              QString::fromUtf8("Pondera.m_Distributions.JohnsonSB_PDF \u2014 Division by zero (\u00d7300)"));
+    e.Count = 1;
+    EXPECT_EQ(QtFace::ReportLine(e),
+              QString::fromUtf8("Pondera.m_Distributions.JohnsonSB_PDF \u2014 Division by zero"));
+}
+
+TEST(QtFace, ShowsAnInformationBoxWithTheGivenTitle) {
+    QtFace face;
+    QString title, text;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    CloseNextModal([&](QWidget* modal) {
+        auto* box = qobject_cast<QMessageBox*>(modal);
+        ASSERT_NE(box, nullptr);
+        title = box->windowTitle();
+        text = box->text();
+        icon = box->icon();
+    });
+    face.ShowMessage("Pondera Warning", "LSL must be a number.");
+    EXPECT_EQ(title, "Pondera Warning");
+    EXPECT_EQ(text, "LSL must be a number.");
+    EXPECT_EQ(icon, QMessageBox::Information);
+}
+
+TEST(QtFace, OneReportDialogListsEveryError) {
+    QtFace face;
+    QString lines;
+    CloseNextModal([&](QWidget* modal) {
+        auto* list = modal->findChild<QPlainTextEdit*>("ErrorLines");
+        ASSERT_NE(list, nullptr);
+        lines = list->toPlainText();
+    });
+    face.ShowErrorReport({{"Pondera.frm_Pondera.DrawPDF", 11, "Pondera", "Division by zero", 1},
+                          {"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 2}});
+    EXPECT_EQ(lines, QString::fromUtf8("Pondera.frm_Pondera.DrawPDF \u2014 Division by zero\n"
+                                       "Pondera.m_Distributions.mean \u2014 Overflow (\u00d72)"));
+}
+
+TEST(QtFace, StatusTextGoesToTheSink) {
+    QtFace face;
+    face.SetStatusText("lost"); // no sink yet: nothing happens
+    std::string got;
+    face.SetStatusSink([&](const std::string& t) { got = t; });
+    face.SetStatusText("Calculator failed");
+    EXPECT_EQ(got, "Calculator failed");
+}
+
+TEST(About, NamesTheProductItsVersionAndPurpose) {
+    frm_About2 about;
+    EXPECT_EQ(about.lb_Title->text(), "Pondera");
+    EXPECT_TRUE(QRegularExpression("^Version \\d+\\.\\d+\\.\\d+$").match(about.lb_Version->text()).hasMatch())
+        << about.lb_Version->text().toStdString();
+    EXPECT_TRUE(about.lb_Description->text().contains("fraction nonconforming"));
+    CloseNextModal([](QWidget*) {});
+    EXPECT_EQ(about.exec(), QDialog::Accepted);
+}

@@ -1,0 +1,77 @@
+// A main window per test, shown off screen and driven through its real widgets.
+#pragma once
+
+#include "settings/DisplayOptions.h"
+#include "support/Format.h"
+#include "tests/helpers/TestSupport.h"
+#include "ui/draw/DistributionCombo.h"
+#include "ui/draw/MarkerShape.h"
+#include "ui/draw/PictureBox.h"
+#include "ui/draw/TitledFrame.h"
+#include "ui/main/frm_Pondera.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include <cmath>
+#include <memory>
+#include <string>
+
+class WindowTest : public testing_support::RecordingTest {
+protected:
+    void SetUp() override {
+        RecordingTest::SetUp();
+        w = std::make_unique<frm_Pondera>();
+        w->show();
+        w->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(w.get(), 2000));
+        QApplication::processEvents();
+        Rec().Clear();
+    }
+    void TearDown() override { w.reset(); }
+
+    // Types into a field as a person does: empty it, then key in the text.
+    static void Type(QLineEdit* box, const QString& text) {
+        box->clear();
+        QTest::keyClicks(box, text);
+    }
+    static void Click(QAbstractButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+    void PressPlot() { Click(w->but_Plot); }
+
+    // Picks a distribution from the list as a person does (the activated signal).
+    void Choose(const QString& name) {
+        const int index = w->dd_Distribution->findText(name);
+        ASSERT_GE(index, 0) << name.toStdString();
+        w->dd_Distribution->setCurrentIndex(index);
+        emit w->dd_Distribution->activated(index);
+    }
+
+    // Ticks a limit (its field is enabled by the tick), types its value, presses Plot.
+    void Tick(QCheckBox* box, QLineEdit* field, const QString& text) {
+        if (!box->isChecked()) Click(box);
+        Type(field, text);
+        PressPlot();
+    }
+
+    static double Num(const QLineEdit* box) { return support::Val(box->text().toStdString()); }
+    static std::string Text(const QLineEdit* box) { return box->text().toStdString(); }
+    QImage Chart() { return w->pb_PDF->Image().copy(); }
+    std::string LastMessage() const {
+        const auto& m = support::Recorder().Messages;
+        return m.empty() ? std::string() : m.back().Text;
+    }
+    std::string LastTitle() const {
+        const auto& m = support::Recorder().Messages;
+        return m.empty() ? std::string() : m.back().Title;
+    }
+
+    std::unique_ptr<frm_Pondera> w;
+};
+
+// The standard normal, for reference values computed here and not by the engine.
+inline double PhiDensity(double z) { return std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI); }
+inline double Phi(double z) { return 0.5 * std::erfc(-z / std::sqrt(2.0)); }

@@ -70,6 +70,9 @@ QLabel* FieldLabel(const QString& text, QWidget* buddy) {
 
 frm_Options::frm_Options(QWidget* parent) : QDialog(parent) {
     setWindowTitle(QStringLiteral("Options"));
+    // A fixed-size dialog: a title and a close box, nothing to minimise or maximise.
+    setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                   Qt::WindowCloseButtonHint);
     setFont(look::AppFont(QApplication::font().pointSizeF()));
     BuildControls();
     ConnectEvents();

@@ -346,7 +346,10 @@ void Open() {
         Replace(s.Path, failure);
     }
 
-    if (FileExists(s.Path) && !IsDamage(failure.Code)) {
+    // Another Pondera holding the lock past the timeout is passing trouble: the
+    // next operation tries again rather than settling for reading only.
+    const bool busy = (failure.Code & 0xFF) == SQLITE_BUSY || (failure.Code & 0xFF) == SQLITE_LOCKED;
+    if (FileExists(s.Path) && !IsDamage(failure.Code) && !busy) {
         try {
             s.Db = OpenImmutable(s.Path);
             s.CurrentMode = Mode::ReadOnly;

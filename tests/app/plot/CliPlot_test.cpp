@@ -1,0 +1,112 @@
+// pondera-cli plot does what a person does in the window and reports what it shows.
+#include "tests/app/plot/PlotFixture.h"
+
+using testing_support::RelErr;
+
+namespace {
+QString FieldText(const QJsonObject& out, const char* name) {
+    return out["fields"].toObject()[name].toObject()["text"].toString();
+}
+bool FieldVisible(const QJsonObject& out, const char* name) {
+    return out["fields"].toObject()[name].toObject()["visible"].toBool();
+}
+} // namespace
+
+TEST(CliPlot, DefaultsAreTheWindowsStartUp) {
+    const QJsonObject out = RunCli({"plot"});
+    ASSERT_FALSE(out.isEmpty());
+    EXPECT_EQ(FieldText(out, "dd_Distribution"), "Normal");
+    EXPECT_EQ(FieldText(out, "lb_Param1"), "Mean:");
+    EXPECT_FALSE(FieldVisible(out, "tb_Param3"));
+    EXPECT_EQ(FieldText(out, "tb_StDev"), "1.000000E+00");
+    EXPECT_EQ(FieldText(out, "tb_PNC"), "0.000000E+00");
+    EXPECT_EQ(out["points"].toInt(), 300);
+    EXPECT_DOUBLE_EQ(out["range"].toArray()[0].toDouble(), -2.6);
+    EXPECT_DOUBLE_EQ(out["range"].toArray()[1].toDouble(), 2.6);
+    EXPECT_TRUE(out["focus"].isNull());
+    EXPECT_TRUE(out["messages"].toArray().isEmpty());
+    EXPECT_TRUE(out["errors"].toArray().isEmpty());
+}
+
+TEST(CliPlot, AFailedCheckReportsItsMessageAndFocus) {
+    const QJsonObject out = RunCli({"plot", "--dist", "Triangular", "--param1", "0", "--param2",
+                                    "2", "--param3", "1", "--usl", "abc"});
+    const QJsonArray messages = out["messages"].toArray();
+    ASSERT_EQ(messages.size(), 1);
+    EXPECT_EQ(messages[0].toObject()["text"].toString(),
+              "Likeliest value must be between Minimum and Maximum for a Triangular distribution.");
+    EXPECT_EQ(out["focus"].toString(), "tb_Param2");
+}
+
+TEST(CliPlot, DisplayOptionsAndLimits) {
+    const QJsonObject out =
+        RunCli({"plot", "--dist", "Exponential", "--param1", "2", "--param2", "1", "--lsl", "1.1",
+                "--usl", "3", "--display", "decimal", "--decimals", "4", "--range", "endpoints",
+                "--xmin", "0", "--xmax", "2"});
+    EXPECT_EQ(FieldText(out, "lb_Param1"), "Scale:");
+    // Rate 2 above 1: P(X < 1.1) = 1 - exp(-0.2), P(X > 3) = exp(-4).
+    EXPECT_EQ(FieldText(out, "tb_LowerPNC").toStdString(), support::Format(-std::expm1(-0.2), "0.0000"));
+    EXPECT_EQ(FieldText(out, "tb_UpperPNC").toStdString(), support::Format(std::exp(-4.0), "0.0000"));
+    EXPECT_DOUBLE_EQ(out["range"].toArray()[0].toDouble(), 0);
+    EXPECT_DOUBLE_EQ(out["range"].toArray()[1].toDouble(), 3);
+}
+
+TEST(CliPlot, MomentsModeFitsAndShowsTheFit) {
+    const QJsonObject out = RunCli({"plot", "--moments", "--mean", "0", "--stdev", "1",
+                                    "--skewness", "0", "--kurtosis", "3", "--lsl", "-3"});
+    EXPECT_EQ(FieldText(out, "dd_Distribution"), "Normal");
+    EXPECT_EQ(FieldText(out, "lb_Param4"), "Xi:");
+    EXPECT_EQ(out["status"].toString(), "Success");
+    EXPECT_LT(RelErr(FieldText(out, "tb_LowerPNC").toDouble(), Phi(-3)), 1e-6);
+
+    const QJsonObject bad = RunCli({"plot", "--moments", "--mean", "0", "--stdev", "1",
+                                    "--skewness", "1", "--kurtosis", "1.5"});
+    EXPECT_EQ(bad["status"].toString(), "Error: Kurtosis < SQRT(Skewness) + 1");
+}
+
+TEST(CliPlot, BadCommandLinesAreUsageErrors) {
+    for (const QStringList& args :
+         {QStringList{"plot", "--dist", "Cauchy"}, QStringList{"plot", "--decimals", "7"},
+          QStringList{"plot", "--size", "10x10"}, QStringList{"plot", "--xticks", "0"},
+          QStringList{"plot", "--bogus", "1"}, QStringList{"plot", "--lsl"}}) {
+        int code = 0;
+        RunCli(args, &code);
+        EXPECT_EQ(code, 2) << args.join(' ').toStdString();
+    }
+}
+
+class CliPng : public WindowTest {};
+
+TEST_F(CliPng, TheChartFileIsTheWindowsChart) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath("chart.png");
+    const QJsonObject out = RunCli({"plot", "--dist", "Weibull", "--param1", "1.5", "--lsl", "4",
+                                    "--target", "8", "--usl", "20", "--xticks", "4", "--size",
+                                    "800x500", "--png", file});
+    ASSERT_TRUE(out["messages"].toArray().isEmpty());
+    QImage fromCli(file);
+    ASSERT_FALSE(fromCli.isNull());
+
+    // The same steps by hand in a window of our own.
+    w->pb_PDF->setFixedSize(800, 500);
+    QApplication::processEvents();
+    DisplayOptions::AppXTicks = 4;
+    Choose("Weibull");
+    Type(w->tb_Param1, "1.5");
+    Click(w->cb_LSL);
+    Type(w->tb_LSL, "4");
+    Click(w->cb_Target);
+    Type(w->tb_Target, "8");
+    Click(w->cb_USL);
+    Type(w->tb_USL, "20");
+    PressPlot();
+    const QImage& inWindow = w->pb_PDF->Image();
+    ASSERT_EQ(inWindow.size(), QSize(800, 500));
+    const std::string diff = ImageDiff(fromCli.convertToFormat(QImage::Format_RGB32), inWindow);
+    EXPECT_EQ(diff, "");
+    if (!diff.empty()) {
+        fromCli.save("/tmp/pondera-clipng-cli.png");
+        inWindow.save("/tmp/pondera-clipng-window.png");
+    }
+    EXPECT_EQ(FieldText(out, "tb_PNC").toStdString(), Text(w->tb_PNC));
+}

@@ -1,0 +1,107 @@
+// The window's speed where a person feels it: one Plot while a marker is
+// dragged (N = 75) and after (N = 500) on an 800 x 500 chart, one step of a
+// drag on the skewness-kurtosis chart (fit, 50 points, redraw, PNC), and the
+// start-up to the first drawn chart. Runs off screen with its own settings
+// store and error log, never the user's.
+// Built only where Qt is (the GUI build).
+#if __has_include(<QApplication>)
+#include "settings/DisplayOptions.h"
+#include "support/UserFace.h"
+#include "ui/draw/PictureBox.h"
+#include "ui/main/frm_Pondera.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLineEdit>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+QApplication& App() {
+    static std::filesystem::path dir;
+    static std::unique_ptr<QApplication> app = [] {
+        dir = std::filesystem::temp_directory_path() / ("pondera-bench-" + std::to_string(getpid()));
+        std::atexit([] {
+            std::error_code ec;
+            std::filesystem::remove_all(dir, ec);
+        });
+        std::filesystem::create_directories(dir);
+        setenv("PONDERA_REGISTRY", (dir / "registry.sqlite3").c_str(), 1);
+        setenv("PONDERA_ERROR_LOG", (dir / "errorlog.txt").c_str(), 1);
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        static int argc = 1;
+        static char name[] = "pondera_bench";
+        static char* argv[] = {name, nullptr};
+        return std::make_unique<QApplication>(argc, argv);
+    }();
+    return *app;
+}
+
+// A shown window with an 800 x 500 chart and both spec limits ticked.
+std::unique_ptr<frm_Pondera> MakeWindow() {
+    App();
+    support::SetFace(nullptr);
+    auto w = std::make_unique<frm_Pondera>();
+    w->pb_PDF->setFixedSize(800, 500);
+    w->show();
+    QApplication::processEvents();
+    w->tb_LSL->setText("-2");
+    w->cb_LSL->setChecked(true);
+    w->tb_USL->setText("2.5");
+    w->cb_USL->setChecked(true);
+    w->Plot();
+    return w;
+}
+
+void PlotAt(benchmark::State& state, int n) {
+    auto w = MakeWindow();
+    w->NumPoints = n;
+    for (auto _ : state) w->Plot();
+    state.counters["width"] = w->pb_PDF->ScaleWidth();
+    support::Recorder().Clear();
+}
+
+void BM_Plot_N75_800x500(benchmark::State& state) { PlotAt(state, 75); }
+void BM_Plot_N500_800x500(benchmark::State& state) { PlotAt(state, 500); }
+
+void BM_MomentsDragStep_SB(benchmark::State& state) {
+    auto w = MakeWindow();
+    w->cb_DrawbyMoments->setChecked(true);
+    w->cb_DrawbyMoments_Click();
+    w->tb_Mean->setText("0");
+    w->tb_StDev->setText("1");
+    w->tb_Skewness->setText("0.5");
+    w->tb_Kurtosis->setText("2.8"); // bounded: an SB fit
+    w->NumPoints = 50;
+    for (auto _ : state) w->PlotbyMoments();
+    support::Recorder().Clear();
+}
+
+void BM_StartUpToFirstChart(benchmark::State& state) {
+    App();
+    support::SetFace(nullptr);
+    for (auto _ : state) {
+        auto w = std::make_unique<frm_Pondera>();
+        w->show();
+        QApplication::processEvents();
+        state.PauseTiming();
+        w.reset();
+        QApplication::processEvents();
+        state.ResumeTiming();
+    }
+}
+
+} // namespace
+
+BENCHMARK(BM_Plot_N75_800x500)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Plot_N500_800x500)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MomentsDragStep_SB)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_StartUpToFirstChart)->Unit(benchmark::kMillisecond)->Iterations(20);
+#endif

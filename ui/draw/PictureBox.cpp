@@ -29,6 +29,10 @@ double Near(double v) {
     return std::clamp(v, -kFar, kFar);
 }
 
+long long RoundPixel(double v) {
+    return static_cast<long long>(std::floor(Near(v) + 0.5));
+}
+
 bool Finite(double a, double b, double c, double d) {
     return std::isfinite(a) && std::isfinite(b) && std::isfinite(c) && std::isfinite(d);
 }
@@ -72,6 +76,11 @@ QFont PictureBox::DrawFont() const {
     font.setPointSizeF(fontSize_ > 0 ? fontSize_ : 8.25);
     font.setBold(fontBold_);
     return font;
+}
+
+const QFontMetricsF& PictureBox::Metrics() const {
+    if (!metrics_) metrics_ = std::make_unique<QFontMetricsF>(DrawFont(), &image_);
+    return *metrics_;
 }
 
 QPainter& PictureBox::Painter() {
@@ -125,6 +134,22 @@ void PictureBox::Line(double x1, double y1, double x2, double y2) {
 
 void PictureBox::Line(double x1, double y1, double x2, double y2, uint32_t bgr) {
     if (!Finite(x1, y1, x2, y2)) return;
+    // Upright and level lines, the charts' whole diet, are filled as pixel
+    // rectangles: coordinates round to the nearest pixel, ends included, and
+    // a width of w covers w pixels across, centred on the line.
+    if (x1 == x2 || y1 == y2) {
+        const int half = drawWidth_ / 2;
+        if (x1 == x2) {
+            const long long c0 = RoundPixel(x1) - half;
+            const long long r0 = RoundPixel(std::min(y1, y2)), r1 = RoundPixel(std::max(y1, y2));
+            FillPixels(c0, r0, c0 + drawWidth_ - 1, r1, bgr);
+        } else {
+            const long long r0 = RoundPixel(y1) - half;
+            const long long c0 = RoundPixel(std::min(x1, x2)), c1 = RoundPixel(std::max(x1, x2));
+            FillPixels(c0, r0, c1, r0 + drawWidth_ - 1, bgr);
+        }
+        return;
+    }
     QPainter& p = Painter();
     QPen pen(look::ToQColor(bgr));
     pen.setWidth(drawWidth_);
@@ -133,28 +158,43 @@ void PictureBox::Line(double x1, double y1, double x2, double y2, uint32_t bgr) 
     p.drawLine(QPointF(Near(x1), Near(y1)), QPointF(Near(x2), Near(y2)));
 }
 
-void PictureBox::Box(double x1, double y1, double x2, double y2, uint32_t bgr, bool filled) {
-    if (!Finite(x1, y1, x2, y2)) return;
-    QPainter& p = Painter();
-    const QColor color = look::ToQColor(bgr);
-    const QRectF rect = QRectF(QPointF(Near(x1), Near(y1)), QPointF(Near(x2), Near(y2))).normalized();
-    if (filled) {
-        // Corners inclusive, as the old box fill.
-        p.fillRect(QRectF(rect.topLeft(), rect.size() + QSizeF(1, 1)), color);
-    } else {
-        QPen pen(color);
-        pen.setWidth(drawWidth_);
-        p.setPen(pen);
-        p.setBrush(Qt::NoBrush);
-        p.drawRect(rect);
+// Straight into the picture's memory: the raster painter, when open, writes
+// to the same memory at once, so both can be mixed freely. A picture shared
+// with a copy someone holds is detached first, with the painter closed.
+void PictureBox::FillPixels(long long c0, long long r0, long long c1, long long r1, uint32_t bgr) {
+    c0 = std::max<long long>(c0, 0);
+    r0 = std::max<long long>(r0, 0);
+    c1 = std::min<long long>(c1, image_.width() - 1);
+    r1 = std::min<long long>(r1, image_.height() - 1);
+    if (c0 > c1 || r0 > r1) return;
+    if (!image_.isDetached()) EndPainting();
+    const QRgb value = look::ToQColor(bgr).rgb();
+    uchar* bits = image_.bits();
+    const qsizetype stride = image_.bytesPerLine();
+    for (long long r = r0; r <= r1; ++r) {
+        auto* line = reinterpret_cast<QRgb*>(bits + r * stride);
+        std::fill(line + c0, line + c1 + 1, value);
     }
 }
 
+void PictureBox::Box(double x1, double y1, double x2, double y2, uint32_t bgr, bool filled) {
+    if (!Finite(x1, y1, x2, y2)) return;
+    if (filled) {
+        // Corners inclusive, as the old box fill.
+        FillPixels(RoundPixel(std::min(x1, x2)), RoundPixel(std::min(y1, y2)),
+                   RoundPixel(std::max(x1, x2)), RoundPixel(std::max(y1, y2)), bgr);
+        return;
+    }
+    Line(x1, y1, x2, y1, bgr);
+    Line(x2, y1, x2, y2, bgr);
+    Line(x2, y2, x1, y2, bgr);
+    Line(x1, y2, x1, y1, bgr);
+}
+
 void PictureBox::Print(const QString& text) {
-    const QFont font = DrawFont();
     QPainter& p = Painter();
-    p.setFont(font);
-    const QFontMetricsF fm(font, &image_);
+    p.setFont(DrawFont());
+    const QFontMetricsF& fm = Metrics();
     const double x = Near(CurrentX);
     const double y = Near(CurrentY);
     if (std::isfinite(CurrentX) && std::isfinite(CurrentY)) {
@@ -169,12 +209,12 @@ void PictureBox::Print(const QString& text) {
 }
 
 double PictureBox::TextWidth(const QString& text) const {
-    return QFontMetricsF(DrawFont(), &image_).horizontalAdvance(text);
+    return Metrics().horizontalAdvance(text);
 }
 
 double PictureBox::TextHeight(const QString& text) const {
     Q_UNUSED(text);
-    return QFontMetricsF(DrawFont(), &image_).height();
+    return Metrics().height();
 }
 
 uint32_t PictureBox::GetPixel(int x, int y) {

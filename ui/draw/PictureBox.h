@@ -7,6 +7,7 @@
 // 4 middle (or-ed together for a move with several held).
 #pragma once
 
+#include <QFontMetricsF>
 #include <QImage>
 #include <QWidget>
 
@@ -42,11 +43,11 @@ public:
     void SetFontTransparent(bool transparent) { fontTransparent_ = transparent; }
 
     QString FontName() const { return fontName_; }
-    void SetFontName(const QString& name) { fontName_ = name; }
+    void SetFontName(const QString& name) { fontName_ = name; metrics_.reset(); }
     double FontSize() const { return fontSize_; }
-    void SetFontSize(double points) { fontSize_ = points; }
+    void SetFontSize(double points) { fontSize_ = points; metrics_.reset(); }
     bool FontBold() const { return fontBold_; }
-    void SetFontBold(bool bold) { fontBold_ = bold; }
+    void SetFontBold(bool bold) { fontBold_ = bold; metrics_.reset(); }
     QFont DrawFont() const;
 
     // Text cursor: the top-left corner of the next Print.
@@ -107,9 +108,12 @@ protected:
 
 private:
     void ResizeImage(int width, int height);
+    void FillPixels(long long c0, long long r0, long long c1, long long r1, uint32_t bgr);
+    const QFontMetricsF& Metrics() const;
 
     QImage image_;
     std::unique_ptr<QPainter> painter_;
+    mutable std::unique_ptr<QFontMetricsF> metrics_; // of DrawFont on the picture
     uint32_t backColor_ = 0xFFFFFF;
     uint32_t foreColor_ = 0x000000;
     uint32_t fillColor_ = 0x000000;

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace DensityChart {
 
@@ -112,21 +113,31 @@ Result Draw(PictureBox& surface, const Input& in) {
     // 4. Ranges.
     g.SetRanges(in.X, in.Y);
 
-    // 5. Shading: one vertical line per sample, coloured sample by sample, each
-    // as wide as the gap to its neighbour so the area reads as filled.
+    // 5. Shading: one vertical line per sample, coloured sample by sample. Each
+    // line is as wide as its share of the gaps to its neighbours (at least one
+    // pixel), so the area reads as filled without stripes.
     const std::size_t n = PointCount(in.X, in.Y);
-    if (n > 1) surface.SetDrawWidth(std::clamp(static_cast<int>(std::ceil(g.PlotWidth / (n - 1))), 1, 64));
+    std::vector<double> px(n + 2, 0.0);
+    for (std::size_t i = 1; i <= n; ++i) px[i] = g.Px(in.X[i]);
+    if (n >= 2) {
+        px[0] = 2 * px[1] - px[2];
+        px[n + 1] = 2 * px[n] - px[n - 1];
+    } else if (n == 1) {
+        px[0] = px[1];
+        px[2] = px[1];
+    }
     for (std::size_t i = 1; i <= n; ++i) {
         const double x = in.X[i];
-        const double px = g.Px(x);
         const double py = g.Py(in.Y[i]);
         const bool out = (in.LSL.Ticked && x < in.LSL.Value) || (in.USL.Ticked && x > in.USL.Value);
         const uint32_t color = out ? in.OutSpecColor : in.InSpecColor;
         surface.SetForeColor(color);
         surface.SetFillColor(color);
-        surface.Line(px, g.Y0, px, py, color);
+        const double own = std::floor(px[i] + 0.5);
+        const double left = std::min(own, std::floor((px[i - 1] + px[i]) / 2 + 0.5));
+        const double right = std::max(own, std::floor((px[i] + px[i + 1]) / 2 + 0.5) - 1);
+        surface.Box(left, g.Y0, right, py, color, true);
     }
-    surface.SetDrawWidth(1);
     surface.SetForeColor(kBlack);
 
     // 6. Ticks and their labels.

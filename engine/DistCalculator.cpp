@@ -150,11 +150,133 @@ bool DistCalculator::ComputeDensities(double low, double high) {
     const int n = n_ > 0 ? n_ : 0;
     density_.assign(static_cast<size_t>(n), 0.0);
     if (pointMass_) return true; // no spread, no density to draw
-    for (int i = 1; i <= n; ++i)
-        density_[static_cast<size_t>(i - 1)] = DensityAt(m_Distributions::GridX(low, high, n, i));
+    FillGrid(low, high, n);
     // A fault anywhere on the grid goes to the caller before it copies a value.
     support::CheckFp();
     return true;
+}
+
+namespace {
+// The grid loop's quick forms hold while every piece is well inside the double
+// range; any other point goes through DensityAt, which handles the extremes.
+inline bool Moderate(double v) { return v >= 1e-100 && v <= 1e100; }
+inline bool ModerateWide(double v) { return v >= 1e-150 && v <= 1e150; }
+constexpr double kQuickZ = 37; // exp(-z^2/2) stays a normal number
+} // namespace
+
+void DistCalculator::FillGrid(double low, double high, int n) {
+    // The points of m_Distributions::GridX, with the step taken once.
+    const bool plain = std::fabs(low) < 8e307 && std::fabs(high) < 8e307;
+    const double step = plain ? (high - low) / n : 0;
+    auto fill = [&](auto quick) {
+        for (int i = 1; i <= n; ++i) {
+            const double x = plain ? low + (i - 1) * step : m_Distributions::GridX(low, high, n, i);
+            double v;
+            if (!quick(x, v)) v = DensityAt(x);
+            density_[static_cast<size_t>(i - 1)] = v;
+        }
+    };
+    auto none = [](double, double&) { return false; };
+    const double p1 = p_[0], p2 = p_[1], p3 = p_[2], p4 = p_[3];
+    switch (family_) {
+    case Family::Normal: {
+        if (!Moderate(p2) || !(std::fabs(p1) < 1e300)) return fill(none);
+        const double c = kInvSqrt2Pi / p2;
+        return fill([&](double x, double& v) {
+            const double z = (x - p1) / p2;
+            if (!(std::fabs(z) < kQuickZ)) return false;
+            v = c * std::exp(-0.5 * z * z);
+            return true;
+        });
+    }
+    case Family::Lognormal: {
+        if (!Moderate(p2) || !(std::fabs(p1) < 1e300) || !(std::fabs(p3) < 1e300)) return fill(none);
+        const double c = kInvSqrt2Pi / p2;
+        return fill([&](double x, double& v) {
+            const double d = x - p3;
+            if (!ModerateWide(d)) return false;
+            const double z = (std::log(d) - p1) / p2;
+            if (!(std::fabs(z) < kQuickZ)) return false;
+            v = c * std::exp(-0.5 * z * z) / d;
+            return true;
+        });
+    }
+    case Family::Weibull: {
+        const double k = p1, eta = p2, min = p3;
+        if (!(k >= 1e-50 && k <= 1e50) || !(eta >= 1e-50 && eta <= 1e50) || !(std::fabs(min) < 1e300))
+            return fill(none);
+        const double c = k / eta, inv = 1 / eta;
+        if (k == std::floor(k) && k <= 8) {
+            // Whole shapes (the default is 2): the power by multiplication, one exp a point.
+            const int whole = static_cast<int>(k);
+            return fill([&](double x, double& v) {
+                const double u = (x - min) * inv;
+                if (!(u >= 1e-30 && u <= 1e30)) return false;
+                double t = u;
+                for (int j = 1; j < whole; ++j) t *= u;
+                v = c * (t / u) * std::exp(-t);
+                return true;
+            });
+        }
+        return fill([&](double x, double& v) {
+            const double u = (x - min) * inv;
+            if (!Moderate(u)) return false;
+            const double lu = std::log(u);
+            const double lt = k * lu; // ln u^k, |ln u| < 231
+            if (!(std::fabs(lt) <= 200)) return false;
+            const double t = std::exp(lt);
+            v = c * std::exp(lt - lu - t); // (k/eta) u^(k-1) exp(-u^k)
+            return true;
+        });
+    }
+    case Family::JohnsonSB: {
+        const double delta = p1, gamma = p2, lamda = p3, xi = p4;
+        if (!Moderate(delta) || !Moderate(lamda) || !(std::fabs(gamma) < 1e100) || !(std::fabs(xi) < 1e300))
+            return fill(none);
+        const double c = kInvSqrt2Pi * delta * lamda;
+        return fill([&](double x, double& v) {
+            const double d = x - xi, w = lamda - d;
+            if (!ModerateWide(d) || !ModerateWide(w)) return false;
+            const double z = gamma + delta * std::log(d / w);
+            if (!(std::fabs(z) < kQuickZ)) return false;
+            v = c * std::exp(-0.5 * z * z) / (d * w);
+            return true;
+        });
+    }
+    case Family::JohnsonSU: {
+        const double delta = p1, gamma = p2, lamda = p3, xi = p4;
+        if (!Moderate(delta) || !Moderate(lamda) || !(std::fabs(gamma) < 1e100) || !(std::fabs(xi) < 1e300))
+            return fill(none);
+        const double c = kInvSqrt2Pi * delta / lamda, inv = 1 / lamda;
+        return fill([&](double x, double& v) {
+            const double w = (x - xi) * inv;
+            if (!(std::fabs(w) < 1e100)) return false;
+            // asinh by its logarithm, on the positive side so nothing cancels.
+            const double s = std::sqrt(w * w + 1);
+            const double a = std::log(std::fabs(w) + s);
+            const double z = gamma + delta * (w < 0 ? -a : a);
+            if (!(std::fabs(z) < kQuickZ)) return false;
+            v = c * std::exp(-0.5 * z * z) / s;
+            return true;
+        });
+    }
+    case Family::JohnsonSL: {
+        const double delta = p1, gamma = p2, lamda = p3, xi = p4;
+        if (!Moderate(delta) || !Moderate(std::fabs(lamda)) || !(std::fabs(gamma) < 1e100) ||
+            !(std::fabs(xi) < 1e300))
+            return fill(none);
+        const double c = kInvSqrt2Pi * delta * std::fabs(lamda);
+        return fill([&](double x, double& v) {
+            const double d = x - xi, w = lamda * d;
+            if (!ModerateWide(w)) return false;
+            const double z = lamda * (delta * std::log(w) + gamma);
+            if (!(std::fabs(z) < kQuickZ)) return false;
+            v = c * std::exp(-0.5 * z * z) / std::fabs(d);
+            return true;
+        });
+    }
+    default: return fill(none);
+    }
 }
 
 double DistCalculator::DensityValue(int i) const {

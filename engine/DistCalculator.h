@@ -57,6 +57,7 @@ private:
     // Resolves the key (and the Johnson form) and checks the parameters.
     bool Prepare();
     double DensityAt(double x) const;
+    void FillGrid(double low, double high, int n);
     // Lower (P(X <= x)) or upper (P(X > x)) tail, each without cancellation.
     double Tail(double x, bool upper) const;
 

@@ -56,7 +56,7 @@ double Kurtosis(int code, double p1, double p2, double p3);
 // Point i (1..N) of the sampling grid; the calculator samples on exactly these
 // points, so a chart that uses this function lines up with the densities.
 inline double GridX(double low, double high, int n, int i) {
-    if (std::fabs(low) < 8e307 && std::fabs(high) < 8e307) return low + (i - 1) * (high - low) / n;
+    if (std::fabs(low) < 8e307 && std::fabs(high) < 8e307) return low + (i - 1) * ((high - low) / n);
     // high - low itself would overflow: the same points, taken in two halves.
     const double half = (i - 1) * ((0.5 * high - 0.5 * low) / n);
     return low + half + half;

@@ -2,6 +2,7 @@
 // to 1e-300, densities against the slope of the cumulative, grid and supports.
 #include "engine/DistCalculator.h"
 
+#include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
 #include "support/ErrorTrap.h"
 #include "tests/engine/EngineReference.h"
@@ -187,6 +188,39 @@ TEST_F(DistCalculatorTest, DensitiesOnTheGridMatchClosedForms) {
     EXPECT_EQ(calc.DensityValue(1), 0); // x = min
     EXPECT_LE(Rel(calc.DensityValue(2), Phi(0)), 1e-14);
     EXPECT_LE(Rel(calc.DensityValue(3), Phi(std::log(2.0L)) / 2), 1e-14);
+}
+
+TEST_F(DistCalculatorTest, GridDensitiesAgreeWithThePointDensityEverywhere) {
+    // The grid has quick forms for ordinary points; they must give what the
+    // careful point-by-point density gives, across supports, tails and scales.
+    const std::vector<Dist> dists = {
+        {"Normal", {1, 2, 0, 0}},          {"Normal", {-1e5, 1e-3, 0, 0}},
+        {"Lognormal", {0.3, 0.6, 1, 0}},   {"Lognormal", {-40, 3, 0, 0}},
+        {"Exponential", {0.5, -1, 0, 0}},  {"Weibull", {2, 3, 1, 0}},
+        {"Weibull", {3, 0.5, -2, 0}},      {"Weibull", {0.7, 3, 1, 0}},
+        {"Weibull", {12.5, 1e-4, 0, 0}},   {"Uniform", {-1, 3, 0, 0}},
+        {"Triangular", {-1, 0.5, 1, 0}},   {"Johnson", {1.3, 0.4, 5, -1}, 7},
+        {"Johnson", {0.2, 3, 1e-3, 0}, 7}, {"Johnson", {1.3, 0.4, 2, -1}, 8},
+        {"Johnson", {0.3, -2, 1e4, 5}, 8}, {"Johnson", {1.3, 0.4, 1, -1}, 9},
+        {"Johnson", {1.3, 0.4, -1, 2}, 9}, {"Johnson", {0.5, 1, 0, 0}, 0},
+    };
+    const std::vector<std::pair<double, double>> ranges = {{-10, 10}, {-1e5 - 0.01, -1e5 + 0.01},
+                                                           {0, 1e-3}, {-1e6, 1e6}, {5, -5}};
+    for (const auto& dist : dists) {
+        for (const auto& [low, high] : ranges) {
+            DistCalculator calc = Make(dist);
+            calc.SetNumberOfPoints(333);
+            ASSERT_TRUE(calc.ComputeDensities(low, high));
+            ASSERT_TRUE(calc.Calculate());
+            for (int i = 1; i <= 333; ++i) {
+                const double x = m_Distributions::GridX(low, high, 333, i);
+                const double want = calc.Density(x), got = calc.DensityValue(i);
+                if (want < 1e-290) EXPECT_LE(got, 1e-290);
+                else EXPECT_LE(Rel(got, want), 1e-12) << dist.Key << " code " << dist.Code << " x " << x;
+            }
+        }
+    }
+    EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(DistCalculatorTest, SupportEndsAndPoles) {

@@ -176,6 +176,11 @@ int RunPlot(const Args& args) {
 
     TempStore store;
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // Qt's own chatter (platform notes) is not part of the answer.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtCriticalMsg || type == QtFatalMsg)
+            std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    });
     static int argc = 1;
     static char name[] = "pondera-cli";
     static char* argv[] = {name, nullptr};

@@ -118,6 +118,14 @@ constexpr const char* kpb_SkewKurt_MouseUp = "Pondera.frm_Pondera.pb_SkewKurt_Mo
 constexpr const char* kWarningTitle = "Pondera Warning";
 constexpr const char* kCalculating = "Calculating...";
 constexpr double kUnticked = 1e299; // an unticked limit never decides the range
+constexpr const char* kNoWidth =
+    "Nothing to draw: the display range has no width. Check the parameters and the display "
+    "options.";
+
+// A range the chart can map: finite and wider than nothing.
+bool Drawable(double low, double high) {
+    return std::isfinite(low) && std::isfinite(high) && high > low;
+}
 
 constexpr int kLeftColumnWidth = 340;
 constexpr int kSkewKurtWidth = 172;
@@ -664,7 +672,7 @@ void frm_Pondera::Plot() {
             SetStatus(kCalculating);
             // PlotbyMoments fills the PNC boxes itself when it draws; a run that
             // ended early leaves the previous results, so nothing follows here.
-            if (!PlotbyMoments() && StatusPanel1->text() == kCalculating) SetStatus("");
+            PlotbyMoments();
             return;
         }
 
@@ -741,6 +749,13 @@ void frm_Pondera::Plot() {
             const double minimum = std::string(entry->MinimumSlot) == "2" ? Param2 : Param3;
             low = m_Interface::Min(low, minimum);
             high = m_Interface::Max(high, minimum);
+        }
+
+        // A point-like distribution (or equal fixed endpoints) leaves no width to
+        // draw on; say so and keep the previous chart.
+        if (!Drawable(low, high)) {
+            support::MsgBox(kNoWidth, kWarningTitle);
+            return;
         }
 
         // The grid divides by N, so the last point stops one step short of high.
@@ -1083,6 +1098,11 @@ bool frm_Pondera::PlotbyMoments() {
         using m_Interface::Min;
         xMin = Min(lo(limits[2]), Min(lo(limits[1]), Min(xMin, lo(limits[0]))));
         xMax = Max(hi(limits[2]), Max(hi(limits[1]), Max(xMax, hi(limits[0]))));
+        if (!Drawable(xMin, xMax)) {
+            SetStatus(fit.CalcError);
+            support::MsgBox(kNoWidth, kWarningTitle);
+            return;
+        }
         WriteRangeBack(xMin, xMax);
 
         // The divisor is N and the last point is pinned to XMax: the last gap
@@ -1133,6 +1153,8 @@ bool frm_Pondera::PlotbyMoments() {
         ShowResults();
         drawn = true;
     });
+    // A run that stopped on a fault must not leave "Calculating..." behind.
+    if (!drawn && StatusPanel1->text() == kCalculating) SetStatus("");
     return drawn;
 }
 

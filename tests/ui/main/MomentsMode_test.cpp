@@ -331,3 +331,22 @@ TEST_F(MomentsTest, ANonNumericAxisTopWarnsOnMove) {
     EXPECT_EQ(w->tb_Ymax->selectedText(), "x");
     QTest::mouseRelease(w->pb_SkewKurt, Qt::LeftButton, {}, QPoint(82, 20));
 }
+
+TEST_F(MomentsTest, AZeroStandardDeviationHasNothingToDraw) {
+    Moments("5", "0", "0", "3");
+    const QImage before = Chart();
+    PressPlot();
+    ASSERT_EQ(Rec().Messages.size(), 1u);
+    EXPECT_NE(LastMessage().find("no width"), std::string::npos);
+    EXPECT_EQ(Chart(), before);
+    EXPECT_EQ(Status(), "Success"); // the fit's own message (a two-point ST curve)
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(MomentsTest, AFaultMidRunIsReportedAndClearsTheBusyStatus) {
+    Moments("1e308", "1e308", "0", "3");
+    PressPlot();
+    EXPECT_FALSE(ErrorLabels().empty());
+    EXPECT_NE(Status(), "Calculating...");
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}

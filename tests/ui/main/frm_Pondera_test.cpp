@@ -380,11 +380,14 @@ TEST_F(WindowTest, ViewTogglesRedrawWithoutAxes) {
 
 TEST_F(WindowTest, AFaultInOneActionGivesOneReport) {
     Choose("LogNormal");
-    Type(w->tb_Param2, "50"); // exp(1250) overflows in every moment
+    Type(w->tb_Param2, "15"); // the kurtosis, about exp(4 * 225), overflows; the rest does not
     PressPlot();
     ASSERT_EQ(Rec().Reports.size(), 1u);
     const auto labels = ErrorLabels();
-    EXPECT_NE(std::find(labels.begin(), labels.end(), "Pondera.m_Distributions.mean"), labels.end());
+    EXPECT_NE(std::find(labels.begin(), labels.end(), "Pondera.m_Distributions.Kurtosis"),
+              labels.end());
+    EXPECT_EQ(Text(w->tb_Kurtosis), "0.000000E+00");
+    EXPECT_FALSE(w->but_Plot->isEnabled()) << "the rest of the plot went on";
     EXPECT_TRUE(Rec().Messages.empty());
 }
 
@@ -477,4 +480,26 @@ TEST_F(DragTest, DraggingLSLPastUSLEmptiesThePNC) {
     QTest::mouseRelease(w->pb_PDF, Qt::LeftButton, {}, QPoint(past, 100));
     EXPECT_EQ(Text(w->tb_PNC), "");
     EXPECT_TRUE(Rec().Messages.empty());
+}
+
+TEST_F(WindowTest, ARangeWithoutWidthIsRefusedNotFaulted) {
+    Choose("Uniform");
+    const QImage uniform = Chart();
+    Type(w->tb_Param1, "0");
+    Type(w->tb_Param2, "0"); // equal ends pass the checks, but span nothing
+    PressPlot();
+    ASSERT_EQ(Rec().Messages.size(), 1u);
+    EXPECT_EQ(LastTitle(), "Pondera Warning");
+    EXPECT_NE(LastMessage().find("no width"), std::string::npos);
+    EXPECT_EQ(Chart(), uniform);
+    EXPECT_TRUE(ErrorLabels().empty());
+    // Equal fixed endpoints likewise; a ticked limit gives the width back.
+    Rec().Clear();
+    Choose("Normal");
+    DisplayOptions::AppXRange = 1;
+    DisplayOptions::AppXMin = DisplayOptions::AppXMax = 2;
+    Click(w->cb_LSL);
+    EXPECT_EQ(Rec().Messages.size(), 0u) << "LSL -3 widens [2, 2]";
+    EXPECT_DOUBLE_EQ(w->RangeLow, -3);
+    EXPECT_DOUBLE_EQ(w->RangeHigh, 2);
 }

@@ -236,7 +236,7 @@ void DistCalculator::FillGrid(double low, double high, int n) {
         const double c = kInvSqrt2Pi * delta * lamda;
         return fill([&](double x, double& v) {
             const double d = x - xi, w = lamda - d;
-            if (!ModerateWide(d) || !ModerateWide(w)) return false;
+            if (!Moderate(d) || !Moderate(w)) return false;
             const double z = gamma + delta * std::log(d / w);
             if (!(std::fabs(z) < kQuickZ)) return false;
             v = c * std::exp(-0.5 * z * z) / (d * w);
@@ -268,7 +268,7 @@ void DistCalculator::FillGrid(double low, double high, int n) {
         const double c = kInvSqrt2Pi * delta * std::fabs(lamda);
         return fill([&](double x, double& v) {
             const double d = x - xi, w = lamda * d;
-            if (!ModerateWide(w)) return false;
+            if (!ModerateWide(w) || !Moderate(std::fabs(d))) return false;
             const double z = lamda * (delta * std::log(w) + gamma);
             if (!(std::fabs(z) < kQuickZ)) return false;
             v = c * std::exp(-0.5 * z * z) / std::fabs(d);
@@ -357,7 +357,7 @@ double DistCalculator::DensityAt(double x) const {
     case Family::JohnsonSB: {
         const double delta = p1, gamma = p2, lamda = p3, d = x - p4, v = lamda - d;
         if (!(d > 0) || !(v > 0)) return 0;
-        return PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v});
+        return PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v}, true);
     }
     case Family::JohnsonSU: {
         const double delta = p1, gamma = p2, lamda = p3, d = x - p4;
@@ -369,7 +369,7 @@ double DistCalculator::DensityAt(double x) const {
         if (!((lamda > 0 && d > 0) || (lamda < 0 && d < 0))) return 0;
         const double al = std::fabs(lamda), ad = std::fabs(d);
         const double z = MulZ(lamda, LinearZ(gamma, delta, LogProduct(al, ad)));
-        return PhiScaled(z, {delta, al}, {ad});
+        return PhiScaled(z, {delta, al}, {ad}, true);
     }
     case Family::JohnsonNormal: return PhiScaled(LinearZ(p2, p1, x), {p1}, {});
     case Family::None: break;

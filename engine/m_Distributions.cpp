@@ -352,7 +352,7 @@ double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double 
         if (!(delta > 0 && lamda > 0)) return;
         const double d = x - xi, v = lamda - d; // y = d / lamda, 1 - y = v / lamda
         if (!(d > 0 && v > 0)) return;
-        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v}));
+        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v}, true));
     });
     return result;
 }
@@ -363,7 +363,7 @@ double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double 
         RequireFinite({x, delta, gamma, lamda, xi});
         if (!(delta > 0 && lamda > 0 && x > xi)) return;
         const double d = x - xi; // the scale stays inside the logarithm: ln(d / lamda)
-        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, lamda)), {delta}, {d}));
+        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, lamda)), {delta}, {d}, true));
     });
     return result;
 }

@@ -70,7 +70,8 @@ double NormalCdf(double z) { return 0.5 * std::erfc(-z * kSqrtHalf); }
 
 double NormalUpper(double z) { return 0.5 * std::erfc(z * kSqrtHalf); }
 
-double PhiScaled(double z, std::initializer_list<double> num, std::initializer_list<double> den) {
+double PhiScaled(double z, std::initializer_list<double> num, std::initializer_list<double> den,
+                 bool nearPole) {
     if (!(std::fabs(z) < kZFar)) return 0;
     const double e = -0.5 * z * z;
     // Plain product while every piece stays well inside the double range; the
@@ -89,6 +90,7 @@ double PhiScaled(double z, std::initializer_list<double> num, std::initializer_l
     for (double f : num) le += std::log(f);
     for (double f : den) le -= std::log(f);
     if (le < -746) return 0;
+    if (nearPole && le > 709.7) return 0;
     return std::exp(le); // an overflow here is genuine: the density is beyond the double range
 }
 

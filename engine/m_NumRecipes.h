@@ -23,8 +23,11 @@ double NormalCdf(double z);   // P(Z <= z)
 double NormalUpper(double z); // P(Z > z), computed directly so small tails keep their digits
 
 // phi(z) * (num...) / (den...) for positive finite factors, without a spurious
-// overflow or underflow in the intermediate products.
-double PhiScaled(double z, std::initializer_list<double> num, std::initializer_list<double> den);
+// overflow or underflow in the intermediate products. A value beyond the double
+// range overflows, unless it lies next to a pole of the density (the ends of a
+// Johnson SB or SL curve with a small delta): then it is 0, as at the pole itself.
+double PhiScaled(double z, std::initializer_list<double> num, std::initializer_list<double> den,
+                 bool nearPole = false);
 
 // a * b, a / b (b > 0) and gamma + delta * t, clamped to +-kZFar where the exact
 // value is beyond it (there every probability is already 0 or 1).

@@ -245,6 +245,8 @@ TEST_F(DistCalculatorTest, SupportEndsAndPoles) {
         {{"Johnson", {1, 0, 2, 0}, 7}, 2, 0},
         {{"Johnson", {1, 0, 1, 0}, 9}, 0, 0},
         {{"Johnson", {1, 0, -1, 0}, 9}, 0.5, 0},    // negative SL lives below xi
+        {{"Johnson", {0.001, 0, 1, 0}, 7}, 1e-320, 0}, // beside an SB pole: drawn as the pole
+        {{"Johnson", {0.001, 0, 1, 0}, 9}, 1e-320, 0},
     };
     for (const auto& row : rows) {
         DistCalculator calc = Make(row.S);

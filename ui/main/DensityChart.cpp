@@ -117,14 +117,12 @@ Result Draw(PictureBox& surface, const Input& in) {
     // line is as wide as its share of the gaps to its neighbours (at least one
     // pixel), so the area reads as filled without stripes.
     const std::size_t n = PointCount(in.X, in.Y);
+    // The end samples get no outer share, so nothing pokes past them.
     std::vector<double> px(n + 2, 0.0);
     for (std::size_t i = 1; i <= n; ++i) px[i] = g.Px(in.X[i]);
-    if (n >= 2) {
-        px[0] = 2 * px[1] - px[2];
-        px[n + 1] = 2 * px[n] - px[n - 1];
-    } else if (n == 1) {
+    if (n >= 1) {
         px[0] = px[1];
-        px[2] = px[1];
+        px[n + 1] = px[n];
     }
     for (std::size_t i = 1; i <= n; ++i) {
         const double x = in.X[i];

@@ -45,6 +45,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("Pondera");
     QApplication::setOrganizationName("Qarvanto Labs, LLC");
     QApplication::setApplicationVersion(PONDERA_VERSION);
+    look::RegisterAppFont();
     QApplication::setFont(look::AppFont(9));
 
     QtFace face;

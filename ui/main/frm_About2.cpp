@@ -41,7 +41,7 @@ frm_About2::frm_About2(QWidget* parent) : QDialog(parent) {
             "its moments and the fraction nonconforming.");
         lb_Description->setObjectName("lb_Description");
         lb_Description->setWordWrap(true);
-        lb_Description->setMinimumWidth(340);
+        lb_Description->setFixedWidth(360);
         layout->addWidget(lb_Description);
 
         auto* copyright = new QLabel("\u00a9 Qarvanto Labs, LLC");
@@ -56,7 +56,8 @@ frm_About2::frm_About2(QWidget* parent) : QDialog(parent) {
         row->addWidget(but_OK);
         layout->addLayout(row);
         connect(but_OK, &QPushButton::clicked, this, [this] { but_OK_Click(); });
-        setFixedSize(sizeHint());
+        // The wrapped description sets the height: let the layout size the box.
+        layout->setSizeConstraint(QLayout::SetFixedSize);
     });
 }
 

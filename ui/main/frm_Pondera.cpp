@@ -526,6 +526,11 @@ void frm_Pondera::ConnectHandlers() {
         RunAsAction([&] { support::Trap(kForm_Resize, [&] { RedrawLastChart(); }); });
     });
 
+    // Enter in an input field presses Plot (which does nothing while it is disabled).
+    for (QLineEdit* box : {tb_Param1, tb_Param2, tb_Param3, tb_Param4, tb_LSL, tb_Target, tb_USL,
+                           tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
+        connect(box, &QLineEdit::returnPressed, but_Plot, &QPushButton::click);
+
     // Focus events have no signal: they come through the one event filter.
     for (QWidget* w : std::initializer_list<QWidget*>{
              tb_Param1, tb_Param2, tb_Param3, tb_Param4, tb_LSL, tb_Target, tb_USL, cb_LSL,
@@ -1272,7 +1277,7 @@ void frm_Pondera::pb_SkewKurt_MouseMove(int button, int, double x, double y) {
             return;
         }
         const SkewKurtChart::PickScale scale = ReadPickScale();
-        if (!cb_DrawbyMoments->isChecked() || !(button & 1)) return;
+        if (!cb_DrawbyMoments->isChecked() || button != 1) return;
 
         // The pixel under the pointer is the feasibility test: only white is free.
         const int px = static_cast<int>(std::nearbyint(x));

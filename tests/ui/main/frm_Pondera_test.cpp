@@ -503,3 +503,10 @@ TEST_F(WindowTest, ARangeWithoutWidthIsRefusedNotFaulted) {
     EXPECT_DOUBLE_EQ(w->RangeLow, -3);
     EXPECT_DOUBLE_EQ(w->RangeHigh, 2);
 }
+
+TEST_F(WindowTest, EnterInAFieldPlots) {
+    Type(w->tb_Param1, "3");
+    QTest::keyClick(w->tb_Param1, Qt::Key_Return);
+    EXPECT_FALSE(w->but_Plot->isEnabled());
+    EXPECT_DOUBLE_EQ(w->RangeLow, 3 - 2.6);
+}

@@ -16,10 +16,7 @@
 
 TEST(Look, ColoursConvertBothWays) {
     EXPECT_EQ(look::ToQColor(0x0000FF), QColor(255, 0, 0));
-    EXPECT_EQ(look::ToQColor(0xFF0000), QColor(0, 0, 255));
     EXPECT_EQ(look::FromQColor(QColor(1, 2, 3)), 0x030201u);
-    EXPECT_EQ(look::RGB(125, 255, 125), 0x7DFF7Du);
-    EXPECT_EQ(look::Resolve(0x12345678u), 0x345678u);
     // System colours resolve to light greys, the shadow darker than the face.
     const QColor face = look::ToQColor(look::kButtonFace);
     const QColor shadow = look::ToQColor(look::kButtonShadow);
@@ -74,13 +71,6 @@ TEST(MarkerShape, KeepsFractionalPositionAndItsVisibleFlag) {
     marker.SetLeft(1e300); // a limit dragged far off: out of sight, no failure
     EXPECT_DOUBLE_EQ(marker.Left(), 1e300);
     EXPECT_TRUE(marker.testAttribute(Qt::WA_TransparentForMouseEvents));
-}
-
-TEST(MarkerShape, PaintsItsFillColour) {
-    MarkerShape marker(nullptr, MarkerShape::Kind::Diamond, 15, 15);
-    marker.SetFillColor(0x0000FF);
-    const QImage image = marker.grab().toImage();
-    EXPECT_EQ(QColor(image.pixel(7, 7)), QColor(255, 0, 0));
 }
 
 class DistributionComboTest : public testing_support::RecordingTest {};

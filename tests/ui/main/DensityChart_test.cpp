@@ -71,20 +71,6 @@ protected:
 
 } // namespace
 
-TEST(DensityGeometry, MarginsFollowTheSurfaceSize) {
-    struct Row {
-        double W, H;
-    };
-    for (const Row& r : {Row{800, 500}, Row{400, 300}, Row{123, 77}}) {
-        const Geometry g = Geometry::ForSize(r.W, r.H);
-        EXPECT_DOUBLE_EQ(g.X0, 0.15 * r.W);
-        EXPECT_DOUBLE_EQ(g.Y0, 0.85 * r.H);
-        EXPECT_NEAR(g.PlotWidth, 0.775 * r.W, 1e-9);
-        EXPECT_NEAR(g.PlotHeight, 0.7 * r.H, 1e-9);
-        EXPECT_NEAR(g.LastPy, 0.15 * r.H, 1e-9); // a flat curve sits at the plot's top
-    }
-}
-
 TEST(DensityGeometry, MapsValuesToPixelsAndBack) {
     Geometry g = Geometry::ForSize(800, 500);
     // 1-based: element 0 is never looked at.

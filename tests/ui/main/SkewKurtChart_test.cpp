@@ -97,17 +97,6 @@ TEST(SkewKurtMapping, MarkerSitsHalfAHeightLowAfterDrawingAndCentredAfterALock) 
     EXPECT_DOUBLE_EQ(centred.Top, y - 3.5);
 }
 
-TEST(SkewKurtMapping, EqualAxisEndsAreAFaultNotAnInfinity) {
-    PickScale s = Standard(240, 200);
-    s.KurtMax = 1;
-    double k = 0;
-    support::SetFace(nullptr);
-    support::Recorder().Clear();
-    support::Trap("Pondera.frm_Pondera.pb_SkewKurt_MouseMove", [&] { k = s.KurtToY(5); });
-    EXPECT_EQ(k, 0);
-    ASSERT_EQ(support::Recorder().AllErrors().size(), 1u);
-}
-
 TEST_F(SkewKurtChartTest, AxisTextsAreTheBoundarysEndsAndOne) {
     const SkewKurtChart::Result r = DrawStandard();
     EXPECT_EQ(r.Texts.XMin, "-4.0");

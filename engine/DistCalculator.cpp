@@ -9,9 +9,7 @@
 #include "engine/m_PercentCertainty.h"
 #include "support/ErrorTrap.h"
 
-#include <climits>
 #include <cmath>
-#include <cstdlib>
 
 using namespace m_NumRecipes::kernel;
 using Family = DistCalculator::Family;

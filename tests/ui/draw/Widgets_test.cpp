@@ -29,7 +29,9 @@ TEST(Look, ColoursConvertBothWays) {
 TEST(Look, TahomaIsUsedWhenTheFontIsInstalled) {
     const QString family = look::RegisterAppFont();
     EXPECT_FALSE(family.isEmpty());
-    if (QFile::exists("/usr/share/wine/fonts/tahoma.ttf")) EXPECT_EQ(family, "Tahoma");
+    if (QFile::exists("/usr/share/wine/fonts/tahoma.ttf")) {
+        EXPECT_EQ(family, "Tahoma");
+    }
     EXPECT_EQ(look::AppFontFamily(), family);
 }
 

@@ -29,15 +29,6 @@ template <class Inspect> void CloseNextModal(Inspect inspect) {
 
 } // namespace
 
-TEST(QtFace, AReportLineNamesTheProcedureTheErrorAndItsRepeats) {
-    support::ErrorEntry e{"Pondera.m_Distributions.JohnsonSB_PDF", 11, "Pondera", "Division by zero", 300};
-    EXPECT_EQ(QtFace::ReportLine(e),
-              QString::fromUtf8("Pondera.m_Distributions.JohnsonSB_PDF \u2014 Division by zero (\u00d7300)"));
-    e.Count = 1;
-    EXPECT_EQ(QtFace::ReportLine(e),
-              QString::fromUtf8("Pondera.m_Distributions.JohnsonSB_PDF \u2014 Division by zero"));
-}
-
 TEST(QtFace, ShowsAnInformationBoxWithTheGivenTitle) {
     QtFace face;
     QString title, text;
@@ -67,15 +58,6 @@ TEST(QtFace, OneReportDialogListsEveryError) {
                           {"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 2}});
     EXPECT_EQ(lines, QString::fromUtf8("Pondera.frm_Pondera.DrawPDF \u2014 Division by zero\n"
                                        "Pondera.m_Distributions.mean \u2014 Overflow (\u00d72)"));
-}
-
-TEST(QtFace, StatusTextGoesToTheSink) {
-    QtFace face;
-    face.SetStatusText("lost"); // no sink yet: nothing happens
-    std::string got;
-    face.SetStatusSink([&](const std::string& t) { got = t; });
-    face.SetStatusText("Calculator failed");
-    EXPECT_EQ(got, "Calculator failed");
 }
 
 TEST(About, NamesTheProductItsVersionAndPurpose) {

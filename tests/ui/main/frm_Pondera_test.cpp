@@ -49,22 +49,6 @@ TEST_F(WindowTest, StartsWithTheNormalAndTheClassicalList) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
-TEST_F(WindowTest, ControlsCarryTheirCaptions) {
-    EXPECT_EQ(w->cb_LSL->text(), "Lower:");
-    EXPECT_EQ(w->cb_Target->text(), "Target:");
-    EXPECT_EQ(w->cb_USL->text(), "Upper:");
-    EXPECT_EQ(w->cb_DrawbyMoments->text(), "Draw using Johnson Distributions");
-    EXPECT_EQ(w->but_Plot->text(), "Plot");
-    EXPECT_EQ(w->mnuQuit->text(), "Exit");
-    EXPECT_EQ(w->mnuCopytoClipboard->text(), "Copy Image to Clipboard");
-    EXPECT_EQ(w->mnuXAxis->text(), "X-Axis");
-    EXPECT_EQ(w->mnuYAxis->text(), "Y-Axis");
-    EXPECT_EQ(w->mnuLabels->text(), "Labels");
-    EXPECT_EQ(w->mnuOptions->text(), "Options...");
-    EXPECT_EQ(w->mnuAbout->text(), "About");
-    for (QAction* a : {w->mnuXAxis, w->mnuYAxis, w->mnuLabels}) EXPECT_TRUE(a->isChecked());
-}
-
 TEST_F(WindowTest, UnloadRemovesTheFilterAndTheOptionsDialog) {
     MExceptionHandler::InstallExceptionFilter();
     ASSERT_TRUE(MExceptionHandler::FilterInstalled());
@@ -509,4 +493,23 @@ TEST_F(WindowTest, EnterInAFieldPlots) {
     QTest::keyClick(w->tb_Param1, Qt::Key_Return);
     EXPECT_FALSE(w->but_Plot->isEnabled());
     EXPECT_DOUBLE_EQ(w->RangeLow, 3 - 2.6);
+}
+
+TEST_F(WindowTest, TheUprightTitlesArePaintedReadingUpward) {
+    // Text turned by 90 degrees covers a box taller than it is wide.
+    for (PictureBox* pb : {w->pb_YTitle, w->pb_Lock}) {
+        const QImage& image = pb->Image();
+        const QRgb back = image.pixel(0, 0);
+        int left = image.width(), right = -1, top = image.height(), bottom = -1;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (qGray(image.pixel(x, y)) < qGray(back) - 80) {
+                    left = std::min(left, x);
+                    right = std::max(right, x);
+                    top = std::min(top, y);
+                    bottom = std::max(bottom, y);
+                }
+        ASSERT_GE(right, 0) << pb->objectName().toStdString() << " is blank";
+        EXPECT_GT(bottom - top, right - left) << pb->objectName().toStdString();
+    }
 }

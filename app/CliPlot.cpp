@@ -142,9 +142,9 @@ bool Parse(const Args& args, PlotArgs& p, std::string& error) {
         } else if (flag == "--size") {
             const auto x = value.find('x');
             int w = 0, h = 0;
-            if (x == std::string::npos || !WholeNumber(value.substr(0, x), 50, 8000, w) ||
-                !WholeNumber(value.substr(x + 1), 50, 8000, h))
-                return error = "--size takes WxH, each 50 to 8000", false;
+            if (x == std::string::npos || !WholeNumber(value.substr(0, x), 50, 4000, w) ||
+                !WholeNumber(value.substr(x + 1), 50, 4000, h))
+                return error = "--size takes WxH, each 50 to 4000", false;
             p.Width = w;
             p.Height = h;
         } else if (flag == "--png") {

@@ -2,11 +2,13 @@
 // checks, range and results, the menus and the spec-limit drag.
 #include "tests/ui/main/WindowFixture.h"
 
+#include "settings/CAppSettings.h"
 #include "support/MExceptionHandler.h"
 #include "ui/options/frm_Options.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QTemporaryDir>
 
 using testing_support::RelErr;
 
@@ -512,4 +514,32 @@ TEST_F(WindowTest, TheUprightTitlesArePaintedReadingUpward) {
         ASSERT_GE(right, 0) << pb->objectName().toStdString() << " is blank";
         EXPECT_GT(bottom - top, right - left) << pb->objectName().toStdString();
     }
+}
+
+// Start-up reads the stored options over the defaults; only 0 or 1 changes a flag.
+TEST(WindowStartUp, StoredOptionsOverTheDefaults) {
+    support::SetFace(nullptr);
+    UsePrivateStore();
+    const std::string saved = std::getenv("PONDERA_REGISTRY");
+    QTemporaryDir dir;
+    setenv("PONDERA_REGISTRY", (dir.path() + "/registry.sqlite3").toLocal8Bit().constData(), 1);
+    RegistryStore::Reopen();
+    AppSettings().Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
+    auto start = [](const char* display) {
+        AppSettings().SaveSetting(DisplayOptions::kSection, "AppDisplay", std::string(display));
+        AppSettings().SaveSetting(DisplayOptions::kSection, "AppDecPlaces", std::string("2"));
+        AppSettings().SaveSetting(DisplayOptions::kSection, "AppNumStDev", std::string("1"));
+        return std::make_unique<frm_Pondera>();
+    };
+    {
+        auto w = start("0");
+        EXPECT_EQ(w->tb_StDev->text(), "1.00");
+        EXPECT_DOUBLE_EQ(w->RangeHigh, 1);
+    }
+    {
+        auto w = start("5"); // neither 0 nor 1: the default, scientific, stays
+        EXPECT_EQ(w->tb_StDev->text(), "1.00E+00");
+    }
+    setenv("PONDERA_REGISTRY", saved.c_str(), 1);
+    RegistryStore::Reopen();
 }

@@ -1,8 +1,15 @@
 // One Johnson curve fit: by moments (SL, SU, SB, normal, ST), with fixed end
 // points ("SB3"), or from a sample; and the transforms between a Johnson variate
 // and the standard normal.
+//
+// The numeric routines follow the Applied Statistics algorithms AS 99 (fitting
+// by moments: jnsn, SUFIT, sbfit, MOM), AS 100 (SNV, AJV) and AS 111 (PPND),
+// with this program's own tolerances and limits. None of them raises to its
+// caller: faults travel as small integer codes, run-time errors go to the error
+// path with the label "Pondera.JohnsonDist.<routine>".
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -33,4 +40,73 @@ public:
     double Lamda = 0;
     double Xi = 0;
     bool Reflected = false;
+
+    // ---- Curve type codes shared with the routines -------------------------
+    static constexpr int kSL = 1, kSU = 2, kSB = 3, kNormal = 4, kST = 5, kSB3 = 6,
+                         kSB3Mirrored = 7;
+
+    // ---- The routines behind the object ------------------------------------
+    // Internal to the fit; public so that tests and benchmarks can reach them.
+
+    // How one sbfit run went (filled only when asked for).
+    struct SbfitTrace {
+        enum class Exit { None, Converged, IterationLimit, MomFault, NonPositiveVariance };
+        struct Round {
+            double Gamma, Delta; // the values handed to MOM
+            double RootB1, B2;   // shape of the standard SB curve at those values
+            double Mu1, M2;      // its mean and variance
+        };
+        double Gamma0 = 0, Delta0 = 0; // starting values
+        std::vector<Round> Rounds;     // rounds whose MOM call succeeded with m2 > 0
+        Exit Outcome = Exit::None;
+    };
+
+    // AS 99 JNSN: type code (1 SL, 2 SU, 3 SB, 4 normal, 5 ST) and parameters for
+    // the four moments; ifault 0 success, 1 negative sd, 2 impossible moments.
+    static void jnsn(double xbar, double sd, double rb1, double bb2, int& itype, double& gamma,
+                     double& delta, double& xlam, double& xi, int16_t& ifault);
+    // AS 99 SUFIT. `rounds`, when given, receives the number of passes.
+    static void SUFIT(double xbar, double sd, double rb1, double b2, double& gamma,
+                      double& delta, double& xlam, double& xi, long* rounds = nullptr);
+    // AS 99 SBFIT. The fault flag is taken by value, so a caller never learns of a
+    // failure: an unconverged fit comes back as it stands (see the .cpp).
+    static void sbfit(double xbar, double sigma, double rtb1, double b2, double& gamma,
+                      double& delta, double& xlam, double& xi, bool fault,
+                      SbfitTrace* trace = nullptr);
+    // AS 99 MOM: the first six raw moments a[0..5] of the standard SB variable.
+    static void MOM(double g, double d, double (&a)[6], bool& fault, int* passes = nullptr);
+
+    // AS 100: Johnson variate -> standard normal, and back.
+    static double SNV(double x, int itype, double gamma, double delta, double xlam, double xi);
+    static double AJV(double z, int itype, double gamma, double delta, double xlam, double xi);
+    // The five-parameter SB form: z = gamma + delta ln(p / (1 - p)), p = u^(1/alpha).
+    static double Johnson5ToNormal(double x, double delta, double gamma, double xlam,
+                                   double xi, double alpha, bool mirrored, int16_t& fault);
+    // AS 111: z with P(Z <= z) = p; fault 1 (result 0) for p outside (0, 1).
+    static double PPND(double p, int16_t& ifault);
+    // Fortran SIGN: |a| with the sign of b (b = 0 counts as positive).
+    static double sign(double a, double b);
+
+    // Sample mean, standard deviation, skewness and kurtosis (beta2); fault for
+    // fewer than two values or no spread.
+    static void MOMENT(const std::vector<double>& data, double& ave, double& sdev, double& skew,
+                       double& curt, bool& fault);
+    static double MinofArray(const std::vector<double>& data);
+    static double MaxofArray(const std::vector<double>& data);
+
+    // The fixed-end-point SB fit: xi = xLower, lamda = xUpper - xLower, and
+    // params = {delta, gamma, alpha} so that the curve has the given mean, sd and
+    // skewness. fault: 0 success, 1 bad end points or nmom != 3, 2 bad moments,
+    // 3 parameters out of bounds, 4 Newton breakdown, 5 no convergence in 1000 steps.
+    static void FitSB3(int nmom, double xLower, double xUpper, double mean, double sd,
+                       double skew, double tol, double (&params)[3], bool& reflected,
+                       int16_t& fault);
+    // Mean, standard deviation and skewness of V = p^alpha on (0, 1), with
+    // p = 1 / (1 + exp(-(Z - gamma) / delta)) and Z standard normal.
+    static void SB3Moments(double delta, double gamma, double alpha, double& mean, double& sd,
+                           double& skew);
+
+    // The status texts of Calculate.
+    static const char* FitMessage(int16_t fault);
+    static const char* FixedEndpointMessage(int16_t fault);
 };

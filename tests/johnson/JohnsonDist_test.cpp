@@ -1,0 +1,280 @@
+// The JohnsonDist object: Calculate by moments, its status texts and the curve
+// types, checked against the worked examples of AS 99 with this program's
+// tolerances (fitting note, table 6.1) and the edge cases of the fit.
+#include "johnson/JohnsonDist.h"
+#include "tests/helpers/TestSupport.h"
+#include "tests/johnson/JohnsonReference.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+namespace {
+
+using testing_support::RelErr;
+
+class JohnsonDistTest : public testing_support::RecordingTest {};
+
+struct FitRow {
+    const char* Name;
+    double Mean, Sd, Skew, Kurt;
+    const char* Type;
+    double Gamma, Delta, Lamda, Xi;
+};
+
+// Table 6.1 of the fitting note (10 significant digits, from an independent
+// implementation checked against the published Fortran in double precision).
+const FitRow kTable[] = {
+    {"SB_symmetric", 0, 1, 0, 2.5, "SB", 0, 1.612976769, 7.010022282, -3.505011141},
+    {"SB_0_5_2_8", 0, 1, 0.5, 2.8, "SB", 1.036275374, 1.402419922, 6.836352812, -2.322119145},
+    {"SB_1_4", 0, 1, 1, 4, "SB", 1.982008592, 1.363877323, 8.588563490, -1.824405153},
+    {"SB_negative", 0, 1, -0.8, 3.2, "SB", -1.248311655, 1.124668092, 6.255231979, -4.517094736},
+    {"SB_located", 10, 2, 0.3, 2.2, "SB", 0.3872212903, 0.9209546374, 9.259622770, 6.147304795},
+    {"SB_1_5_4_5", 0, 1, 1.5, 4.5, "SB", 1.185168909, 0.5393753905, 4.512383915, -0.8715574169},
+    {"SB_negative_located", 5, 2, -1.2, 3.5, "SB", -0.9948056202, 0.5533686364, 8.310999586,
+     -1.352429998},
+    {"SB_2_9", 0, 1, 2, 9, "SB", 3.193638984, 1.195155250, 15.07800576, -1.258783879},
+    {"SU_symmetric", 0, 1, 0, 4, "SU", 0, 2.321155481, 2.109381365, 0},
+    {"SU_1_6", 0, 1, 1, 6, "SU", -1.129333464, 1.966554002, 1.444683650, -0.9969005410},
+    {"SU_negative_located", 10, 2, -0.5, 5, "SU", 0.4922039707, 1.940623445, 3.259746958,
+     10.95431929},
+    {"SU_beyond_tolb_of_line", 0, 1, 1, 4.8306, "SU", -11.62191140, 3.178364508, 0.1522690341,
+     -3.096103458},
+    {"SL_within_tolb_of_line", 0, 1, 1, 4.82931, "SL", -3.446934342, 3.182038143, 1,
+     -3.103803403},
+    {"SL_requested", 1, 1, 2, -1, "SL", -0.6626647877, 1.813619444, 1, -0.6776506988},
+    {"SL_requested_negative", 2, 0.5, -0.6, -1, "SL", -4.653948499, 5.113776307, -1,
+     4.532483697},
+    {"Normal", 5, 2, 0, 3, "Normal", -2.5, 0.5, 0, 0},
+    {"ST_on_boundary", 0, 1, 0.5, 1.25, "ST", 0, 0.3787321875, 1.280776406, -0.7807764064},
+    {"SB_start_fails_symmetric", 0, 1, 0, 1.05, "SB", 0, 0, 0, 0},
+    {"SB_start_fails", 0, 1, 0.5, 1.3, "SB", 0, 0, 0, 0},
+};
+
+class JohnsonTable : public testing_support::RecordingTest,
+                     public ::testing::WithParamInterface<FitRow> {};
+
+TEST_P(JohnsonTable, CalculateReproducesTheWorkedExample) {
+    const FitRow& r = GetParam();
+    JohnsonDist jd;
+    jd.Calculate(r.Mean, r.Sd, r.Skew, r.Kurt);
+    EXPECT_EQ(jd.CalcError, "Success");
+    EXPECT_EQ(jd.JDistribution, r.Type);
+    // The table carries 10 significant digits.
+    EXPECT_LE(RelErr(jd.Gamma, r.Gamma), 2e-9) << jd.Gamma;
+    EXPECT_LE(RelErr(jd.Delta, r.Delta), 2e-9) << jd.Delta;
+    EXPECT_LE(RelErr(jd.Lamda, r.Lamda), 2e-9) << jd.Lamda;
+    EXPECT_LE(RelErr(jd.Xi, r.Xi), 2e-9) << jd.Xi;
+    EXPECT_EQ(jd.Alpha, 0);
+    EXPECT_FALSE(jd.Reflected);
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Table61, JohnsonTable, ::testing::ValuesIn(kTable),
+                         [](const auto& info) { return std::string(info.param.Name); });
+
+TEST_F(JohnsonDistTest, PropertiesStartEmpty) {
+    const JohnsonDist jd;
+    EXPECT_EQ(jd.Mean, 0);
+    EXPECT_EQ(jd.StDev, 0);
+    EXPECT_EQ(jd.Skewness, 0);
+    EXPECT_EQ(jd.Kurtosis, 0);
+    EXPECT_EQ(jd.Alpha, 0);
+    EXPECT_EQ(jd.Delta, 0);
+    EXPECT_EQ(jd.Gamma, 0);
+    EXPECT_EQ(jd.Lamda, 0);
+    EXPECT_EQ(jd.Xi, 0);
+    EXPECT_EQ(jd.JDistribution, "");
+    EXPECT_EQ(jd.CalcError, "");
+    EXPECT_FALSE(jd.Reflected);
+}
+
+TEST_F(JohnsonDistTest, ZeroSdIsTheDegenerateTwoPointCurve) {
+    JohnsonDist jd;
+    jd.Calculate(7.5, 0, 1.3, 2);
+    EXPECT_EQ(jd.JDistribution, "ST");
+    EXPECT_EQ(jd.Xi, 7.5);
+    EXPECT_EQ(jd.Lamda, 0);
+    EXPECT_EQ(jd.Gamma, 0);
+    EXPECT_EQ(jd.Delta, 0);
+    EXPECT_EQ(jd.CalcError, "Success");
+}
+
+TEST_F(JohnsonDistTest, FaultsClearTheCurveAndSayWhy) {
+    JohnsonDist jd;
+    jd.Calculate(0, 1, 0.5, 2.8); // a good SB fit first, so clearing shows
+    ASSERT_EQ(jd.JDistribution, "SB");
+    jd.Alpha = 3;
+    jd.Reflected = true;
+
+    jd.Calculate(1, -0.5, 0, 3);
+    EXPECT_EQ(jd.JDistribution, "Error");
+    EXPECT_EQ(jd.CalcError, "Error: standard deviation less than zero.");
+    EXPECT_EQ(jd.Delta, 0);
+    EXPECT_EQ(jd.Gamma, 0);
+    EXPECT_EQ(jd.Lamda, 0);
+    EXPECT_EQ(jd.Xi, 0);
+    EXPECT_EQ(jd.Alpha, 0);
+    EXPECT_FALSE(jd.Reflected);
+
+    jd.Calculate(0, 1, 0.5, 2.8);
+    jd.Calculate(0, 1, 0.5, 1.2); // beta2 < beta1 + 1
+    EXPECT_EQ(jd.JDistribution, "Error");
+    EXPECT_EQ(jd.CalcError, "Error: Kurtosis < SQRT(Skewness) + 1");
+    EXPECT_EQ(jd.Delta, 0);
+    EXPECT_EQ(jd.Lamda, 0);
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+TEST_F(JohnsonDistTest, StatusTextsAreExact) {
+    EXPECT_STREQ(JohnsonDist::FitMessage(0), "Success");
+    EXPECT_STREQ(JohnsonDist::FitMessage(1), "Error: standard deviation less than zero.");
+    EXPECT_STREQ(JohnsonDist::FitMessage(2), "Error: Kurtosis < SQRT(Skewness) + 1");
+    EXPECT_STREQ(JohnsonDist::FitMessage(3),
+                 "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
+                 "intead.  Check that the SL or ST fit is adequate.");
+    EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(0), "Success");
+    EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(1),
+                 "Error: Input error in Xlower or XUpper or number of moments.");
+    EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(2), "Error: Input error in moments.");
+    EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(3),
+                 "Error: Parameter values out of bounds during the iteration process.");
+    EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(4),
+                 "Error: breakdown of Newton-Rhapson process.");
+    EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(5),
+                 "Error: indicates a failure to converge in 1000 iterations.");
+}
+
+// The bands of jnsn, each an inclusive tolerance of 1e-4.
+struct BandRow {
+    const char* Name;
+    double Skew, Kurt;
+    const char* Type;
+};
+
+const BandRow kBands[] = {
+    {"ST_on_the_boundary", 0.5, 1.25, "ST"},
+    {"ST_within_tolb", 0.5, 1.25 + 0.99e-4, "ST"},
+    {"ST_symmetric", 0, 1, "ST"},
+    {"ST_negative", -2, 5, "ST"},
+    {"SB_beyond_tolb", 0.5, 1.25 + 1.5e-4, "SB"},
+    {"Normal_low", 0, 3 - 0.00005, "Normal"},
+    {"Normal_high", 0, 3 + 0.00005, "Normal"},
+    {"Normal_skew_within_tols", 0.0001, 3, "Normal"},
+    {"Normal_negative_skew_within_tols", -0.0001, 3.00009, "Normal"},
+    {"SB_skew_beyond_tols", 0.0002, 2.9998, "SB"},
+    {"SU_kurtosis_beyond_tolb", 0, 3.00015, "SU"},
+    {"SB_kurtosis_below_tolb", 0, 2.99985, "SB"},
+    {"Normal_requested", 0.00005, -1, "Normal"},
+    {"SL_requested", 0.5, -1, "SL"},
+    {"SL_requested_tiny_skew", 0.0002, -3, "SL"},
+    // Just on the SB side of the lognormal line, at a skewness where the SB
+    // iteration stops unconverged (a MOM fault): still SB, still "Success".
+    {"SB_unconverged_near_line", 2.5, 15.8, "SB"},
+};
+
+class JohnsonBands : public testing_support::RecordingTest,
+                     public ::testing::WithParamInterface<BandRow> {};
+
+TEST_P(JohnsonBands, TypeFollowsTheTolerances) {
+    const BandRow& r = GetParam();
+    JohnsonDist jd;
+    jd.Calculate(3, 2, r.Skew, r.Kurt);
+    EXPECT_EQ(jd.JDistribution, r.Type);
+    EXPECT_EQ(jd.CalcError, "Success");
+    if (std::string(r.Type) == "Normal") {
+        EXPECT_EQ(jd.Delta, 0.5);
+        EXPECT_EQ(jd.Gamma, -1.5);
+        EXPECT_EQ(jd.Lamda, 0);
+        EXPECT_EQ(jd.Xi, 0);
+    }
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Bands, JohnsonBands, ::testing::ValuesIn(kBands),
+                         [](const auto& info) { return std::string(info.param.Name); });
+
+TEST_F(JohnsonDistTest, UnconvergedSbNearTheLineIsReallyUnconverged) {
+    // The row above relies on this point being one where sbfit gives up.
+    JohnsonDist::SbfitTrace trace;
+    double g = 0, d = 0, l = 0, x = 0;
+    JohnsonDist::sbfit(3, 2, 2.5, 15.8, g, d, l, x, false, &trace);
+    EXPECT_EQ(trace.Outcome, JohnsonDist::SbfitTrace::Exit::MomFault);
+    EXPECT_TRUE(trace.Rounds.empty());
+    // 15.8 is below the line (15.8487 at skewness 2.5) by more than tolb.
+    int itype = 0;
+    int16_t fault = -1;
+    JohnsonDist::jnsn(3, 2, 2.5, 15.8, itype, g, d, l, x, fault);
+    EXPECT_EQ(itype, JohnsonDist::kSB);
+    EXPECT_EQ(fault, 0);
+}
+
+TEST_F(JohnsonDistTest, SlOnTheLineHasTheRequestedMoments) {
+    // A negative kurtosis puts the fit on the lognormal line; check the curve
+    // against the closed lognormal moments.
+    for (double s : {-2.0, -0.6, 0.3, 1.0, 3.0}) {
+        JohnsonDist jd;
+        jd.Calculate(4, 1.5, s, -1);
+        ASSERT_EQ(jd.JDistribution, "SL");
+        EXPECT_EQ(jd.Lamda, s < 0 ? -1 : 1);
+        // X = xi + lamda exp(W), W normal with mean -gamma/delta and sd 1/delta.
+        const double mu = -jd.Gamma / jd.Delta, sig2 = 1 / (jd.Delta * jd.Delta);
+        const double w = std::exp(sig2);
+        const double mean = jd.Xi + jd.Lamda * std::exp(mu + sig2 / 2);
+        const double sd = std::sqrt((w - 1) * std::exp(2 * mu + sig2));
+        const double skew = jd.Lamda * (w + 2) * std::sqrt(w - 1);
+        EXPECT_NEAR(mean, 4, 1e-12);
+        EXPECT_NEAR(sd, 1.5, 1e-12);
+        EXPECT_NEAR(skew, s, 1e-12);
+    }
+}
+
+TEST_F(JohnsonDistTest, CalculateLeavesTheDataMomentsAlone) {
+    JohnsonDist jd;
+    jd.Mean = 1;
+    jd.StDev = 2;
+    jd.Skewness = 3;
+    jd.Kurtosis = 4;
+    jd.Calculate(10, 1, 0, 4);
+    EXPECT_EQ(jd.Mean, 1);
+    EXPECT_EQ(jd.StDev, 2);
+    EXPECT_EQ(jd.Skewness, 3);
+    EXPECT_EQ(jd.Kurtosis, 4);
+}
+
+TEST_F(JohnsonDistTest, OneEndPointOrANonNumberChangesNothing) {
+    JohnsonDist jd;
+    jd.Calculate(0, 1, 1, 6);
+    const JohnsonDist before = jd;
+    const double lower = -1, upper = 5, nan = NAN, inf = INFINITY;
+    const std::pair<const double*, const double*> calls[] = {
+        {&lower, nullptr}, {nullptr, &upper}, {&nan, &upper}, {&lower, &inf}};
+    for (const auto& [lo, hi] : calls) {
+        jd.Calculate(0.5, 1, 0.2, 3, lo, hi);
+        EXPECT_EQ(jd.JDistribution, before.JDistribution);
+        EXPECT_EQ(jd.CalcError, before.CalcError);
+        EXPECT_EQ(jd.Delta, before.Delta);
+        EXPECT_EQ(jd.Gamma, before.Gamma);
+        EXPECT_EQ(jd.Lamda, before.Lamda);
+        EXPECT_EQ(jd.Xi, before.Xi);
+        EXPECT_EQ(jd.Alpha, before.Alpha);
+    }
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+TEST_F(JohnsonDistTest, MomentsViewSequenceGivesADrawableSbCurve) {
+    // What the moments view reads, in its order, for a typical point: the SB
+    // density must integrate to 1 over (xi, xi + lamda) with the moments asked for.
+    JohnsonDist jd;
+    jd.Calculate(50, 4, -0.7, 3.1);
+    ASSERT_EQ(jd.CalcError.rfind("Error", 0), std::string::npos);
+    ASSERT_EQ(jd.JDistribution, "SB");
+    const auto m = johnson_reference::OfCurve("SB", jd.Delta, jd.Gamma, jd.Lamda, jd.Xi);
+    EXPECT_NEAR(m.Mean, 50, 4 * 5e-4);
+    EXPECT_NEAR(m.Sd, 4, 4 * 5e-4);
+    EXPECT_NEAR(m.Skew, -0.7, 1e-6);
+    EXPECT_NEAR(m.Kurt, 3.1, 1e-5);
+}
+
+} // namespace

@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -85,6 +86,24 @@ struct PlotArgs {
     std::optional<std::string> Png;
 };
 
+int PlotUsage() {
+    std::fputs(
+        "usage: pondera-cli plot [OPTIONS]\n"
+        "  --dist NAME            Normal (default), Exponential, LogNormal, Uniform,\n"
+        "                         Triangular or Weibull; fills its default parameters\n"
+        "  --param1..--param4 T   parameter texts, typed as into the fields\n"
+        "  --lsl T --target T --usl T   spec limits (a given limit is ticked)\n"
+        "  --moments              draw using Johnson distributions, with\n"
+        "    --mean T --stdev T --skewness T --kurtosis T\n"
+        "  --decimals N (0-6)  --display decimal|scientific\n"
+        "  --range stdev|endpoints  --num-stdev K  --xmin A  --xmax B\n"
+        "  --xticks N  --yticks N  --size WxH  --png FILE\n"
+        "Presses Plot and prints one JSON object: fields, status, messages, errors,\n"
+        "range, points, focus.\n",
+        stderr);
+    return 2;
+}
+
 bool WholeNumber(const std::string& text, int low, int high, int& out) {
     double v = 0;
     if (!ParseArg(text, v) || v != std::floor(v) || v < low || v > high) return false;
@@ -99,6 +118,15 @@ bool Parse(const Args& args, PlotArgs& p, std::string& error) {
         if (flag == "--moments") {
             p.Moments = true;
             continue;
+        }
+        static const char* const kValued[] = {
+            "--dist",  "--param1",   "--param2", "--param3",   "--param4", "--lsl",
+            "--target", "--usl",     "--mean",   "--stdev",    "--skewness", "--kurtosis",
+            "--decimals", "--display", "--range", "--num-stdev", "--xmin",  "--xmax",
+            "--xticks", "--yticks",  "--size",   "--png"};
+        if (std::find(std::begin(kValued), std::end(kValued), flag) == std::end(kValued)) {
+            error = "unknown option " + flag;
+            return false;
         }
         if (i + 1 >= args.size()) {
             error = "missing value after " + flag;
@@ -171,7 +199,7 @@ int RunPlot(const Args& args) {
     std::string error;
     if (!Parse(args, p, error)) {
         std::fprintf(stderr, "pondera-cli plot: %s\n", error.c_str());
-        return Usage();
+        return PlotUsage();
     }
 
     TempStore store;
@@ -214,7 +242,7 @@ int RunPlot(const Args& args) {
     // Choosing the distribution runs the list's change event (labels, defaults).
     if (!w.dd_Distribution->SelectText(QString::fromStdString(p.Dist))) {
         std::fprintf(stderr, "pondera-cli plot: unknown distribution %s\n", p.Dist.c_str());
-        return Usage();
+        return PlotUsage();
     }
     RunAsAction([&] { w.dd_Distribution_Click(); });
 

@@ -1,7 +1,93 @@
-// Placeholder until the command is written.
+// pondera-cli fit: the Johnson curve for four moments, fitted as the moments view
+// fits it (JohnsonDist::Calculate without end points), one JSON object per fit.
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
+#include "johnson/JohnsonDist.h"
+#include "support/ErrorReporter.h"
+#include "support/UserFace.h"
+
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace cli {
-int RunFit(const Args&) { return Usage(); }
+
+namespace {
+
+constexpr const char* kFields[4] = {"MEAN", "SD", "SKEW", "KURT"};
+
+int Fail(const std::string& problem) {
+    std::fprintf(stderr, "pondera-cli fit: %s\n", problem.c_str());
+    return Usage();
+}
+
+// The four moments from four words; empty on success, else what is wrong.
+std::string ParseMoments(const std::vector<std::string>& words, double (&m)[4]) {
+    if (words.size() != 4)
+        return "four numbers are needed, MEAN SD SKEW KURT (got " +
+               std::to_string(words.size()) + ")";
+    for (int i = 0; i < 4; ++i)
+        if (!ParseArg(words[i], m[i]))
+            return std::string(kFields[i]) + " \"" + words[i] + "\" is not a number";
+    return "";
+}
+
+// One fit, as one user action: errors it raises are gathered and reported with it.
+void PrintFit(const double (&m)[4]) {
+    JsonObject out;
+    support::Recorder().Clear();
+    {
+        support::ActionScope action;
+        JohnsonDist jd;
+        jd.Calculate(m[0], m[1], m[2], m[3]);
+        out.AddString("type", jd.JDistribution)
+            .AddString("message", jd.CalcError)
+            .Add("delta", jd.Delta)
+            .Add("gamma", jd.Gamma)
+            .Add("lamda", jd.Lamda)
+            .Add("xi", jd.Xi);
+    }
+    out.AddRecorded();
+    std::printf("%s\n", out.Str().c_str());
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int RunFit(const Args& args) {
+    double m[4];
+    if (!args.empty()) {
+        if (const std::string problem = ParseMoments(args, m); !problem.empty())
+            return Fail(problem);
+        PrintFit(m);
+        return 0;
+    }
+    // One fit per line "MEAN SD SKEW KURT"; a line that cannot be read answers
+    // with what is wrong, and the run ends with the usage status.
+    int status = 0;
+    std::string line;
+    int number = 0;
+    while (std::getline(std::cin, line)) {
+        ++number;
+        std::istringstream in(line);
+        std::vector<std::string> words;
+        for (std::string w; in >> w;) words.push_back(w);
+        if (words.empty()) continue;
+        if (const std::string problem = ParseMoments(words, m); !problem.empty()) {
+            std::fprintf(stderr, "pondera-cli fit: line %d: %s\n", number, problem.c_str());
+            JsonObject out;
+            out.AddString("invalid", problem);
+            std::printf("%s\n", out.Str().c_str());
+            std::fflush(stdout);
+            status = 2;
+            continue;
+        }
+        PrintFit(m);
+    }
+    if (status) Usage();
+    return status;
+}
+
 } // namespace cli

@@ -193,7 +193,7 @@ TEST_F(JohnsonRoutines, SbfitFailingLaterReturnsTheLastIterate) {
     JohnsonDist::sbfit(1.5, 0.7, 1.6, 7.56, g, d, l, x, false, &t);
     EXPECT_EQ(t.Outcome, Exit::MomFault);
     ASSERT_EQ(t.Rounds.size(), 1u);
-    const auto& r = t.Rounds[0];
+    const auto r = t.Rounds[0]; // a copy: t is reused below
     EXPECT_EQ(g, r.Gamma);
     EXPECT_EQ(d, r.Delta);
     EXPECT_DOUBLE_EQ(l, 0.7 / std::sqrt(r.M2));

@@ -3,7 +3,6 @@
 // tolerances (fitting note, table 6.1) and the edge cases of the fit.
 #include "johnson/JohnsonDist.h"
 #include "tests/helpers/TestSupport.h"
-#include "tests/johnson/JohnsonReference.h"
 
 #include <gtest/gtest.h>
 
@@ -73,22 +72,6 @@ TEST_P(JohnsonTable, CalculateReproducesTheWorkedExample) {
 
 INSTANTIATE_TEST_SUITE_P(Table61, JohnsonTable, ::testing::ValuesIn(kTable),
                          [](const auto& info) { return std::string(info.param.Name); });
-
-TEST_F(JohnsonDistTest, PropertiesStartEmpty) {
-    const JohnsonDist jd;
-    EXPECT_EQ(jd.Mean, 0);
-    EXPECT_EQ(jd.StDev, 0);
-    EXPECT_EQ(jd.Skewness, 0);
-    EXPECT_EQ(jd.Kurtosis, 0);
-    EXPECT_EQ(jd.Alpha, 0);
-    EXPECT_EQ(jd.Delta, 0);
-    EXPECT_EQ(jd.Gamma, 0);
-    EXPECT_EQ(jd.Lamda, 0);
-    EXPECT_EQ(jd.Xi, 0);
-    EXPECT_EQ(jd.JDistribution, "");
-    EXPECT_EQ(jd.CalcError, "");
-    EXPECT_FALSE(jd.Reflected);
-}
 
 TEST_F(JohnsonDistTest, ZeroSdIsTheDegenerateTwoPointCurve) {
     JohnsonDist jd;
@@ -210,39 +193,6 @@ TEST_F(JohnsonDistTest, UnconvergedSbNearTheLineIsReallyUnconverged) {
     EXPECT_EQ(fault, 0);
 }
 
-TEST_F(JohnsonDistTest, SlOnTheLineHasTheRequestedMoments) {
-    // A negative kurtosis puts the fit on the lognormal line; check the curve
-    // against the closed lognormal moments.
-    for (double s : {-2.0, -0.6, 0.3, 1.0, 3.0}) {
-        JohnsonDist jd;
-        jd.Calculate(4, 1.5, s, -1);
-        ASSERT_EQ(jd.JDistribution, "SL");
-        EXPECT_EQ(jd.Lamda, s < 0 ? -1 : 1);
-        // X = xi + lamda exp(W), W normal with mean -gamma/delta and sd 1/delta.
-        const double mu = -jd.Gamma / jd.Delta, sig2 = 1 / (jd.Delta * jd.Delta);
-        const double w = std::exp(sig2);
-        const double mean = jd.Xi + jd.Lamda * std::exp(mu + sig2 / 2);
-        const double sd = std::sqrt((w - 1) * std::exp(2 * mu + sig2));
-        const double skew = jd.Lamda * (w + 2) * std::sqrt(w - 1);
-        EXPECT_NEAR(mean, 4, 1e-12);
-        EXPECT_NEAR(sd, 1.5, 1e-12);
-        EXPECT_NEAR(skew, s, 1e-12);
-    }
-}
-
-TEST_F(JohnsonDistTest, CalculateLeavesTheDataMomentsAlone) {
-    JohnsonDist jd;
-    jd.Mean = 1;
-    jd.StDev = 2;
-    jd.Skewness = 3;
-    jd.Kurtosis = 4;
-    jd.Calculate(10, 1, 0, 4);
-    EXPECT_EQ(jd.Mean, 1);
-    EXPECT_EQ(jd.StDev, 2);
-    EXPECT_EQ(jd.Skewness, 3);
-    EXPECT_EQ(jd.Kurtosis, 4);
-}
-
 TEST_F(JohnsonDistTest, OneEndPointOrANonNumberChangesNothing) {
     JohnsonDist jd;
     jd.Calculate(0, 1, 1, 6);
@@ -261,20 +211,6 @@ TEST_F(JohnsonDistTest, OneEndPointOrANonNumberChangesNothing) {
         EXPECT_EQ(jd.Alpha, before.Alpha);
     }
     EXPECT_TRUE(Rec().AllErrors().empty());
-}
-
-TEST_F(JohnsonDistTest, MomentsViewSequenceGivesADrawableSbCurve) {
-    // What the moments view reads, in its order, for a typical point: the SB
-    // density must integrate to 1 over (xi, xi + lamda) with the moments asked for.
-    JohnsonDist jd;
-    jd.Calculate(50, 4, -0.7, 3.1);
-    ASSERT_EQ(jd.CalcError.rfind("Error", 0), std::string::npos);
-    ASSERT_EQ(jd.JDistribution, "SB");
-    const auto m = johnson_reference::OfCurve("SB", jd.Delta, jd.Gamma, jd.Lamda, jd.Xi);
-    EXPECT_NEAR(m.Mean, 50, 4 * 5e-4);
-    EXPECT_NEAR(m.Sd, 4, 4 * 5e-4);
-    EXPECT_NEAR(m.Skew, -0.7, 1e-6);
-    EXPECT_NEAR(m.Kurt, 3.1, 1e-5);
 }
 
 } // namespace

@@ -277,11 +277,4 @@ TEST_F(JohnsonFixedEndpoints, CalculateFromDataOnAFaultDoesNothing) {
     EXPECT_EQ(jd.CalcError, before.CalcError);
 }
 
-TEST_F(JohnsonFixedEndpoints, MinAndMaxOfArray) {
-    EXPECT_EQ(JohnsonDist::MinofArray({3, -1, 7, 2}), -1);
-    EXPECT_EQ(JohnsonDist::MaxofArray({3, -1, 7, 2}), 7);
-    EXPECT_EQ(JohnsonDist::MinofArray({}), 0);
-    EXPECT_EQ(JohnsonDist::MaxofArray({}), 0);
-}
-
 } // namespace

@@ -68,6 +68,9 @@ void Geometry::SetRanges(std::span<const double> x, std::span<const double> y) {
     XRange = support::ck(xMax - xMin);
     YLow = yMin;
     YRange = support::ck(yMax - yMin);
+    // A curve that is zero everywhere (a fit with no curve, a support outside
+    // the range) has nothing under it: it lies on the baseline, not as a full box.
+    if (YRange == 0 && yMax <= 0) LastPy = Y0;
 }
 
 double Geometry::Px(double x) const {

@@ -25,7 +25,7 @@ struct Geometry {
     double YLow = 0;        // smallest density
     double YRange = 0;      // largest density - smallest density
     // The py that Py returns while the y range is 0; it starts at the top of
-    // the plot, so a flat density is drawn as a full box.
+    // the plot, so a flat density is drawn as a full box (a zero one on the baseline).
     double LastPy = 0;
 
     // Margins of a surface of w x h pixels; ranges still 0.

@@ -103,6 +103,10 @@ TEST(DensityGeometry, FlatCurveKeepsThePreviousPy) {
     g.LastPy = 123;
     EXPECT_EQ(g.Py(0.5), 123);
     EXPECT_EQ(g.Py(1e300), 123); // not recomputed whatever the density
+
+    // A curve of zeros has nothing under it: it stays on the baseline.
+    g.SetRanges(x, std::vector<double>{0, 0, 0, 0});
+    EXPECT_EQ(g.Py(0), g.Y0);
 }
 
 TEST_F(DensityChartTest, NoXRangeIsAFaultReportedUnderTheCallersLabel) {

@@ -766,7 +766,8 @@ void frm_Pondera::Plot() {
         // The grid divides by N, so the last point stops one step short of high.
         const int n = NumPoints;
         std::vector<double> x(n + 1, 0.0);
-        for (int i = 1; i <= n; ++i) x[i] = support::ck(low + (i - 1) * (high - low) / n);
+        // The calculator samples on these very points.
+        for (int i = 1; i <= n; ++i) x[i] = support::ck(m_Distributions::GridX(low, high, n, i));
         std::vector<double> y = m_Distributions::GetPDFData(name, low, high, n, Param1, Param2,
                                                             Param3, ValOf(tb_Param4));
         y.resize(n + 1, 0.0);

@@ -89,8 +89,7 @@ bool ParametersPass(const Request& r) {
 
 void Print(JsonObject& out) {
     out.AddRecorded();
-    std::printf("%s\n", out.Str().c_str());
-    std::fflush(stdout);
+    PrintLine(out);
 }
 
 // CalcPercent without the window: absent limits are unticked and contribute 0.
@@ -223,29 +222,14 @@ int RunPnc(const Args& args) {
         Print(out);
         return 0;
     }
-    // One request per line; a line that cannot be read answers with what is wrong
-    // and the run ends with the usage status.
-    int status = 0;
-    std::string line;
-    int number = 0;
-    while (std::getline(std::cin, line)) {
-        ++number;
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (line.find_first_not_of(" \t") == std::string::npos) continue;
+    // One request per line.
+    return AnswerLines("pnc", [](const std::string& line) {
         Request r;
-        if (const std::string problem = ParseLine(line, r); !problem.empty()) {
-            std::fprintf(stderr, "pondera-cli pnc: line %d: %s\n", number, problem.c_str());
-            JsonObject out;
-            out.AddString("invalid", problem);
-            Print(out);
-            status = 2;
-            continue;
-        }
+        if (std::string problem = ParseLine(line, r); !problem.empty()) return problem;
         JsonObject out = Pnc(r);
         Print(out);
-    }
-    if (status) Usage();
-    return status;
+        return std::string();
+    });
 }
 
 } // namespace cli

@@ -50,8 +50,7 @@ void PrintFit(const double (&m)[4]) {
             .Add("xi", jd.Xi);
     }
     out.AddRecorded();
-    std::printf("%s\n", out.Str().c_str());
-    std::fflush(stdout);
+    PrintLine(out);
 }
 
 } // namespace
@@ -64,30 +63,15 @@ int RunFit(const Args& args) {
         PrintFit(m);
         return 0;
     }
-    // One fit per line "MEAN SD SKEW KURT"; a line that cannot be read answers
-    // with what is wrong, and the run ends with the usage status.
-    int status = 0;
-    std::string line;
-    int number = 0;
-    while (std::getline(std::cin, line)) {
-        ++number;
+    // One fit per line "MEAN SD SKEW KURT".
+    return AnswerLines("fit", [&](const std::string& line) {
         std::istringstream in(line);
         std::vector<std::string> words;
         for (std::string w; in >> w;) words.push_back(w);
-        if (words.empty()) continue;
-        if (const std::string problem = ParseMoments(words, m); !problem.empty()) {
-            std::fprintf(stderr, "pondera-cli fit: line %d: %s\n", number, problem.c_str());
-            JsonObject out;
-            out.AddString("invalid", problem);
-            std::printf("%s\n", out.Str().c_str());
-            std::fflush(stdout);
-            status = 2;
-            continue;
-        }
+        if (std::string problem = ParseMoments(words, m); !problem.empty()) return problem;
         PrintFit(m);
-    }
-    if (status) Usage();
-    return status;
+        return std::string();
+    });
 }
 
 } // namespace cli

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <iostream>
 
 namespace cli {
 
@@ -132,6 +133,29 @@ int Usage() {
         "      parameters are 0. Output: one JSON object per answer on standard output.\n",
         stderr);
     return 2;
+}
+
+void PrintLine(const JsonObject& out) {
+    std::printf("%s\n", out.Str().c_str());
+    std::fflush(stdout);
+}
+
+int AnswerLines(const char* command, const std::function<std::string(const std::string&)>& answer) {
+    int status = 0;
+    std::string line;
+    for (int number = 1; std::getline(std::cin, line); ++number) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (line.find_first_not_of(" \t") == std::string::npos) continue;
+        if (const std::string problem = answer(line); !problem.empty()) {
+            std::fprintf(stderr, "pondera-cli %s: line %d: %s\n", command, number, problem.c_str());
+            JsonObject out;
+            out.AddString("invalid", problem);
+            PrintLine(out);
+            status = 2;
+        }
+    }
+    if (status) Usage();
+    return status;
 }
 
 } // namespace cli

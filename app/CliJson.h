@@ -2,6 +2,7 @@
 // significant digits, plus what the error path and message boxes recorded.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,5 +32,13 @@ bool ParseArg(const std::string& text, double& value);
 
 // Prints usage to stderr and returns 2.
 int Usage();
+
+// Prints one object as one line on standard output, at once.
+void PrintLine(const JsonObject& out);
+
+// Answers one request per line of standard input. `answer` prints its reply and
+// returns "", or returns what is wrong with the line; such a line is answered
+// {"invalid": ...} and the run ends with the usage status. Blank lines are skipped.
+int AnswerLines(const char* command, const std::function<std::string(const std::string&)>& answer);
 
 } // namespace cli

@@ -714,21 +714,8 @@ void frm_Pondera::Plot() {
         }
 
         // Ticked limits must hold numbers.
-        struct LimitField {
-            QCheckBox* Check;
-            QLineEdit* Box;
-            const char* Message;
-        };
-        const LimitField limits[] = {{cb_LSL, tb_LSL, "LSL must be a number."},
-                                     {cb_Target, tb_Target, "Target must be a number."},
-                                     {cb_USL, tb_USL, "USL must be a number."}};
-        for (const auto& f : limits) {
-            if (f.Check->isChecked() && !Numeric(f.Box)) {
-                support::MsgBox(f.Message, kWarningTitle);
-                FocusAndSelect(f.Box);
-                return;
-            }
-        }
+        if (!LimitFieldsAreNumbers()) return;
+        const auto limits = LimitFields();
 
         // The moments are computed once the inputs are known good, so a failed
         // check leaves the previous results in place.
@@ -783,6 +770,23 @@ void frm_Pondera::Plot() {
         SetStatus("");
         but_Plot->setEnabled(false);
     });
+}
+
+std::array<frm_Pondera::LimitField, 3> frm_Pondera::LimitFields() const {
+    return {{{cb_LSL, tb_LSL, "LSL must be a number."},
+             {cb_Target, tb_Target, "Target must be a number."},
+             {cb_USL, tb_USL, "USL must be a number."}}};
+}
+
+bool frm_Pondera::LimitFieldsAreNumbers() {
+    for (const auto& f : LimitFields()) {
+        if (f.Check->isChecked() && !Numeric(f.Box)) {
+            support::MsgBox(f.Message, kWarningTitle);
+            FocusAndSelect(f.Box);
+            return false;
+        }
+    }
+    return true;
 }
 
 void frm_Pondera::WriteRangeBack(double low, double high) {
@@ -1053,21 +1057,8 @@ bool frm_Pondera::PlotbyMoments() {
                 return;
             }
         }
-        struct LimitField {
-            QCheckBox* Check;
-            QLineEdit* Box;
-            const char* Message;
-        };
-        const LimitField limits[] = {{cb_LSL, tb_LSL, "LSL must be a number."},
-                                     {cb_Target, tb_Target, "Target must be a number."},
-                                     {cb_USL, tb_USL, "USL must be a number."}};
-        for (const auto& f : limits) {
-            if (f.Check->isChecked() && !Numeric(f.Box)) {
-                support::MsgBox(f.Message, kWarningTitle);
-                FocusAndSelect(f.Box);
-                return;
-            }
-        }
+        if (!LimitFieldsAreNumbers()) return;
+        const auto limits = LimitFields();
 
         const double mean = ValOf(tb_Mean), stDev = ValOf(tb_StDev);
         const double skewness = ValOf(tb_Skewness), kurtosis = ValOf(tb_Kurtosis);

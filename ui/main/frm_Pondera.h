@@ -14,6 +14,8 @@
 
 #include <QMainWindow>
 
+#include <array>
+
 #include <string>
 #include <vector>
 
@@ -221,6 +223,15 @@ private:
     void SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box);
     void DrawChart(const DensityChart::Input& input, PictureBox& surface);
     void WriteRangeBack(double low, double high);
+    // The spec-limit fields in the order LSL, Target, USL, with their messages.
+    struct LimitField {
+        QCheckBox* Check;
+        QLineEdit* Box;
+        const char* Message;
+    };
+    std::array<LimitField, 3> LimitFields() const;
+    // False, after the message and with the field focused, when a ticked limit is not a number.
+    bool LimitFieldsAreNumbers();
     void DragMouseDown(int button, double x);
     void DragMouseMove(double x);
     void DragMouseUp();

@@ -2,20 +2,13 @@
 // it wrote is checked through the registry operations themselves.
 #include "settings/CAppSettings.h"
 
-#include "settings/RegistryStore.h"
 #include "support/ErrorTrap.h"
-#include "tests/helpers/TestSupport.h"
+#include "tests/settings/StoreFixture.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace RegistryStore;
+using Value = CAppSettings::Value;
 namespace fs = std::filesystem;
 
 namespace {
@@ -24,47 +17,30 @@ constexpr const char* kSection = "Application Settings";
 constexpr const char* kKeyPath =
     "Software\\Qarvanto Labs, LLC\\Qarv Tools 3\\Pondera\\Application Settings";
 
-class AppSettingsTest : public testing_support::RecordingTest {
+class AppSettingsTest : public settings_test::StoreTest {
 protected:
     void SetUp() override {
-        RecordingTest::SetUp();
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = fs::temp_directory_path() /
-               ("pondera-settings-" + std::to_string(getpid()) + "-" + info->name());
-        fs::remove_all(dir_);
-        fs::create_directories(dir_);
-        const char* old = std::getenv("PONDERA_REGISTRY");
-        savedStore_ = old ? old : "";
-        setenv("PONDERA_REGISTRY", (dir_ / "registry.sqlite3").c_str(), 1);
-        Reopen();
+        StoreTest::SetUp();
         settings_.Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
     }
-    void TearDown() override {
-        Reopen();
-        setenv("PONDERA_REGISTRY", savedStore_.c_str(), 1);
-        std::error_code ec;
-        fs::remove_all(dir_, ec);
-    }
-
     // The raw value as the store holds it: type and bytes.
     std::pair<uint32_t, std::string> Raw(const std::string& name, HKEY root = HKEY_LOCAL_MACHINE) {
         HKEY key = 0;
         if (RegOpenKeyExA(root, kKeyPath, 1, &key) != ERROR_SUCCESS) return {REG_NONE, "<no key>"};
         uint32_t type = 0, size = 0;
-        std::string bytes;
+        std::string bytes = "<no value>";
         if (RegQueryValueExA(key, name, &type, nullptr, &size) == ERROR_SUCCESS) {
-            bytes.resize(size);
+            bytes.assign(size, '\0');
             RegQueryValueExA(key, name, &type, bytes.data(), &size);
-        } else {
-            bytes = "<no value>";
         }
         RegCloseKey(key);
         return {type, bytes};
     }
+    Value Get(const std::string& name, const Value& fallback, const std::string& section = kSection) {
+        return settings_.GetSetting(section, name, fallback);
+    }
 
     CAppSettings settings_;
-    fs::path dir_;
-    std::string savedStore_;
 };
 
 // The error body raises, or a RunTimeError with number 0 when it does not.
@@ -77,27 +53,12 @@ support::RunTimeError Raised(const std::function<void()>& body) {
     return {};
 }
 
-int32_t N(uint32_t n) { return static_cast<int32_t>(n); }
+std::pair<uint32_t, std::string> Sz(const char* text) { return {REG_SZ, std::string(text) + '\0'}; }
 
 } // namespace
 
-TEST_F(AppSettingsTest, StartsWithTheDocumentedDefaults) {
-    const CAppSettings fresh;
-    EXPECT_EQ(fresh.RootKey(), 0x80000002u);
-    EXPECT_EQ(fresh.MainBranch(), "Software");
-    EXPECT_EQ(fresh.CompanyName(), "MyCompany");
-    EXPECT_EQ(fresh.AppName(), "MyApplication");
-    EXPECT_EQ(&AppSettings(), &AppSettings());
-}
-
 TEST_F(AppSettingsTest, PropertyChecksRaiseTheirErrorAndKeepTheOldValue) {
-    struct Case {
-        const char* what;
-        std::function<void(CAppSettings&)> assign;
-        uint32_t number;
-        const char* description;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::function<void(CAppSettings&)>, uint32_t, const char*> cases[] = {
         {"root 0x80000003", [](CAppSettings& s) { s.SetRootKey(0x80000003); }, 0x80044280, "Invalid root key value"},
         {"root 0", [](CAppSettings& s) { s.SetRootKey(0); }, 0x80044280, "Invalid root key value"},
         {"empty branch", [](CAppSettings& s) { s.SetMainBranch(""); }, 0x8004427F, "Invalid MainBranch value"},
@@ -106,42 +67,38 @@ TEST_F(AppSettingsTest, PropertyChecksRaiseTheirErrorAndKeepTheOldValue) {
         {"Init with empty company", [](CAppSettings& s) { s.Init("", "Other"); }, 0x8004427E, "Invalid CompanyName value"},
         {"Init with empty app", [](CAppSettings& s) { s.Init("Other", ""); }, 0x8004427D, "Invalid AppName value"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [what, assign, number, description] : cases) {
         CAppSettings s;
         s.SetRootKey(0x80000001);
-        const auto e = Raised([&] { c.assign(s); });
-        EXPECT_EQ(e.Number, N(c.number)) << c.what;
-        EXPECT_EQ(e.Source, "Pondera.CAppSettings") << c.what;
-        EXPECT_EQ(e.Description, c.description) << c.what;
-        EXPECT_EQ(s.RootKey(), 0x80000001u) << c.what;
-        EXPECT_EQ(s.MainBranch(), "Software") << c.what;
-        EXPECT_EQ(s.AppName(), "MyApplication") << c.what; // Init stops at the first bad name
+        const auto e = Raised([&] { assign(s); });
+        EXPECT_EQ(e.Number, static_cast<int32_t>(number)) << what;
+        EXPECT_EQ(e.Source, "Pondera.CAppSettings") << what;
+        EXPECT_EQ(e.Description, description) << what;
+        EXPECT_EQ(s.RootKey(), 0x80000001u) << what;
+        EXPECT_EQ(s.MainBranch(), "Software") << what;
+        EXPECT_EQ(s.AppName(), "MyApplication") << what; // Init stops at the first bad name
     }
 }
 
-TEST_F(AppSettingsTest, EachValueGoesUnderRootBranchCompanyAppAndSection) {
+TEST_F(AppSettingsTest, ValuesGoUnderTheirRootAsTextExceptBooleans) {
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{3});
-    EXPECT_EQ(Raw("AppDecPlaces"), std::make_pair(REG_SZ, std::string("3\0", 2)));
-    EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER).second, "<no key>");
-
+    EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER).second, "<no key>"); // the default root is HKLM
     settings_.SetRootKey(0x80000001);
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{4});
-    EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER).second, std::string("4\0", 2));
-    EXPECT_EQ(Raw("AppDecPlaces").second, std::string("3\0", 2)); // the other root untouched
-}
+    EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER), Sz("4"));
+    settings_.SetRootKey(0x80000002);
 
-TEST_F(AppSettingsTest, ValuesAreWrittenAsTextExceptBooleans) {
     settings_.SaveSetting(kSection, "Text", std::string("Tahoma"));
     settings_.SaveSetting(kSection, "Colour", int64_t{0xFF0000});
     settings_.SaveSetting(kSection, "Spread", 2.6);
     settings_.SaveSetting(kSection, "Tiny", -1.25e-300);
     settings_.SaveSetting(kSection, "Flag", true);
     settings_.SaveSetting(kSection, "Off", false);
-
-    EXPECT_EQ(Raw("Text"), std::make_pair(REG_SZ, std::string("Tahoma\0", 7)));
-    EXPECT_EQ(Raw("Colour").second, std::string("16711680\0", 9));
-    EXPECT_EQ(Raw("Spread").second, std::string("2.6\0", 4));
-    EXPECT_EQ(Raw("Tiny").second, std::string("-1.25e-300\0", 11));
+    EXPECT_EQ(Raw("AppDecPlaces"), Sz("3")); // the other root untouched
+    EXPECT_EQ(Raw("Text"), Sz("Tahoma"));
+    EXPECT_EQ(Raw("Colour"), Sz("16711680"));
+    EXPECT_EQ(Raw("Spread"), Sz("2.6"));
+    EXPECT_EQ(Raw("Tiny"), Sz("-1.25e-300"));
     EXPECT_EQ(Raw("Flag"), std::make_pair(REG_DWORD, std::string("\x01\0\0\0", 4)));
     EXPECT_EQ(Raw("Off"), std::make_pair(REG_DWORD, std::string("\0\0\0\0", 4)));
 }
@@ -150,107 +107,97 @@ TEST_F(AppSettingsTest, ReadsTextAsTextAndABooleanBackAsANumber) {
     settings_.SaveSetting(kSection, "Text", std::string("some text"));
     settings_.SaveSetting(kSection, "Flag", true);
     settings_.SaveSetting(kSection, "Number", 2.6);
+    EXPECT_EQ(Get("Text", std::string("x")), Value(std::string("some text")));
+    EXPECT_EQ(Get("Flag", false), Value(int64_t{1})) << "a Boolean comes back as a number";
+    EXPECT_EQ(Get("Number", 0.0), Value(std::string("2.6")));
 
-    EXPECT_EQ(settings_.GetSetting(kSection, "Text", std::string("x")), CAppSettings::Value(std::string("some text")));
-    const auto flag = settings_.GetSetting(kSection, "Flag", false);
-    ASSERT_TRUE(std::holds_alternative<int64_t>(flag)) << "a Boolean comes back as a number";
-    EXPECT_EQ(std::get<int64_t>(flag), 1);
-    EXPECT_EQ(settings_.GetSetting(kSection, "Number", 0.0), CAppSettings::Value(std::string("2.6")));
+    for (const double v : testing_support::BadValues()) {
+        if (!std::isfinite(v)) continue;
+        settings_.SaveSetting(kSection, "V", v);
+        const auto text = std::get<std::string>(Get("V", std::string()));
+        EXPECT_EQ(std::strtod(text.c_str(), nullptr), v) << text; // the same double
+    }
 }
 
 TEST_F(AppSettingsTest, MissingSectionValueOrOtherTypeGivesTheDefaultUnchanged) {
     settings_.SaveSetting(kSection, "Present", std::string("here"));
     HKEY key = 0;
     ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kKeyPath, 0x3F, &key), ERROR_SUCCESS);
-    const char blob[] = {1, 2, 3};
-    ASSERT_EQ(RegSetValueExA(key, "Binary", REG_BINARY, blob, 3), ERROR_SUCCESS);
+    ASSERT_EQ(RegSetValueExA(key, "Binary", REG_BINARY, "\1\2\3", 3), ERROR_SUCCESS);
     RegCloseKey(key);
 
-    const CAppSettings::Value defaults[] = {std::string("dflt"), 1.5, int64_t{-7}, true, std::string()};
-    for (const auto& d : defaults) {
-        EXPECT_EQ(settings_.GetSetting("Never Written", "Present", d), d);
-        EXPECT_EQ(settings_.GetSetting(kSection, "Absent", d), d);
-        EXPECT_EQ(settings_.GetSetting(kSection, "Binary", d), d);
-        EXPECT_EQ(settings_.GetSetting("\\bad\\\\section", "Present", d), d);
+    for (const Value& d : {Value(std::string("dflt")), Value(1.5), Value(int64_t{-7}), Value(true), Value(std::string())}) {
+        EXPECT_EQ(Get("Present", d, "Never Written"), d);
+        EXPECT_EQ(Get("Absent", d), d);
+        EXPECT_EQ(Get("Binary", d), d);
+        EXPECT_EQ(Get("Present", d, "\\bad\\\\section"), d);
     }
 }
 
 TEST_F(AppSettingsTest, DeleteSettingRemovesOnlyASubkeyLiterallyNamedKey) {
+    const std::string inner = std::string(kSection) + "\\Key";
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{2});
-
-    // No subkey "Key" yet: nothing to delete, and the value is not touched.
-    const auto e = Raised([&] { settings_.DeleteSetting(kSection, "AppDecPlaces"); });
-    EXPECT_EQ(e.Number, N(0x80044282));
-    EXPECT_EQ(e.Source, "Pondera.CAppSetting");
-    EXPECT_EQ(e.Description, "Failed deleting the application setting");
-    EXPECT_EQ(settings_.GetSetting(kSection, "AppDecPlaces", std::string()), CAppSettings::Value(std::string("2")));
-
-    settings_.SaveSetting(std::string(kSection) + "\\Key", "Inner", int64_t{1});
+    settings_.SaveSetting(inner, "Inner", int64_t{1});
     settings_.DeleteSetting(kSection, "AppDecPlaces");
-    EXPECT_EQ(settings_.GetSetting(kSection, "AppDecPlaces", std::string()), CAppSettings::Value(std::string("2")));
-    EXPECT_EQ(settings_.GetSetting(std::string(kSection) + "\\Key", "Inner", int64_t{0}), CAppSettings::Value(int64_t{0}));
+    EXPECT_EQ(Get("AppDecPlaces", std::string()), Value(std::string("2")));
+    EXPECT_EQ(Get("Inner", int64_t{0}, inner), Value(int64_t{0}));
 
     settings_.DeleteSetting(kSection, ""); // the whole section
-    EXPECT_EQ(settings_.GetSetting(kSection, "AppDecPlaces", std::string("gone")),
-              CAppSettings::Value(std::string("gone")));
+    EXPECT_EQ(Get("AppDecPlaces", std::string("gone")), Value(std::string("gone")));
 }
 
 TEST_F(AppSettingsTest, GetAllKeysListsValueNamesInWrittenOrder) {
-    for (const char* name : {"AppBackColor", "AppXTicks", "A rather long setting name indeed"})
-        settings_.SaveSetting(kSection, name, int64_t{1});
+    const std::vector<std::string> names = {"AppBackColor", "AppXTicks", "A rather long setting name indeed"};
+    for (const auto& name : names) settings_.SaveSetting(kSection, name, int64_t{1});
     std::vector<std::string> keys = {"stale", "entries", "here", "and", "more"};
     settings_.GetAllKeys(kSection, keys);
-    EXPECT_EQ(keys, (std::vector<std::string>{"AppBackColor", "AppXTicks", "A rather long setting name indeed"}));
-
-    const auto e = Raised([&] { settings_.GetAllKeys("Never Written", keys); });
-    EXPECT_EQ(e.Number, N(0x80044283));
-    EXPECT_EQ(e.Source, "Pondera.CAppSetting");
-    EXPECT_EQ(e.Description, "Failed getting all the application keys");
+    EXPECT_EQ(keys, names);
 }
 
-TEST_F(AppSettingsTest, SavingToAStoreThatCannotBeWrittenRaisesAndReadsGiveDefaults) {
-    std::ofstream(dir_ / "blocker") << "x";
-    setenv("PONDERA_REGISTRY", (dir_ / "blocker" / "registry.sqlite3").c_str(), 1);
+TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
+    settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{2});
+    std::vector<std::string> keys;
+    const auto unwritable = [&] {
+        std::ofstream(dir_ / "blocker") << "x";
+        setenv("PONDERA_REGISTRY", (dir_ / "blocker" / "registry.sqlite3").c_str(), 1);
+        Reopen();
+        settings_.SaveSetting(kSection, "AppXTicks", int64_t{5});
+    };
+    const std::tuple<const char*, std::function<void()>, uint32_t, const char*> cases[] = {
+        {"delete without a subkey Key", [&] { settings_.DeleteSetting(kSection, "AppDecPlaces"); },
+         0x80044282, "Failed deleting the application setting"},
+        {"keys of a section never written", [&] { settings_.GetAllKeys("Never Written", keys); },
+         0x80044283, "Failed getting all the application keys"},
+        {"leading backslash", [&] { settings_.SaveSetting("\\Leading", "X", int64_t{1}); },
+         0x80044281, "Failed saving the application setting"},
+        {"doubled backslash", [&] { settings_.SaveSetting("Doubled\\\\Slash", "X", int64_t{1}); },
+         0x80044281, "Failed saving the application setting"},
+        {"section name too long", [&] { settings_.SaveSetting(std::string(300, 's'), "X", int64_t{1}); },
+         0x80044281, "Failed saving the application setting"},
+        {"store that cannot be written", unwritable, 0x80044281, "Failed saving the application setting"},
+    };
+    for (const auto& [what, operation, number, description] : cases) {
+        const auto e = Raised(operation);
+        EXPECT_EQ(e.Number, static_cast<int32_t>(number)) << what;
+        EXPECT_EQ(e.Source, "Pondera.CAppSetting") << what;
+        EXPECT_EQ(e.Description, description) << what;
+    }
+    // Nothing was deleted, and the unwritable store still reads as defaults.
+    EXPECT_EQ(Get("AppXTicks", 2.0), Value(2.0));
     Reopen();
-    const auto e = Raised([&] { settings_.SaveSetting(kSection, "AppXTicks", int64_t{5}); });
-    EXPECT_EQ(e.Number, N(0x80044281));
-    EXPECT_EQ(e.Source, "Pondera.CAppSetting");
-    EXPECT_EQ(e.Description, "Failed saving the application setting");
-    EXPECT_EQ(settings_.GetSetting(kSection, "AppXTicks", 2.0), CAppSettings::Value(2.0));
-}
-
-TEST_F(AppSettingsTest, ABadSectionNameFailsTheSaveWithItsError) {
-    for (const std::string& section : std::vector<std::string>{"\\Leading", "Doubled\\\\Slash", std::string(300, 's')}) {
-        const auto e = Raised([&] { settings_.SaveSetting(section, "X", int64_t{1}); });
-        EXPECT_EQ(e.Number, N(0x80044281)) << section;
-    }
-}
-
-TEST_F(AppSettingsTest, NumbersReadBackAsTheSameDouble) {
-    for (const double v : testing_support::BadValues()) {
-        if (!std::isfinite(v)) continue;
-        settings_.SaveSetting(kSection, "V", v);
-        const auto text = std::get<std::string>(settings_.GetSetting(kSection, "V", std::string()));
-        EXPECT_EQ(std::strtod(text.c_str(), nullptr), v) << text;
-    }
+    setenv("PONDERA_REGISTRY", StorePath().c_str(), 1);
+    EXPECT_EQ(Get("AppDecPlaces", std::string()), Value(std::string("2")));
 }
 
 TEST_F(AppSettingsTest, SettingsSurviveARestartOfTheProcess) {
     settings_.SaveSetting(kSection, "AppYTicks", int64_t{9});
-    const pid_t pid = fork();
-    if (pid == 0) {
+    EXPECT_EQ(settings_test::InChild([] {
         // A new process: its own connection and a settings object named anew.
-        AbandonAfterFork();
         CAppSettings again;
         again.Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
-        const bool seen = again.GetSetting(kSection, "AppYTicks", std::string()) ==
-                          CAppSettings::Value(std::string("9"));
+        const bool seen = again.GetSetting(kSection, "AppYTicks", std::string()) == Value(std::string("9"));
         again.SaveSetting(kSection, "FromChild", std::string("hello"));
-        _exit(seen ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_EQ(settings_.GetSetting(kSection, "FromChild", std::string()), CAppSettings::Value(std::string("hello")));
+        return seen ? 0 : 1;
+    }), 0);
+    EXPECT_EQ(Get("FromChild", std::string()), Value(std::string("hello")));
 }

@@ -3,47 +3,26 @@
 #include "settings/DisplayOptions.h"
 
 #include "settings/CAppSettings.h"
-#include "settings/RegistryStore.h"
-#include "tests/helpers/TestSupport.h"
+#include "tests/settings/StoreFixture.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <optional>
-#include <string>
-#include <unistd.h>
 
-namespace fs = std::filesystem;
 using namespace DisplayOptions;
 
 namespace {
 
-class DisplayOptionsTest : public testing_support::RecordingTest {
+class DisplayOptionsTest : public settings_test::StoreTest {
 protected:
     void SetUp() override {
-        RecordingTest::SetUp();
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        file_ = fs::temp_directory_path() /
-                ("pondera-options-" + std::to_string(getpid()) + "-" + info->name() + ".sqlite3");
-        const char* old = std::getenv("PONDERA_REGISTRY");
-        savedStore_ = old ? old : "";
-        setenv("PONDERA_REGISTRY", file_.c_str(), 1);
-        RegistryStore::Reopen();
+        StoreTest::SetUp();
         AppSettings().Init(kCompanyName, kAppName);
         SetDefaults();
     }
     void TearDown() override {
-        RegistryStore::Reopen();
-        setenv("PONDERA_REGISTRY", savedStore_.c_str(), 1);
-        std::error_code ec;
-        for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(file_.string() + suffix, ec);
+        StoreTest::TearDown();
         SetDefaults();
     }
-    static void Store(const char* key, const std::string& text) {
-        AppSettings().SaveSetting(kSection, key, text);
-    }
-
-    fs::path file_;
-    std::string savedStore_;
+    static void Store(const char* key, const std::string& text) { AppSettings().SaveSetting(kSection, key, text); }
 };
 
 // The twelve values at once, for comparing whole option sets.
@@ -80,39 +59,26 @@ TEST_F(DisplayOptionsTest, LoadsEveryKeyAsTheDialogStoresIt) {
         {kAppXMax, "1e3"},           {kAppDisplay, "0"},         {kAppRangeMode, "1"}};
     for (const auto& [key, text] : stored) Store(key, text);
     Load();
-    const Snapshot expected = {0xC0C0C0, 0x00FF00, 0x000000, 8, 3, 2, 1, 3.5, -12.75, 1000.0, false, true};
-    EXPECT_EQ(Now(), expected);
-}
-
-TEST_F(DisplayOptionsTest, OptionsSurviveARestart) {
-    Store(kAppDecPlaces, "4");
-    Store(kAppNumStDev, "1.5");
-    RegistryStore::Reopen(); // as a new run of the program would find the file
-    SetDefaults();
-    Load();
-    EXPECT_EQ(AppDecPlaces, 4);
-    EXPECT_EQ(AppNumStDev, 1.5);
+    EXPECT_EQ(Now(), (Snapshot{0xC0C0C0, 0x00FF00, 0x000000, 8, 3, 2, 1, 3.5, -12.75, 1000.0, false, true}));
 }
 
 TEST_F(DisplayOptionsTest, FlagsChangeOnlyForAStoredZeroOrOne) {
-    struct Case {
-        const char* stored;
-        bool startDisplay;
-        bool expected;
-    };
-    const Case cases[] = {
-        {"0", true, false}, {"1", false, true},   {"5", true, true},  {"5", false, false},
-        {"-1", true, true}, {"yes", false, false}, {"", true, true}, {"1.0", false, true},
+    const std::tuple<const char*, bool, bool> cases[] = {
+        {"0", true, false},   {"1", false, true},    {"5", true, true}, {"5", false, false},
+        {"-1", true, true},   {"yes", false, false}, {"", true, true},  {"1.0", false, true},
         {" 0 ", true, false}, {"0.5", true, true}};
-    for (const auto& c : cases) {
-        Store(kAppDisplay, c.stored);
-        Store(kAppRangeMode, c.stored);
-        AppDisplay = c.startDisplay;
-        AppRangeMode = c.startDisplay;
+    for (const auto& [stored, start, expected] : cases) {
+        Store(kAppDisplay, stored);
+        Store(kAppRangeMode, stored);
+        AppDisplay = AppRangeMode = start;
         Load();
-        EXPECT_EQ(AppDisplay, c.expected) << '"' << c.stored << '"';
-        EXPECT_EQ(AppRangeMode, c.expected) << '"' << c.stored << '"';
+        EXPECT_EQ(AppDisplay, expected) << '"' << stored << '"';
+        EXPECT_EQ(AppRangeMode, expected) << '"' << stored << '"';
     }
+    AppSettings().SaveSetting(kSection, kAppDisplay, false); // a Boolean stored as REG_DWORD 0
+    AppDisplay = true;
+    Load();
+    EXPECT_FALSE(AppDisplay);
 }
 
 TEST_F(DisplayOptionsTest, AStoredValueThatIsNoNumberOrOutOfReachKeepsTheDefault) {
@@ -133,38 +99,24 @@ TEST_F(DisplayOptionsTest, AStoredValueThatIsNoNumberOrOutOfReachKeepsTheDefault
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
-TEST_F(DisplayOptionsTest, ABooleanStoredAsANumberIsReadToo) {
-    AppSettings().SaveSetting(kSection, kAppDisplay, false); // REG_DWORD 0
-    Load();
-    EXPECT_FALSE(AppDisplay);
-}
-
 TEST_F(DisplayOptionsTest, DecimalPlacesAtProgramStart) {
     LoadDecPlaces();
     EXPECT_EQ(AppDecPlaces, 6); // nothing stored: unchanged
-    for (const char* ignored : {"", "abc", "9"}) {
-        Store(kAppDecPlaces, ignored);
+    for (const char* stored : {"", "abc", "9", "3"}) {
+        Store(kAppDecPlaces, stored);
         LoadDecPlaces();
-        EXPECT_EQ(AppDecPlaces, 6) << ignored;
+        EXPECT_EQ(AppDecPlaces, stored[0] == '3' ? 3 : 6) << stored;
     }
-    Store(kAppDecPlaces, "3");
-    LoadDecPlaces();
-    EXPECT_EQ(AppDecPlaces, 3);
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(DisplayOptionsTest, PatternIsTheDecimalPatternWithExponentInScientificDisplay) {
-    struct Case {
-        int16_t places;
-        bool scientific;
-        const char* expected;
-    };
-    const Case cases[] = {{0, false, "0"},        {0, true, "0E+00"},       {2, false, "0.00"},
-                          {2, true, "0.00E+00"},  {6, false, "0.000000"},   {6, true, "0.000000E+00"}};
-    for (const auto& c : cases) {
-        AppDecPlaces = c.places;
-        AppDisplay = c.scientific;
-        EXPECT_EQ(Pattern(), c.expected) << c.places << ' ' << c.scientific;
+    const std::tuple<int16_t, bool, const char*> cases[] = {
+        {0, false, "0"}, {0, true, "0E+00"}, {2, false, "0.00"}, {6, true, "0.000000E+00"}};
+    for (const auto& [places, scientific, expected] : cases) {
+        AppDecPlaces = places;
+        AppDisplay = scientific;
+        EXPECT_EQ(Pattern(), expected) << places << ' ' << scientific;
     }
 }
 
@@ -172,9 +124,7 @@ TEST_F(DisplayOptionsTest, FieldChecksOfTheDialog) {
     using Num = std::optional<double>;
     EXPECT_EQ(NumStDevFrom("2.6"), Num(2.6));
     EXPECT_EQ(NumStDevFrom("1e-3"), Num(0.001));
-    for (const char* bad : {"0", "-1", "", "abc", "0.0", "inf"})
-        EXPECT_EQ(NumStDevFrom(bad), std::nullopt) << bad;
-
+    for (const char* bad : {"0", "-1", "", "abc", "0.0", "inf"}) EXPECT_EQ(NumStDevFrom(bad), std::nullopt) << bad;
     EXPECT_EQ(RangeEndFrom("-12.5"), Num(-12.5));
     EXPECT_EQ(RangeEndFrom("0"), Num(0.0));
     for (const char* bad : {"", "x", "1,5", "nan"}) EXPECT_EQ(RangeEndFrom(bad), std::nullopt) << bad;
@@ -183,6 +133,5 @@ TEST_F(DisplayOptionsTest, FieldChecksOfTheDialog) {
     EXPECT_EQ(TicksFrom("1"), Ticks(1));
     EXPECT_EQ(TicksFrom("3.0"), Ticks(3));
     EXPECT_EQ(TicksFrom("32767"), Ticks(32767));
-    for (const char* bad : {"0", "-2", "2.5", "32768", "", "five", "1e10"})
-        EXPECT_EQ(TicksFrom(bad), std::nullopt) << bad;
+    for (const char* bad : {"0", "-2", "2.5", "32768", "", "five", "1e10"}) EXPECT_EQ(TicksFrom(bad), std::nullopt) << bad;
 }

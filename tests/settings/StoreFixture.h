@@ -1,0 +1,89 @@
+// A private store file and error log per test, the environment put back after.
+#pragma once
+
+#include "settings/RegistryStore.h"
+#include "tests/helpers/TestSupport.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace settings_test {
+
+namespace fs = std::filesystem;
+
+class StoreTest : public testing_support::RecordingTest {
+protected:
+    void SetUp() override {
+        RecordingTest::SetUp();
+        dir_ = fs::temp_directory_path() /
+               ("pondera-store-" + std::to_string(getpid()) + "-" +
+                ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(dir_);
+        fs::create_directories(dir_);
+        for (const char* name : {"PONDERA_REGISTRY", "PONDERA_ERROR_LOG"}) {
+            const char* v = std::getenv(name);
+            saved_.emplace_back(name, v ? v : "");
+        }
+        setenv("PONDERA_REGISTRY", StorePath().c_str(), 1);
+        setenv("PONDERA_ERROR_LOG", (dir_ / "errorlog.txt").c_str(), 1);
+        RegistryStore::Reopen();
+    }
+    void TearDown() override {
+        RegistryStore::Reopen();
+        for (const auto& [name, value] : saved_)
+            value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
+        std::error_code ec;
+        fs::permissions(dir_, fs::perms::owner_all, ec);
+        fs::remove_all(dir_, ec);
+    }
+    std::string StorePath() const { return (dir_ / "registry.sqlite3").string(); }
+    static std::string FileText(const fs::path& p) {
+        std::ifstream in(p, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+    std::string LogText() const { return FileText(dir_ / "errorlog.txt"); }
+    // Store files moved aside as damaged (not their WAL companions).
+    std::vector<fs::path> MovedAside() const {
+        std::vector<fs::path> found;
+        for (const auto& entry : fs::directory_iterator(dir_)) {
+            const std::string name = entry.path().filename().string();
+            if (name.rfind("registry.sqlite3.damaged-", 0) == 0 &&
+                !name.ends_with("-wal") && !name.ends_with("-shm"))
+                found.push_back(entry.path());
+        }
+        return found;
+    }
+
+    fs::path dir_;
+
+private:
+    std::vector<std::pair<std::string, std::string>> saved_;
+};
+
+// Starts body in a child process with its own store connection; returns its pid.
+inline pid_t Spawn(const std::function<int()>& body) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+        RegistryStore::AbandonAfterFork();
+        _exit(body());
+    }
+    return pid;
+}
+
+// The child's exit status (0 = success).
+inline int Wait(pid_t pid) {
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+inline int InChild(const std::function<int()>& body) { return Wait(Spawn(body)); }
+
+} // namespace settings_test

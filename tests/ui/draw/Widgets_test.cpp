@@ -63,13 +63,8 @@ TEST(MarkerShape, KeepsFractionalPositionAndItsVisibleFlag) {
     EXPECT_DOUBLE_EQ(marker.Left(), 100.4);
     EXPECT_DOUBLE_EQ(marker.Top(), 3.6);
     EXPECT_EQ(marker.pos(), QPoint(100, 4));
-    EXPECT_EQ(marker.Width(), 11);
-    EXPECT_EQ(marker.Height(), 9);
-    // The strip is hidden, yet the marker remembers it should show.
     marker.SetVisible(true);
-    EXPECT_TRUE(marker.Visible());
-    marker.SetVisible(false);
-    EXPECT_FALSE(marker.Visible());
+    EXPECT_TRUE(marker.Visible()); // though the strip itself is hidden
     marker.SetLeft(1e300); // a limit dragged far off: out of sight, no failure
     EXPECT_DOUBLE_EQ(marker.Left(), 1e300);
     EXPECT_TRUE(marker.testAttribute(Qt::WA_TransparentForMouseEvents));

@@ -15,9 +15,6 @@ TEST(ColorPickerTest, HoldsAColourInBlueGreenRedOrderAndSignalsChanges) {
     EXPECT_EQ(changed[0][0].value<uint32_t>(), 0x0000FFu);
     EXPECT_EQ(changed[1][0].value<uint32_t>(), 0x00FF00u);
     EXPECT_EQ(picker.Color(), 0x00FF00u);
-
-    picker.SetTitle("Select Background Color");
-    EXPECT_EQ(picker.Title(), "Select Background Color");
 }
 
 TEST(ColorPickerTest, TheSwatchShowsTheColour) {

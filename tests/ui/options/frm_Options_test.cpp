@@ -5,9 +5,8 @@
 
 #include "settings/CAppSettings.h"
 #include "settings/DisplayOptions.h"
-#include "settings/RegistryStore.h"
 #include "support/ErrorTrap.h"
-#include "tests/helpers/TestSupport.h"
+#include "tests/settings/StoreFixture.h"
 #include "ui/options/ColorPicker.h"
 #include "ui/options/SpinButton.h"
 
@@ -20,38 +19,19 @@
 #include <QTest>
 #include <QToolButton>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <unistd.h>
-#include <vector>
-
-namespace fs = std::filesystem;
 using namespace DisplayOptions;
 
 namespace {
 
-class OptionsDialogTest : public testing_support::RecordingTest {
+class OptionsDialogTest : public settings_test::StoreTest {
 protected:
     void SetUp() override {
-        RecordingTest::SetUp();
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = fs::temp_directory_path() / ("pondera-dialog-" + std::to_string(getpid()) + "-" + info->name());
-        fs::remove_all(dir_);
-        fs::create_directories(dir_);
-        const char* old = std::getenv("PONDERA_REGISTRY");
-        savedStore_ = old ? old : "";
-        setenv("PONDERA_REGISTRY", (dir_ / "registry.sqlite3").c_str(), 1);
-        RegistryStore::Reopen();
+        StoreTest::SetUp();
         AppSettings().Init(kCompanyName, kAppName);
         SetDefaults();
     }
     void TearDown() override {
-        RegistryStore::Reopen();
-        setenv("PONDERA_REGISTRY", savedStore_.c_str(), 1);
-        std::error_code ec;
-        fs::remove_all(dir_, ec);
+        StoreTest::TearDown();
         SetDefaults();
     }
 
@@ -84,10 +64,10 @@ protected:
     static void Settle() {
         for (int i = 0; i < 3; ++i) QApplication::processEvents();
     }
-
-    fs::path dir_;
-    std::string savedStore_;
 };
+
+const std::string kTicksMessage = "Number of X Ticks must be an integer greater or equal to one.";
+const std::string kStDevMessage = "Number of standard deviations must greater than zero.";
 
 } // namespace
 
@@ -103,9 +83,7 @@ TEST_F(OptionsDialogTest, FormLoadShowsTheOptionsInMemory) {
     AppBackColor = 0x123456;
     frm_Options dialog;
 
-    ASSERT_EQ(dialog.dd_Decimal->count(), 7);
-    for (int i = 0; i < 7; ++i) EXPECT_EQ(dialog.dd_Decimal->itemText(i), QString::number(i));
-    EXPECT_EQ(dialog.dd_Decimal->currentIndex(), 2);
+    EXPECT_EQ(dialog.dd_Decimal->currentText(), "2");
     EXPECT_EQ(dialog.tb_NumStDev->text(), "3.25");
     EXPECT_EQ(dialog.tb_XTicks->text(), "7");
     EXPECT_EQ(dialog.sb_XTicks->Value(), 7);
@@ -116,9 +94,6 @@ TEST_F(OptionsDialogTest, FormLoadShowsTheOptionsInMemory) {
     EXPECT_TRUE(dialog.ob_Decimal->isChecked());
     EXPECT_TRUE(dialog.ob_Endpoints->isChecked());
     EXPECT_EQ(dialog.cp_Background->Color(), 0x123456u);
-    EXPECT_EQ(dialog.cp_Background->Title(), "Select Background Color");
-    EXPECT_EQ(dialog.cp_InSpec->Title(), "Select In Specification Color");
-    EXPECT_EQ(dialog.cp_OutSpec->Title(), "Select Out of Specification Color");
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
@@ -157,18 +132,11 @@ TEST_F(OptionsDialogTest, EqualEndpointsAreAppliedInTheFixedOrder) {
     EXPECT_EQ(StoredKeys(), (std::vector<std::string>{kAppBackColor, kAppInSpecColor, kAppOutSpecColor,
                                                       kAppXTicks, kAppYTicks, kAppDecPlaces, kAppXRange,
                                                       kAppXMin, kAppXMax, kAppDisplay, kAppRangeMode}));
-    EXPECT_EQ(Stored(kAppInSpecColor), "65280");
-    EXPECT_EQ(Stored(kAppDecPlaces), "3");
-    EXPECT_EQ(Stored(kAppXRange), "1");
-    EXPECT_EQ(Stored(kAppXMin), "5");
-    EXPECT_EQ(Stored(kAppXMax), "5");
-    EXPECT_EQ(Stored(kAppDisplay), "0");
-    EXPECT_EQ(Stored(kAppRangeMode), "1");
-    EXPECT_EQ(AppXMin, 5.0);
-    EXPECT_EQ(AppXMax, 5.0);
-    EXPECT_EQ(AppXRange, 1);
-    EXPECT_TRUE(AppRangeMode);
-    EXPECT_FALSE(AppDisplay);
+    std::vector<std::string> stored;
+    for (const char* key : {kAppInSpecColor, kAppDecPlaces, kAppXRange, kAppXMin, kAppXMax, kAppDisplay, kAppRangeMode})
+        stored.push_back(Stored(key));
+    EXPECT_EQ(stored, (std::vector<std::string>{"65280", "3", "1", "5", "5", "0", "1"}));
+    EXPECT_TRUE(AppXMin == 5.0 && AppXMax == 5.0 && AppXRange == 1 && AppRangeMode && !AppDisplay);
     EXPECT_EQ(AppDecPlaces, 3);
     EXPECT_EQ(AppInSpecColor, 0x00FF00u);
 }
@@ -194,38 +162,26 @@ TEST_F(OptionsDialogTest, StandardDeviationModeNeitherReadsNorStoresTheEndpoints
     EXPECT_EQ(AppNumStDev, 3.0);
 }
 
-TEST_F(OptionsDialogTest, AYTickBoxOfZeroShowsTheMessageThatNamesXTicks) {
-    frm_Options dialog;
-    ShowActive(dialog);
-    Type(dialog.tb_YTicks, "0");
-    QTest::keyClick(dialog.tb_YTicks, Qt::Key_Tab);
-    Settle();
-
-    ASSERT_EQ(MessageTexts(), std::vector<std::string>{"Number of X Ticks must be an integer greater or equal to one."});
-    EXPECT_EQ(Rec().Messages[0].Title, "Pondera");
-    EXPECT_EQ(QApplication::focusWidget(), dialog.tb_YTicks); // the focus came back
-    EXPECT_EQ(dialog.tb_YTicks->selectedText(), "0");
-}
-
 TEST_F(OptionsDialogTest, EachBoxChecksItsTextWhenItLosesTheFocus) {
     struct Case {
         const char* name;
         QLineEdit* frm_Options::*box;
         const char* text;
-        const char* message; // empty: accepted
+        std::string message; // empty: accepted
     };
     const Case cases[] = {
-        {"st.dev. zero", &frm_Options::tb_NumStDev, "0", "Number of standard deviations must greater than zero."},
-        {"st.dev. text", &frm_Options::tb_NumStDev, "two", "Number of standard deviations must greater than zero."},
+        {"st.dev. zero", &frm_Options::tb_NumStDev, "0", kStDevMessage},
+        {"st.dev. text", &frm_Options::tb_NumStDev, "two", kStDevMessage},
         {"st.dev. fine", &frm_Options::tb_NumStDev, "0.5", ""},
         {"minimum text", &frm_Options::tb_XMin, "low", "Display range minimum must be a number."},
         {"minimum empty", &frm_Options::tb_XMin, "", "Display range minimum must be a number."},
         {"minimum fine", &frm_Options::tb_XMin, "-3.5", ""},
         {"maximum text", &frm_Options::tb_XMax, "1..2", "Display range maximum must be a number."},
         {"maximum fine", &frm_Options::tb_XMax, "1e3", ""},
-        {"x ticks fraction", &frm_Options::tb_XTicks, "2.5", "Number of X Ticks must be an integer greater or equal to one."},
-        {"x ticks huge", &frm_Options::tb_XTicks, "99999", "Number of X Ticks must be an integer greater or equal to one."},
-        {"y ticks negative", &frm_Options::tb_YTicks, "-1", "Number of X Ticks must be an integer greater or equal to one."},
+        {"x ticks fraction", &frm_Options::tb_XTicks, "2.5", kTicksMessage},
+        {"x ticks huge", &frm_Options::tb_XTicks, "99999", kTicksMessage},
+        {"y ticks negative", &frm_Options::tb_YTicks, "-1", kTicksMessage},
+        {"y ticks zero names X ticks", &frm_Options::tb_YTicks, "0", kTicksMessage},
     };
     AppRangeMode = true; // the end point boxes are enabled
     for (const auto& c : cases) {
@@ -236,14 +192,16 @@ TEST_F(OptionsDialogTest, EachBoxChecksItsTextWhenItLosesTheFocus) {
         ShowActive(dialog);
         QLineEdit* box = dialog.*c.box;
         Type(box, c.text);
-        dialog.cp_Background->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(box, Qt::Key_Tab);
         Settle();
-        if (*c.message) {
-            EXPECT_EQ(MessageTexts(), std::vector<std::string>{c.message}) << c.name;
-            EXPECT_EQ(QApplication::focusWidget(), box) << c.name;
+        EXPECT_EQ(MessageTexts(), c.message.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.message})
+            << c.name;
+        if (c.message.empty()) {
+            EXPECT_NE(QApplication::focusWidget(), box) << c.name;
         } else {
-            EXPECT_TRUE(Rec().Messages.empty()) << c.name;
-            EXPECT_EQ(QApplication::focusWidget(), dialog.cp_Background) << c.name;
+            EXPECT_EQ(Rec().Messages[0].Title, "Pondera");
+            EXPECT_EQ(QApplication::focusWidget(), box) << c.name; // the focus came back
+            EXPECT_EQ(box->selectedText(), c.text) << c.name;
         }
     }
 }
@@ -260,37 +218,23 @@ TEST_F(OptionsDialogTest, TwoBadBoxesDoNotPassTheFocusBackAndForth) {
     EXPECT_EQ(QApplication::focusWidget(), dialog.tb_XMin);
 }
 
-TEST_F(OptionsDialogTest, LeavingABadBoxForCancelIsNotChecked) {
-    frm_Options dialog;
-    ShowActive(dialog);
-    Type(dialog.tb_XTicks, "x");
-    QTest::mouseClick(dialog.but_Cancel, Qt::LeftButton);
-    Settle();
-    EXPECT_TRUE(Rec().Messages.empty());
-    EXPECT_FALSE(dialog.isVisible());
-    EXPECT_EQ(dialog.tb_XTicks->text(), "5"); // put back as shown
-}
-
-TEST_F(OptionsDialogTest, ApplyWithABadTickCountShowsItsMessageAndStoresNothing) {
-    frm_Options dialog;
-    ShowActive(dialog);
-    Type(dialog.tb_XTicks, "0");
-    QTest::keyClick(dialog.tb_XTicks, Qt::Key_Return); // the default button: Apply
-    Settle();
-    EXPECT_EQ(MessageTexts(), std::vector<std::string>{"Number of X Ticks must be an integer greater or equal to one."});
-    EXPECT_TRUE(StoredKeys().empty());
-    EXPECT_EQ(AppXTicks, 5);
-}
-
-TEST_F(OptionsDialogTest, ClickingApplyStraightFromABadBoxShowsOneMessage) {
-    frm_Options dialog;
-    ShowActive(dialog);
-    Type(dialog.tb_NumStDev, "-1");
-    QTest::mouseClick(dialog.but_Apply, Qt::LeftButton); // focus moves, then the click
-    Settle();
-    EXPECT_EQ(MessageTexts(), std::vector<std::string>{"Number of standard deviations must greater than zero."});
-    EXPECT_TRUE(StoredKeys().empty());
-    EXPECT_EQ(QApplication::focusWidget(), dialog.tb_NumStDev);
+TEST_F(OptionsDialogTest, ApplyFromABadBoxShowsOneMessageAndStoresNothing) {
+    for (const bool byEnter : {true, false}) {
+        Rec().Clear();
+        frm_Options dialog;
+        ShowActive(dialog);
+        QLineEdit* box = byEnter ? dialog.tb_XTicks : dialog.tb_NumStDev;
+        Type(box, byEnter ? "0" : "-1");
+        if (byEnter)
+            QTest::keyClick(box, Qt::Key_Return); // the default button: Apply
+        else
+            QTest::mouseClick(dialog.but_Apply, Qt::LeftButton); // focus moves, then the click
+        Settle();
+        EXPECT_EQ(MessageTexts(), std::vector<std::string>{byEnter ? kTicksMessage : kStDevMessage});
+        EXPECT_TRUE(StoredKeys().empty());
+        EXPECT_EQ(QApplication::focusWidget(), box);
+        EXPECT_EQ(AppXTicks, 5);
+    }
 }
 
 TEST_F(OptionsDialogTest, ApplyKeepsTheDialogOpenAndCancelThenKeepsWhatWasApplied) {
@@ -303,7 +247,7 @@ TEST_F(OptionsDialogTest, ApplyKeepsTheDialogOpenAndCancelThenKeepsWhatWasApplie
     EXPECT_EQ(AppXTicks, 9);
 
     Type(dialog.tb_XTicks, "3"); // changed, not applied
-    QTest::mouseClick(dialog.but_Cancel, Qt::LeftButton);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_EQ(AppXTicks, 9);
     EXPECT_EQ(Stored(kAppXTicks), "9");
@@ -324,9 +268,13 @@ TEST_F(OptionsDialogTest, CancelPutsBackTheFieldsTheWindowHadWritten) {
     Type(dialog.tb_XMin, "-100");
     dialog.dd_Decimal->setCurrentIndex(1);
     dialog.cp_OutSpec->SetColor(0x00FFFF);
-    QTest::keyClick(&dialog, Qt::Key_Escape);
+    Type(dialog.tb_XTicks, "x"); // a bad box left for Cancel is not checked
+    QTest::mouseClick(dialog.but_Cancel, Qt::LeftButton);
+    Settle();
 
+    EXPECT_TRUE(Rec().Messages.empty());
     EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(dialog.tb_XTicks->text(), "5");
     EXPECT_EQ(dialog.tb_XMin->text(), "-2.600000");
     EXPECT_EQ(dialog.dd_Decimal->currentIndex(), 6);
     EXPECT_TRUE(dialog.ob_StDev->isChecked());

@@ -6,9 +6,9 @@
 #include "tests/engine/EngineReference.h"
 #include "tests/helpers/TestSupport.h"
 
+#include <array>
 #include <cmath>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -17,107 +17,87 @@ using engine_ref::Rel;
 
 class PercentCertaintyTest : public testing_support::RecordingTest {
 protected:
-    void Use(int code, double p1, double p2, double p3 = 0, double p4 = 0) {
+    // The distribution and limits as the window sets them.
+    void Use(int code, std::array<double, 4> p, double lsl = 0, double usl = 0) {
         CurrentDistribution = code;
-        Param1 = p1;
-        Param2 = p2;
-        Param3 = p3;
-        Param4 = p4;
+        Param1 = p[0], Param2 = p[1], Param3 = p[2], Param4 = p[3];
+        LSL = lsl, USL = usl;
     }
 };
 
 TEST_F(PercentCertaintyTest, CalculatorNameFollowsTheCode) {
-    const std::vector<std::pair<int, const char*>> rows = {
-        {1, "Normal"},  {2, "Triangular"}, {3, "Exponential"}, {4, "Lognormal"}, {5, "Weibull"},
-        {6, "Uniform"}, {7, "Johnson"},    {8, "Johnson"},     {9, "Johnson"},   {0, "Johnson"}};
-    for (const auto& [code, name] : rows) EXPECT_EQ(CalculatorName(code), name) << code;
+    const char* names[] = {"Johnson", "Normal",  "Triangular", "Exponential", "Lognormal",
+                           "Weibull", "Uniform", "Johnson",    "Johnson",     "Johnson"};
+    for (int code = 0; code <= 9; ++code) EXPECT_EQ(CalculatorName(code), names[code]) << code;
 }
 
-TEST_F(PercentCertaintyTest, NormalThreeSigmaFigures) {
-    Use(1, 0, 1);
-    LSL = -3;
-    USL = 3;
-    const double lower = CalcLSLPNC(), upper = CalcUSLPNC();
-    EXPECT_EQ(support::Format(lower, "0.00000000"), "0.00134990");
-    EXPECT_LE(Rel(lower, engine_ref::NormalLower(-3)), 1e-14);
-    EXPECT_DOUBLE_EQ(upper, lower);
-    EXPECT_EQ(support::Format(lower + upper, "0.0000"), "0.0027");
-}
-
-TEST_F(PercentCertaintyTest, UpperTailKeepsItsDigitsFarOut) {
-    Use(1, 0, 1);
-    USL = 9;
+TEST_F(PercentCertaintyTest, TailsKeepTheirDigitsFarOut) {
+    Use(1, {0, 1}, -3, 3);
+    EXPECT_EQ(support::Format(CalcLSLPNC(), "0.00000000"), "0.00134990");
+    EXPECT_LE(Rel(CalcLSLPNC(), engine_ref::NormalLower(-3)), 1e-14);
+    EXPECT_EQ(CalcUSLPNC(), CalcLSLPNC());
+    EXPECT_EQ(support::Format(CalcLSLPNC() + CalcUSLPNC(), "0.0000"), "0.0027");
+    // 1 - Phi(9) = 1.1285884059538e-19 (A&S 26.2, extended), both tails.
+    Use(1, {0, 1}, -9, 9);
     EXPECT_LE(Rel(CalcUSLPNC(), 1.128588405953840647735e-19L), 1e-13);
-    LSL = -9;
     EXPECT_LE(Rel(CalcLSLPNC(), 1.128588405953840647735e-19L), 1e-13);
+    EXPECT_EQ(support::Format(CalcUSLPNC(), "0.000000E+00"), "1.128588E-19");
     // Exponential: P(X > x) = exp(-rate (x - min)) down to 1e-300.
-    Use(3, 0.5, 10);
-    USL = 10 + 2 * 690.0;
+    Use(3, {0.5, 10}, 0, 10 + 2 * 690.0);
     EXPECT_LE(Rel(CalcUSLPNC(), std::exp(-690.0L)), 1e-13);
     // Johnson SU (code 8) far in its upper tail.
-    Use(8, 2, 0.5, 1.5, -1);
-    USL = 1e6;
-    const long double z = 0.5L + 2 * std::asinh((1e6L + 1) / 1.5L);
-    EXPECT_LE(Rel(CalcUSLPNC(), engine_ref::NormalUpper(z)), 1e-12);
+    Use(8, {2, 0.5, 1.5, -1}, 0, 1e6);
+    EXPECT_LE(Rel(CalcUSLPNC(), engine_ref::NormalUpper(0.5L + 2 * std::asinh((1e6L + 1) / 1.5L))), 1e-12);
+    EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(PercentCertaintyTest, LogNormalLimitsAtOrBelowTheThreshold) {
-    Use(4, 0, 1, 5);
-    LSL = 5;
-    EXPECT_EQ(CalcLSLPNC(), 0);
-    LSL = 4;
-    EXPECT_EQ(CalcLSLPNC(), 0);
-    USL = 4;
-    EXPECT_EQ(CalcUSLPNC(), 1);
-    EXPECT_EQ(m_Distributions::PNC_USL("Lognormal", 4, 0, 1, 5, 0), 0);
-    USL = 5 + std::exp(1.0);
+    for (double limit : {5.0, 4.0}) {
+        Use(4, {0, 1, 5}, limit, limit);
+        EXPECT_EQ(CalcLSLPNC(), 0) << limit; // exactly
+        EXPECT_EQ(CalcUSLPNC(), 1) << limit;
+        EXPECT_EQ(m_Distributions::PNC_USL("Lognormal", limit, 0, 1, 5, 0), 0);
+    }
+    Use(4, {0, 1, 5}, 0, 5 + std::exp(1.0));
     EXPECT_LE(Rel(CalcUSLPNC(), engine_ref::NormalUpper(1)), 1e-14);
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(PercentCertaintyTest, UpperFigureIsOneMinusTheCumulativeAtTheUSL) {
-    const std::vector<std::tuple<int, const char*, double, double, double, double, double>> rows = {
-        {1, "Normal", 1, 2, 0, 0, 2.5},          {2, "Triangular", -1, 0.5, 1, 0, 0.2},
-        {3, "Exponential", 2, 1, 0, 0, 1.7},     {4, "Lognormal", 0.1, 0.7, 1, 0, 2.2},
-        {5, "Weibull", 1.7, 3, 0.5, 0, 4},       {6, "Uniform", -2, 5, 0, 0, 1},
-        {7, "Johnson", 1.2, 0.3, 4, -1, 1},      {9, "Johnson", 1.2, 0.3, -1, 2, 1},
-    };
-    for (const auto& [code, key, p1, p2, p3, p4, usl] : rows) {
-        Use(code, p1, p2, p3, p4);
-        USL = usl;
-        EXPECT_NEAR(CalcUSLPNC(), 1 - m_Distributions::PNC_USL(key, usl, p1, p2, p3, p4), 1e-15) << key;
+    const std::tuple<int, const char*, std::array<double, 4>, double> rows[] = {
+        {1, "Normal", {1, 2}, 2.5},           {2, "Triangular", {-1, 0.5, 1}, 0.2},
+        {3, "Exponential", {2, 1}, 1.7},      {4, "Lognormal", {0.1, 0.7, 1}, 2.2},
+        {5, "Weibull", {1.7, 3, 0.5}, 4},     {6, "Uniform", {-2, 5}, 1},
+        {7, "Johnson", {1.2, 0.3, 4, -1}, 1}, {9, "Johnson", {1.2, 0.3, -1, 2}, 1}};
+    for (const auto& [code, key, p, usl] : rows) {
+        Use(code, p, 0, usl);
+        EXPECT_NEAR(CalcUSLPNC(), 1 - m_Distributions::PNC_USL(key, usl, p[0], p[1], p[2], p[3]), 1e-15) << key;
     }
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(PercentCertaintyTest, CalculatorFailureShowsItsMessageAndGivesZero) {
-    Use(6, 4, 4); // minimum = maximum passes the checks but has no spread
-    LSL = 5;
-    USL = 3;
+    Use(6, {4, 4}, 5, 3); // minimum = maximum passes the checks but has no spread
     EXPECT_EQ(CalcLSLPNC(), 0);
     EXPECT_EQ(CalcUSLPNC(), 0); // 0 on failure, not 1 - 0
     EXPECT_EQ(Rec().Status, "Minimum equals Maximum: the Uniform distribution has no spread.");
-    Use(8, 1, 0, 0, 0); // an SU lamda of 0
+    Use(8, {1, 0, 0, 0}); // an SU lamda of 0
     EXPECT_EQ(CalcUSLPNC(), 0);
     EXPECT_EQ(Rec().Status, "Lamda must be greater than zero for a Johnson SU distribution.");
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(PercentCertaintyTest, BadValuesGiveFiguresBetweenZeroAndOne) {
-    for (double bad : testing_support::BadValues()) {
-        for (int code = 1; code <= 9; ++code) {
+    for (double bad : testing_support::BadValues())
+        for (int code = 1; code <= 9; ++code)
             for (int slot = 0; slot < 6; ++slot) {
                 double v[6] = {1, 2, 3, 0.5, -1, 4};
                 v[slot] = bad;
-                Use(code, v[0], v[1], v[2], v[3]);
-                LSL = v[4];
-                USL = v[5];
+                Use(code, {v[0], v[1], v[2], v[3]}, v[4], v[5]);
                 const double lower = CalcLSLPNC(), upper = CalcUSLPNC();
                 EXPECT_TRUE(lower >= 0 && lower <= 1 && upper >= 0 && upper <= 1)
                     << "code " << code << " slot " << slot << " value " << bad;
             }
-        }
-    }
 }
 
 } // namespace

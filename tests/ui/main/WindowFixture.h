@@ -24,6 +24,7 @@
 #include <memory>
 #include <unistd.h>
 #include <string>
+#include <vector>
 
 // A settings store of this process's own, empty, so that what other test
 // programs store never changes the options a window starts with.
@@ -84,6 +85,23 @@ protected:
 
     static double Num(const QLineEdit* box) { return support::Val(box->text().toStdString()); }
     static std::string Text(const QLineEdit* box) { return box->text().toStdString(); }
+    // Several boxes at once, so a whole row of results compares in one line.
+    static std::vector<std::string> Texts(std::initializer_list<const QLineEdit*> boxes) {
+        std::vector<std::string> texts;
+        for (const QLineEdit* box : boxes) texts.push_back(Text(box));
+        return texts;
+    }
+    QStringList Items() const {
+        QStringList items;
+        for (int i = 0; i < w->dd_Distribution->count(); ++i) items << w->dd_Distribution->itemText(i);
+        return items;
+    }
+    // Press, move and release the left button at one point of a surface.
+    static void PressMove(QWidget* surface, QPoint p) {
+        QTest::mousePress(surface, Qt::LeftButton, {}, p);
+        QTest::mouseMove(surface, p);
+    }
+    static void Release(QWidget* surface, QPoint p) { QTest::mouseRelease(surface, Qt::LeftButton, {}, p); }
     QImage Chart() { return w->pb_PDF->Image().copy(); }
     std::string LastMessage() const {
         const auto& m = support::Recorder().Messages;

@@ -11,39 +11,28 @@
 #include <QTemporaryDir>
 
 using testing_support::RelErr;
+using Strings = std::vector<std::string>;
 
 // ---- start-up --------------------------------------------------------------
 
 TEST_F(WindowTest, StartsWithTheNormalAndTheClassicalList) {
-    EXPECT_EQ(w->windowTitle(), "Pondera");
-    QStringList items;
-    for (int i = 0; i < w->dd_Distribution->count(); ++i) items << w->dd_Distribution->itemText(i);
-    EXPECT_EQ(items, QStringList({"Normal", "Exponential", "LogNormal", "Uniform", "Triangular",
-                                  "Weibull"}));
+    EXPECT_EQ(Items(), QStringList({"Normal", "Exponential", "LogNormal", "Uniform", "Triangular",
+                                    "Weibull"}));
     EXPECT_EQ(w->dd_Distribution->Text(), "Normal");
-    EXPECT_EQ(w->lb_Param1->text(), "Mean:");
-    EXPECT_EQ(w->lb_Param2->text(), "Std. Deviation:");
-    EXPECT_TRUE(w->tb_Param3->isHidden());
-    EXPECT_TRUE(w->tb_Param4->isHidden());
-    EXPECT_EQ(Text(w->tb_Mean), "0.000000E+00");
-    EXPECT_EQ(Text(w->tb_StDev), "1.000000E+00");
-    EXPECT_EQ(Text(w->tb_Kurtosis), "3.000000E+00");
+    // Moments as read-only outputs; no limit ticked: the plot writes zeros itself.
+    EXPECT_EQ(Texts({w->tb_Mean, w->tb_StDev, w->tb_Kurtosis, w->tb_PNC}),
+              (Strings{"0.000000E+00", "1.000000E+00", "3.000000E+00", "0.000000E+00"}));
     EXPECT_TRUE(w->tb_Mean->isReadOnly());
-    // No limit ticked: the plot writes zeros itself in the display pattern.
-    EXPECT_EQ(Text(w->tb_PNC), "0.000000E+00");
     EXPECT_EQ(w->NumPoints, 300);
     EXPECT_FALSE(w->but_Plot->isEnabled());
     EXPECT_DOUBLE_EQ(w->RangeLow, -2.6);
     EXPECT_DOUBLE_EQ(w->RangeHigh, 2.6);
-    // The options dialog is loaded with the window and shows the range drawn.
+    // The options dialog is loaded hidden with the window and shows the range drawn.
     ASSERT_NE(w->Options(), nullptr);
     EXPECT_FALSE(w->Options()->isVisible());
-    EXPECT_EQ(w->Options()->dd_Decimal->currentIndex(), 6);
-    EXPECT_EQ(w->Options()->tb_XMin->text(), "-2.600000");
-    EXPECT_EQ(w->Options()->tb_XMax->text(), "2.600000");
-    // The last start-up step redraws the moments chart.
+    EXPECT_EQ(Texts({w->Options()->tb_XMin, w->Options()->tb_XMax}), (Strings{"-2.600000", "2.600000"}));
+    // The last start-up step redraws the moments chart; its locks are ticked and disabled.
     EXPECT_EQ(w->tb_Ymax->text(), "17.0");
-    EXPECT_EQ(w->lb_YMin->text(), "1.0");
     EXPECT_TRUE(w->cb_LockSkewness->isChecked());
     EXPECT_FALSE(w->cb_LockSkewness->isEnabled());
     EXPECT_FALSE(w->tb_Ymax->isEnabled());
@@ -59,15 +48,34 @@ TEST_F(WindowTest, UnloadRemovesTheFilterAndTheOptionsDialog) {
     EXPECT_EQ(w->Options(), nullptr);
 }
 
+// Start-up reads the stored options over the defaults; only 0 or 1 changes a flag.
+TEST(WindowStartUp, StoredOptionsOverTheDefaults) {
+    support::SetFace(nullptr);
+    UsePrivateStore();
+    const std::string saved = std::getenv("PONDERA_REGISTRY");
+    QTemporaryDir dir;
+    setenv("PONDERA_REGISTRY", (dir.path() + "/registry.sqlite3").toLocal8Bit().constData(), 1);
+    RegistryStore::Reopen();
+    AppSettings().Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
+    auto start = [](const char* display) {
+        AppSettings().SaveSetting(DisplayOptions::kSection, "AppDisplay", std::string(display));
+        AppSettings().SaveSetting(DisplayOptions::kSection, "AppDecPlaces", std::string("2"));
+        AppSettings().SaveSetting(DisplayOptions::kSection, "AppNumStDev", std::string("1"));
+        return std::make_unique<frm_Pondera>();
+    };
+    auto decimal = start("0");
+    EXPECT_EQ(decimal->tb_StDev->text(), "1.00");
+    EXPECT_DOUBLE_EQ(decimal->RangeHigh, 1);
+    decimal.reset();
+    EXPECT_EQ(start("5")->tb_StDev->text(), "1.00E+00"); // neither 0 nor 1: scientific stays
+    setenv("PONDERA_REGISTRY", saved.c_str(), 1);
+    RegistryStore::Reopen();
+}
+
 // ---- distribution change ---------------------------------------------------
 
 TEST_F(WindowTest, ChoosingADistributionShowsItsFieldsAndDefaults) {
-    struct Row {
-        const char* Name;
-        QStringList Labels;
-        QStringList Texts;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, QStringList, QStringList> rows[] = {
         {"Exponential", {"Scale:", "Minimum:"}, {"1", "0"}},
         {"LogNormal", {"Mean:", "Std. Deviation:", "Minimum:"}, {"0", "1", "0"}},
         {"Weibull", {"Shape:", "Scale:", "Minimum:"}, {"2", "10", "0"}},
@@ -77,19 +85,19 @@ TEST_F(WindowTest, ChoosingADistributionShowsItsFieldsAndDefaults) {
     };
     QLabel* labels[] = {w->lb_Param1, w->lb_Param2, w->lb_Param3, w->lb_Param4};
     QLineEdit* boxes[] = {w->tb_Param1, w->tb_Param2, w->tb_Param3, w->tb_Param4};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.Name);
+    for (const auto& [name, captions, texts] : rows) {
+        SCOPED_TRACE(name);
         Type(w->tb_Param1, "123");
-        Choose(row.Name);
+        Choose(name);
+        QStringList shownCaptions, shownTexts;
         for (int i = 0; i < 4; ++i) {
-            const bool shown = i < row.Labels.size();
-            EXPECT_EQ(!boxes[i]->isHidden(), shown) << i;
-            EXPECT_EQ(!labels[i]->isHidden(), shown) << i;
-            if (shown) {
-                EXPECT_EQ(labels[i]->text(), row.Labels[i]);
-                EXPECT_EQ(boxes[i]->text(), row.Texts[i]);
-            }
+            EXPECT_EQ(boxes[i]->isHidden(), labels[i]->isHidden()) << i;
+            if (boxes[i]->isHidden()) continue;
+            shownCaptions << labels[i]->text();
+            shownTexts << boxes[i]->text();
         }
+        EXPECT_EQ(shownCaptions, captions);
+        EXPECT_EQ(shownTexts, texts);
         EXPECT_FALSE(w->but_Plot->isEnabled()) << "the change plots";
     }
     EXPECT_TRUE(Rec().Messages.empty());
@@ -141,8 +149,7 @@ TEST_P(PlotChecks, StopWithTheMessageAndSelectTheField) {
     EXPECT_EQ(LastTitle(), c.Title);
     ASSERT_NE(w->focusWidget(), nullptr);
     EXPECT_EQ(w->focusWidget()->objectName().toStdString(), c.Focus);
-    auto* box = w->findChild<QLineEdit*>(c.Focus);
-    EXPECT_EQ(box->selectedText().toStdString(), c.Selected);
+    EXPECT_EQ(w->findChild<QLineEdit*>(c.Focus)->selectedText().toStdString(), c.Selected);
     // Nothing drawn, no results changed, the Plot button still armed.
     EXPECT_EQ(Chart(), before);
     EXPECT_EQ(Text(w->tb_Mean), meanBefore);
@@ -184,23 +191,13 @@ TEST_F(WindowTest, AnUntickedLimitAndAHiddenFieldAreNotChecked) {
     w->tb_LSL->setText("abc");   // disabled: unticked
     w->tb_Param3->setText("abc"); // hidden for the normal
     Type(w->tb_Param1, "1");
-    PressPlot();
+    QTest::keyClick(w->tb_Param1, Qt::Key_Return); // Enter in a field plots
     EXPECT_TRUE(Rec().Messages.empty());
     EXPECT_DOUBLE_EQ(w->RangeLow, 1 - 2.6);
     EXPECT_FALSE(w->but_Plot->isEnabled());
 }
 
-TEST_F(WindowTest, LeavingTheFirstParameterWithTextWarns) {
-    w->activateWindow();
-    w->tb_Param1->setFocus();
-    Type(w->tb_Param1, "abc");
-    w->tb_Param2->setFocus(Qt::TabFocusReason);
-    ASSERT_EQ(Rec().Messages.size(), 1u);
-    EXPECT_EQ(LastMessage(), "Mean: must be a number.");
-    EXPECT_EQ(LastTitle(), "Pondera Warning");
-}
-
-TEST_F(WindowTest, FocusActivatesItsFrameAndSelectsTheText) {
+TEST_F(WindowTest, FocusActivatesItsFrameSelectsTheTextAndChecksTheFirstParameter) {
     w->activateWindow();
     w->tb_USL->setEnabled(true);
     Type(w->tb_USL, "2.5");
@@ -208,9 +205,13 @@ TEST_F(WindowTest, FocusActivatesItsFrameAndSelectsTheText) {
     EXPECT_TRUE(w->qarvFrame_SpecLimits->IsActive());
     EXPECT_FALSE(w->qarvFrame_PDF->IsActive());
     EXPECT_EQ(w->tb_USL->selectedText().toStdString(), "2.5");
-    w->tb_Param2->setFocus(Qt::TabFocusReason);
+    Type(w->tb_Param1, "abc");
+    w->tb_Param1->setFocus(Qt::TabFocusReason);
     EXPECT_TRUE(w->qarvFrame_PDF->IsActive());
     EXPECT_FALSE(w->qarvFrame_SpecLimits->IsActive());
+    w->tb_Param2->setFocus(Qt::TabFocusReason); // leaving the first parameter with text warns
+    EXPECT_EQ(MessageTexts(), Strings{"Mean: must be a number."});
+    EXPECT_EQ(LastTitle(), "Pondera Warning");
     w->but_Plot->setEnabled(true);
     w->but_Plot->setFocus(Qt::TabFocusReason);
     for (auto* frame : w->findChildren<TitledFrame*>()) EXPECT_FALSE(frame->IsActive());
@@ -278,13 +279,26 @@ INSTANTIATE_TEST_SUITE_P(
                   nullptr, 6 - 0.5 * std::sqrt(12.0), 6 + 0.5 * std::sqrt(12.0)}),
     [](const auto& info) { return std::string(info.param.Name); });
 
-TEST_F(WindowTest, FixedEndpointsAreTheCandidateRange) {
+TEST_F(WindowTest, FixedEndpointsAreTheCandidateRangeAndALimitWidensThem) {
     DisplayOptions::AppXRange = 1;
-    DisplayOptions::AppXMin = -1;
-    DisplayOptions::AppXMax = 4;
+    DisplayOptions::AppXMin = DisplayOptions::AppXMax = 2; // alone they span nothing
     Tick(w->cb_USL, w->tb_USL, "6");
-    EXPECT_DOUBLE_EQ(w->RangeLow, -1);
+    EXPECT_TRUE(Rec().Messages.empty());
+    EXPECT_DOUBLE_EQ(w->RangeLow, 2);
     EXPECT_DOUBLE_EQ(w->RangeHigh, 6);
+}
+
+TEST_F(WindowTest, ARangeWithoutWidthIsRefusedNotFaulted) {
+    Choose("Uniform");
+    const QImage uniform = Chart();
+    Type(w->tb_Param1, "0");
+    Type(w->tb_Param2, "0"); // equal ends pass the checks, but span nothing
+    PressPlot();
+    ASSERT_EQ(Rec().Messages.size(), 1u);
+    EXPECT_EQ(LastTitle(), "Pondera Warning");
+    EXPECT_NE(LastMessage().find("no width"), std::string::npos);
+    EXPECT_EQ(Chart(), uniform);
+    EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(WindowTest, TheGridStopsOneStepShortAndHoldsTheDensity) {
@@ -295,20 +309,17 @@ TEST_F(WindowTest, TheGridStopsOneStepShortAndHoldsTheDensity) {
     const double low = 1 - 5.2, high = 1 + 5.2;
     EXPECT_NEAR(w->PlotX[1], low, 1e-12);
     EXPECT_NEAR(w->PlotX[300], high - (high - low) / 300, 1e-12);
-    for (int i : {1, 77, 150, 151, 300}) {
-        const double x = w->PlotX[i];
-        EXPECT_LT(RelErr(w->PlotY[i], PhiDensity((x - 1) / 2) / 2), 1e-12) << i;
-    }
+    for (int i : {1, 77, 150, 151, 300})
+        EXPECT_LT(RelErr(w->PlotY[i], PhiDensity((w->PlotX[i] - 1) / 2) / 2), 1e-12) << i;
+    EXPECT_EQ(Text(w->tb_StDev), "2.000000E+00");
 }
 
 TEST_F(WindowTest, PNCFiguresFromTheTickedLimits) {
     Tick(w->cb_LSL, w->tb_LSL, "-3");
     const double tail = Phi(-3); // 0.0013498980316301
     EXPECT_LT(RelErr(Num(w->tb_LowerPNC), tail), 1e-6);
-    EXPECT_EQ(Text(w->tb_LowerPNC), "1.349898E-03");
-    EXPECT_EQ(Text(w->tb_UpperPNC), "0.000000E+00");
-    EXPECT_EQ(Text(w->tb_PNC), Text(w->tb_LowerPNC));
-
+    EXPECT_EQ(Texts({w->tb_LowerPNC, w->tb_UpperPNC, w->tb_PNC}),
+              (Strings{"1.349898E-03", "0.000000E+00", "1.349898E-03"}));
     Tick(w->cb_USL, w->tb_USL, "2");
     EXPECT_LT(RelErr(Num(w->tb_UpperPNC), Phi(-2)), 1e-6);
     EXPECT_LT(RelErr(Num(w->tb_PNC), tail + Phi(-2)), 1e-6);
@@ -318,29 +329,24 @@ TEST_F(WindowTest, PNCFiguresFromTheTickedLimits) {
     DisplayOptions::AppDecPlaces = 2;
     Click(w->cb_LSL);
     Click(w->cb_USL);
-    EXPECT_EQ(Text(w->tb_PNC), "0.00");
-    EXPECT_EQ(Text(w->tb_LowerPNC), "0.00");
+    EXPECT_EQ(Texts({w->tb_LowerPNC, w->tb_UpperPNC, w->tb_PNC}), (Strings{"0.00", "0.00", "0.00"}));
     EXPECT_FALSE(w->tb_LSL->isEnabled());
 }
 
 TEST_F(WindowTest, LimitsNotInOrderEmptyThePNCButStillDraw) {
     Tick(w->cb_LSL, w->tb_LSL, "5");
     Tick(w->cb_USL, w->tb_USL, "5");
-    EXPECT_EQ(Text(w->tb_PNC), "");
-    EXPECT_EQ(Text(w->tb_LowerPNC), "");
-    EXPECT_EQ(Text(w->tb_UpperPNC), "");
+    EXPECT_EQ(Texts({w->tb_LowerPNC, w->tb_UpperPNC, w->tb_PNC}), (Strings{"", "", ""}));
     EXPECT_DOUBLE_EQ(w->RangeHigh, 5);
     EXPECT_FALSE(w->but_Plot->isEnabled());
     EXPECT_TRUE(w->sh_LSL->Visible());
 }
 
-TEST_F(WindowTest, ThePlotButtonFollowsTheEdits) {
-    EXPECT_FALSE(w->but_Plot->isEnabled());
+TEST_F(WindowTest, ThePlotButtonFollowsTheEditsOfTheInputsOnly) {
     QTest::keyClicks(w->tb_Param2, "5");
     EXPECT_TRUE(w->but_Plot->isEnabled());
     PressPlot();
     EXPECT_FALSE(w->but_Plot->isEnabled());
-    EXPECT_EQ(Text(w->tb_StDev), "1.500000E+01");
     // Outside moments mode the moment fields are outputs: editing them arms nothing.
     w->tb_Mean->setText("4");
     EXPECT_FALSE(w->but_Plot->isEnabled());
@@ -352,7 +358,6 @@ TEST_F(WindowTest, ViewTogglesRedrawWithoutAxes) {
     EXPECT_FALSE(w->ShowXAxis);
     EXPECT_FALSE(w->mnuXAxis->isChecked());
     const QImage without = Chart();
-    EXPECT_NE(with, without);
     // The x-axis tick labels sit below the baseline: that band is now blank.
     const int y0 = static_cast<int>(0.85 * without.height());
     bool blank = true;
@@ -360,6 +365,7 @@ TEST_F(WindowTest, ViewTogglesRedrawWithoutAxes) {
         for (int x = static_cast<int>(0.15 * without.width()); x < 0.85 * without.width(); ++x)
             blank = blank && without.pixel(x, y) == qRgb(255, 255, 255);
     EXPECT_TRUE(blank);
+    EXPECT_NE(with, without);
     w->mnuXAxis->trigger();
     EXPECT_EQ(Chart(), with);
 }
@@ -389,8 +395,21 @@ TEST_F(WindowTest, ResizeRedrawsWithoutCheckingAgain) {
     EXPECT_TRUE(Rec().Messages.empty());
     // The LSL line and marker are placed for the new width.
     EXPECT_NEAR(w->ChartGeometry.W, image.width(), 0.5);
-    const double px = w->ChartGeometry.Px(-1);
-    EXPECT_NEAR(w->sh_LSL->Left() + w->sh_LSL->Width() / 2.0, px, 1e-9);
+    EXPECT_NEAR(w->sh_LSL->Left() + w->sh_LSL->Width() / 2.0, w->ChartGeometry.Px(-1), 1e-9);
+}
+
+TEST_F(WindowTest, TheUprightTitlesArePaintedReadingUpward) {
+    // Text turned by 90 degrees covers a box taller than it is wide.
+    for (PictureBox* pb : {w->pb_YTitle, w->pb_Lock}) {
+        const QImage& image = pb->Image();
+        const int back = qGray(image.pixel(0, 0));
+        QRect ink;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (qGray(image.pixel(x, y)) < back - 80) ink |= QRect(x, y, 1, 1);
+        ASSERT_TRUE(ink.isValid()) << pb->objectName().toStdString() << " is blank";
+        EXPECT_GT(ink.height(), ink.width()) << pb->objectName().toStdString();
+    }
 }
 
 // ---- dragging the spec-limit markers ---------------------------------------------
@@ -416,16 +435,15 @@ TEST_F(DragTest, ThePointSequenceIs75WhileDraggingAnd500After) {
     EXPECT_EQ(w->PlotX.size(), 76u);
     EXPECT_EQ(w->sh_LSL->FillColor(), 0x0000FFu);
 
-    const int x = static_cast<int>(w->ChartGeometry.X0 + 0.2 * w->ChartGeometry.PlotWidth);
     const auto& g = w->ChartGeometry;
+    const int x = static_cast<int>(g.X0 + 0.2 * g.PlotWidth);
     const double expected = g.XLow + (x - 0.15 * g.W) * g.XRange / (0.775 * g.W);
     QTest::mouseMove(w->pb_Slider, QPoint(x, 8));
     EXPECT_EQ(Text(w->tb_LSL), support::Format(expected, "0.000000"));
     EXPECT_EQ(w->NumPoints, 75);
-    EXPECT_NEAR(w->sh_LSL->Left(), w->ChartGeometry.Px(Num(w->tb_LSL)) - w->sh_LSL->Width() / 2.0,
-                1e-9);
+    EXPECT_NEAR(w->sh_LSL->Left(), g.Px(Num(w->tb_LSL)) - w->sh_LSL->Width() / 2.0, 1e-9);
 
-    QTest::mouseRelease(w->pb_Slider, Qt::LeftButton, {}, QPoint(x, 8));
+    Release(w->pb_Slider, QPoint(x, 8));
     EXPECT_FALSE(w->DragLSL);
     EXPECT_EQ(w->NumPoints, 500);
     EXPECT_EQ(w->PlotX.size(), 501u);
@@ -434,112 +452,31 @@ TEST_F(DragTest, ThePointSequenceIs75WhileDraggingAnd500After) {
     EXPECT_TRUE(Rec().Messages.empty());
 }
 
-TEST_F(DragTest, APressBesideTheMarkerOrOnAnUntickedOneDoesNothing) {
+TEST_F(DragTest, APressBesideTheMarkerOrOnAnUntickedOneArmsNothing) {
+    const QImage before = Chart();
     const QPoint beside(static_cast<int>(w->sh_LSL->Left() - 3), 8);
-    QTest::mousePress(w->pb_Slider, Qt::LeftButton, {}, beside);
+    PressMove(w->pb_Slider, beside);
+    QTest::mouseMove(w->pb_Slider, QPoint(300, 8));
     EXPECT_FALSE(w->DragLSL);
     EXPECT_EQ(w->NumPoints, 300);
-    QTest::mouseRelease(w->pb_Slider, Qt::LeftButton, {}, beside);
+    EXPECT_EQ(Text(w->tb_LSL), "-1");
+    EXPECT_EQ(Chart(), before);
+    Release(w->pb_Slider, beside);
 
     Click(w->cb_LSL); // unticked; its marker is hidden but its place is known
-    const int before = w->NumPoints;
+    const int points = w->NumPoints;
     QTest::mousePress(w->pb_PDF, Qt::LeftButton, {}, On(w->sh_LSL));
     EXPECT_FALSE(w->DragLSL);
-    EXPECT_EQ(w->NumPoints, before);
-}
-
-TEST_F(DragTest, MovingWithNothingArmedChangesNothing) {
-    const std::string lsl = Text(w->tb_LSL);
-    const QImage before = Chart();
-    QTest::mouseMove(w->pb_PDF, QPoint(100, 100));
-    QTest::mouseMove(w->pb_PDF, QPoint(300, 120));
-    EXPECT_EQ(Text(w->tb_LSL), lsl);
-    EXPECT_EQ(Chart(), before);
+    EXPECT_EQ(w->NumPoints, points);
 }
 
 TEST_F(DragTest, DraggingLSLPastUSLEmptiesThePNC) {
+    const QPoint past(static_cast<int>(w->ChartGeometry.Px(1.5)), 100);
     QTest::mousePress(w->pb_PDF, Qt::LeftButton, {}, On(w->sh_LSL));
-    const int past = static_cast<int>(w->ChartGeometry.Px(1.5));
-    QTest::mouseMove(w->pb_PDF, QPoint(past, 100));
+    QTest::mouseMove(w->pb_PDF, past);
     EXPECT_GT(Num(w->tb_LSL), 1);
     EXPECT_EQ(Text(w->tb_PNC), "");
-    QTest::mouseRelease(w->pb_PDF, Qt::LeftButton, {}, QPoint(past, 100));
+    Release(w->pb_PDF, past);
     EXPECT_EQ(Text(w->tb_PNC), "");
     EXPECT_TRUE(Rec().Messages.empty());
-}
-
-TEST_F(WindowTest, ARangeWithoutWidthIsRefusedNotFaulted) {
-    Choose("Uniform");
-    const QImage uniform = Chart();
-    Type(w->tb_Param1, "0");
-    Type(w->tb_Param2, "0"); // equal ends pass the checks, but span nothing
-    PressPlot();
-    ASSERT_EQ(Rec().Messages.size(), 1u);
-    EXPECT_EQ(LastTitle(), "Pondera Warning");
-    EXPECT_NE(LastMessage().find("no width"), std::string::npos);
-    EXPECT_EQ(Chart(), uniform);
-    EXPECT_TRUE(ErrorLabels().empty());
-    // Equal fixed endpoints likewise; a ticked limit gives the width back.
-    Rec().Clear();
-    Choose("Normal");
-    DisplayOptions::AppXRange = 1;
-    DisplayOptions::AppXMin = DisplayOptions::AppXMax = 2;
-    Click(w->cb_LSL);
-    EXPECT_EQ(Rec().Messages.size(), 0u) << "LSL -3 widens [2, 2]";
-    EXPECT_DOUBLE_EQ(w->RangeLow, -3);
-    EXPECT_DOUBLE_EQ(w->RangeHigh, 2);
-}
-
-TEST_F(WindowTest, EnterInAFieldPlots) {
-    Type(w->tb_Param1, "3");
-    QTest::keyClick(w->tb_Param1, Qt::Key_Return);
-    EXPECT_FALSE(w->but_Plot->isEnabled());
-    EXPECT_DOUBLE_EQ(w->RangeLow, 3 - 2.6);
-}
-
-TEST_F(WindowTest, TheUprightTitlesArePaintedReadingUpward) {
-    // Text turned by 90 degrees covers a box taller than it is wide.
-    for (PictureBox* pb : {w->pb_YTitle, w->pb_Lock}) {
-        const QImage& image = pb->Image();
-        const QRgb back = image.pixel(0, 0);
-        int left = image.width(), right = -1, top = image.height(), bottom = -1;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (qGray(image.pixel(x, y)) < qGray(back) - 80) {
-                    left = std::min(left, x);
-                    right = std::max(right, x);
-                    top = std::min(top, y);
-                    bottom = std::max(bottom, y);
-                }
-        ASSERT_GE(right, 0) << pb->objectName().toStdString() << " is blank";
-        EXPECT_GT(bottom - top, right - left) << pb->objectName().toStdString();
-    }
-}
-
-// Start-up reads the stored options over the defaults; only 0 or 1 changes a flag.
-TEST(WindowStartUp, StoredOptionsOverTheDefaults) {
-    support::SetFace(nullptr);
-    UsePrivateStore();
-    const std::string saved = std::getenv("PONDERA_REGISTRY");
-    QTemporaryDir dir;
-    setenv("PONDERA_REGISTRY", (dir.path() + "/registry.sqlite3").toLocal8Bit().constData(), 1);
-    RegistryStore::Reopen();
-    AppSettings().Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
-    auto start = [](const char* display) {
-        AppSettings().SaveSetting(DisplayOptions::kSection, "AppDisplay", std::string(display));
-        AppSettings().SaveSetting(DisplayOptions::kSection, "AppDecPlaces", std::string("2"));
-        AppSettings().SaveSetting(DisplayOptions::kSection, "AppNumStDev", std::string("1"));
-        return std::make_unique<frm_Pondera>();
-    };
-    {
-        auto w = start("0");
-        EXPECT_EQ(w->tb_StDev->text(), "1.00");
-        EXPECT_DOUBLE_EQ(w->RangeHigh, 1);
-    }
-    {
-        auto w = start("5"); // neither 0 nor 1: the default, scientific, stays
-        EXPECT_EQ(w->tb_StDev->text(), "1.00E+00");
-    }
-    setenv("PONDERA_REGISTRY", saved.c_str(), 1);
-    RegistryStore::Reopen();
 }

@@ -44,14 +44,9 @@ const Snapshot kStart = {0xFFFFFF, 0xFF0000, 0x0000FF, 5, 5, 6, 0, 2.6, 0.0, 0.0
 
 } // namespace
 
-TEST_F(DisplayOptionsTest, StartValuesAndAnEmptyStoreLeaveThem) {
-    EXPECT_EQ(Now(), kStart);
+TEST_F(DisplayOptionsTest, AnEmptyStoreKeepsTheStartValuesAndEveryKeyLoadsAsTheDialogStoresIt) {
     Load();
     EXPECT_EQ(Now(), kStart);
-    EXPECT_TRUE(ErrorLabels().empty());
-}
-
-TEST_F(DisplayOptionsTest, LoadsEveryKeyAsTheDialogStoresIt) {
     const std::pair<const char*, const char*> stored[] = {
         {kAppBackColor, "12632256"}, {kAppInSpecColor, "65280"}, {kAppOutSpecColor, "0"},
         {kAppXTicks, "8"},           {kAppYTicks, "3"},          {kAppDecPlaces, "2"},
@@ -60,6 +55,7 @@ TEST_F(DisplayOptionsTest, LoadsEveryKeyAsTheDialogStoresIt) {
     for (const auto& [key, text] : stored) Store(key, text);
     Load();
     EXPECT_EQ(Now(), (Snapshot{0xC0C0C0, 0x00FF00, 0x000000, 8, 3, 2, 1, 3.5, -12.75, 1000.0, false, true}));
+    EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(DisplayOptionsTest, FlagsChangeOnlyForAStoredZeroOrOne) {

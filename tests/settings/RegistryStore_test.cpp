@@ -33,10 +33,16 @@ std::string GetText(HKEY key, const std::string& name) {
     return buffer.substr(0, buffer.find('\0'));
 }
 
-uint32_t ValueCount(HKEY key) {
-    uint32_t values = 99;
-    EXPECT_EQ(RegQueryInfoKeyA(key, nullptr, nullptr, &values, nullptr, nullptr), ERROR_SUCCESS);
-    return values;
+// What RegQueryInfoKeyA tells of a key. Handles left open are forgotten by the
+// fixture's Reopen.
+struct Info {
+    uint32_t SubKeys = 99, LongestSubKey = 99, Values = 99, LongestName = 99, LargestData = 99;
+};
+Info InfoOf(HKEY key) {
+    Info i;
+    EXPECT_EQ(RegQueryInfoKeyA(key, &i.SubKeys, &i.LongestSubKey, &i.Values, &i.LongestName, &i.LargestData),
+              ERROR_SUCCESS);
+    return i;
 }
 
 } // namespace
@@ -57,7 +63,6 @@ TEST_F(StoreTest, TextIsReadSizeFirstThenIntoABufferOfThatSize) {
     EXPECT_STREQ(buffer, "hello");
     EXPECT_EQ(RegQueryValueExA(key, "Greeting", &type, buffer, nullptr), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(RegQueryValueExA(key, "Absent", &type, nullptr, &size), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
 }
 
 TEST_F(StoreTest, NamesIgnoreCaseAndCreateMakesEveryLevel) {
@@ -72,20 +77,14 @@ TEST_F(StoreTest, NamesIgnoreCaseAndCreateMakesEveryLevel) {
                               &disposition), ERROR_SUCCESS);
     EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
     EXPECT_EQ(GetText(other, "appdecplaces"), "4");
-    EXPECT_EQ(ValueCount(other), 1u);
-    RegCloseKey(key);
-    RegCloseKey(other);
-
+    EXPECT_EQ(InfoOf(other).Values, 1u);
     ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\Qarvanto Labs, LLC", 1, &key), ERROR_SUCCESS);
-    uint32_t subKeys = 0, longest = 0;
-    ASSERT_EQ(RegQueryInfoKeyA(key, &subKeys, &longest, nullptr, nullptr, nullptr), ERROR_SUCCESS);
-    EXPECT_EQ(subKeys, 1u);
-    EXPECT_EQ(longest, std::strlen("Pondera"));
-    RegCloseKey(key);
+    EXPECT_EQ(InfoOf(key).SubKeys, 1u);
+    EXPECT_EQ(InfoOf(key).LongestSubKey, std::strlen("Pondera"));
 }
 
 TEST_F(StoreTest, RefusesWhatThePlatformRefuses) {
-    RegCloseKey(Create(HKEY_CURRENT_USER, "Software\\Rights"));
+    Create(HKEY_CURRENT_USER, "Software\\Rights");
     HKEY queryOnly = 0, setOnly = 0, out = 0;
     ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Rights", KEY_QUERY_VALUE, &queryOnly), ERROR_SUCCESS);
     ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Rights", KEY_SET_VALUE, &setOnly), ERROR_SUCCESS);
@@ -114,7 +113,6 @@ TEST_F(StoreTest, RefusesWhatThePlatformRefuses) {
         {"closing it twice", RegCloseKey(queryOnly), ERROR_INVALID_HANDLE},
     };
     for (const auto& [what, got, expected] : cases) EXPECT_EQ(got, expected) << what;
-    RegCloseKey(setOnly);
 }
 
 TEST_F(StoreTest, ValuesEnumerateInTheOrderFirstWritten) {
@@ -123,11 +121,10 @@ TEST_F(StoreTest, ValuesEnumerateInTheOrderFirstWritten) {
     for (const auto& name : written) ASSERT_EQ(SetText(key, name, "x"), ERROR_SUCCESS);
     ASSERT_EQ(SetText(key, "zeta", "rewritten"), ERROR_SUCCESS); // keeps its place
 
-    uint32_t values = 0, longest = 0, largest = 0;
-    ASSERT_EQ(RegQueryInfoKeyA(key, nullptr, nullptr, &values, &longest, &largest), ERROR_SUCCESS);
-    EXPECT_EQ(values, 4u);
-    EXPECT_EQ(longest, written[3].size());
-    EXPECT_EQ(largest, std::strlen("rewritten") + 1);
+    const Info info = InfoOf(key);
+    EXPECT_EQ(info.Values, 4u);
+    EXPECT_EQ(info.LongestName, written[3].size());
+    EXPECT_EQ(info.LargestData, std::strlen("rewritten") + 1);
 
     std::vector<std::string> names;
     char name[64];
@@ -141,7 +138,6 @@ TEST_F(StoreTest, ValuesEnumerateInTheOrderFirstWritten) {
     EXPECT_EQ(RegEnumValueA(key, 3, name, &cch, nullptr, nullptr, nullptr), ERROR_MORE_DATA);
     cch = sizeof name;
     EXPECT_EQ(RegEnumValueA(key, 4, name, &cch, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
-    RegCloseKey(key);
 }
 
 TEST_F(StoreTest, DeletingAKeyTakesItsValuesAndStalesItsHandles) {
@@ -150,10 +146,8 @@ TEST_F(StoreTest, DeletingAKeyTakesItsValuesAndStalesItsHandles) {
     ASSERT_EQ(RegDeleteKeyA(HKEY_CURRENT_USER, "Software\\Gone"), ERROR_SUCCESS);
     EXPECT_EQ(GetText(key, "V"), "<missing>");
     EXPECT_EQ(SetText(key, "V", "2"), ERROR_KEY_DELETED);
-    RegCloseKey(key);
-    const HKEY again = Create(HKEY_CURRENT_USER, "Software\\Gone");
-    EXPECT_EQ(ValueCount(again), 0u); // the old values did not come back with the name
-    RegCloseKey(again);
+    // The old values do not come back with the name.
+    EXPECT_EQ(InfoOf(Create(HKEY_CURRENT_USER, "Software\\Gone")).Values, 0u);
 }
 
 TEST_F(StoreTest, OddNamesAndTextsRoundTrip) {
@@ -164,7 +158,6 @@ TEST_F(StoreTest, OddNamesAndTextsRoundTrip) {
         ASSERT_EQ(SetText(key, name, text), ERROR_SUCCESS) << name;
         EXPECT_EQ(GetText(key, name), text) << name;
     }
-    RegCloseKey(key);
 }
 
 TEST_F(StoreTest, TwoProcessesWritingAThousandValuesEachAtOnceLoseNone) {
@@ -194,14 +187,13 @@ TEST_F(StoreTest, TwoProcessesWritingAThousandValuesEachAtOnceLoseNone) {
     Reopen();
     HKEY key = 0;
     ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Race", 1, &key), ERROR_SUCCESS);
-    EXPECT_EQ(ValueCount(key), 2u * kEach + 1);
+    EXPECT_EQ(InfoOf(key).Values, 2u * kEach + 1);
     for (int writer = 0; writer < 2; ++writer)
         for (int i = 0; i < kEach; i += 97)
             EXPECT_EQ(GetText(key, "w" + std::to_string(writer) + "-" + std::to_string(i)),
                       std::to_string(i * 7 + writer));
     const std::string last = GetText(key, "Shared");
     EXPECT_TRUE(last == "w0-999" || last == "w1-999") << last;
-    RegCloseKey(key);
 }
 
 TEST_F(StoreTest, ADamagedFileIsMovedAsideUnchangedLoggedAndAFreshStoreTakesItsPlace) {
@@ -223,7 +215,6 @@ TEST_F(StoreTest, ADamagedFileIsMovedAsideUnchangedLoggedAndAFreshStoreTakesItsP
         HKEY key = Create(HKEY_CURRENT_USER, "Software\\Big");
         for (int i = 0; i < 400; ++i)
             ASSERT_EQ(SetText(key, "Value" + std::to_string(i), std::string(200, 'a' + i % 26)), ERROR_SUCCESS);
-        RegCloseKey(key);
         Reopen(); // closing checkpoints the WAL into the file
         ASSERT_FALSE(fs::exists(StorePath() + "-wal"));
         damage();
@@ -240,7 +231,6 @@ TEST_F(StoreTest, ADamagedFileIsMovedAsideUnchangedLoggedAndAFreshStoreTakesItsP
         key = Create(HKEY_CURRENT_USER, "Software\\Big");
         EXPECT_EQ(SetText(key, "Works", "again"), ERROR_SUCCESS);
         EXPECT_EQ(GetText(key, "Works"), "again");
-        RegCloseKey(key);
         Reopen();
     }
 }
@@ -259,9 +249,7 @@ TEST_F(StoreTest, AStoreThatCannotBeCreatedGivesDefaultsAndRefusesWrites) {
 }
 
 TEST_F(StoreTest, AStoreInAReadOnlyFolderIsReadButNotWritten) {
-    HKEY key = Create(HKEY_CURRENT_USER, "Software\\RO");
-    ASSERT_EQ(SetText(key, "Old", "kept"), ERROR_SUCCESS);
-    RegCloseKey(key);
+    ASSERT_EQ(SetText(Create(HKEY_CURRENT_USER, "Software\\RO"), "Old", "kept"), ERROR_SUCCESS);
     Reopen();
     const auto readable = fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read;
     const auto execute = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;

@@ -184,10 +184,8 @@ double YOf(double k, double kMin, double kMax, double h) { return h - (k - kMin)
 TEST_F(WindowTest, TheChartRedrawPutsItsAxisEndsBack) {
     w->tb_Ymax->setText("99");
     w->PlotSkewKurt(-4, 4);
-    EXPECT_EQ(w->lb_XMin->text(), "-4.0");
-    EXPECT_EQ(w->lb_XMax->text(), "4.0");
-    EXPECT_EQ(w->lb_YMin->text(), "1.0");
-    EXPECT_EQ(w->tb_Ymax->text(), "17.0");
+    EXPECT_EQ((QStringList{w->lb_XMin->text(), w->lb_XMax->text(), w->lb_YMin->text(), w->tb_Ymax->text()}),
+              (QStringList{"-4.0", "4.0", "1.0", "17.0"}));
     // Drawn half a marker low; a lock click centres it.
     const double h = w->pb_SkewKurt->ScaleHeight();
     const double y = YOf(3, 1, 17, h);
@@ -198,15 +196,11 @@ TEST_F(WindowTest, TheChartRedrawPutsItsAxisEndsBack) {
 }
 
 TEST_F(WindowTest, TheLockClickRoundsTheAxisTopHalfToEven) {
-    struct Row {
-        const char* Kurtosis;
-        const char* Ymax;
-    };
-    for (const Row& r : {Row{"3.000000E+00", "4"}, Row{"5.000000E+00", "8"}, Row{"9", "14"},
-                         Row{"1.8", "3"}, Row{"-2", "3"}}) {
-        w->tb_Kurtosis->setText(r.Kurtosis);
+    for (const auto& [kurtosis, ymax] : {std::pair{"3.000000E+00", "4"}, {"5.000000E+00", "8"},
+                                         {"9", "14"}, {"1.8", "3"}, {"-2", "3"}}) {
+        w->tb_Kurtosis->setText(kurtosis);
         w->cb_LockKurtosis_Click();
-        EXPECT_EQ(w->tb_Ymax->text().toStdString(), r.Ymax) << r.Kurtosis;
+        EXPECT_EQ(w->tb_Ymax->text().toStdString(), ymax) << kurtosis;
     }
     // Both locks draw their lines through the marker's centre, in black.
     w->tb_Skewness->setText("0");

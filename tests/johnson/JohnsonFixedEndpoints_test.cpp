@@ -13,21 +13,20 @@
 namespace {
 
 using johnson_reference::Moments;
-using johnson_reference::OfTransform;
 
 class JohnsonFixedEndpoints : public testing_support::RecordingTest {};
 
 double Logistic(double t) { return 1 / (1 + std::exp(-t)); }
 
 // X = xi + lamda V, V = p^alpha (1 - p^alpha when mirrored), p = logistic((Z - gamma) / delta).
-Moments CurveMoments(double delta, double gamma, double alpha, double lamda, double xi,
-                     bool mirrored) {
-    return OfTransform(
-        [=](double z) {
-            const double v = std::pow(Logistic((z - gamma) / delta), alpha);
-            return xi + lamda * (mirrored ? 1 - v : v);
-        },
-        12, std::min(0.25, delta));
+double CurvePoint(double z, double delta, double gamma, double alpha, double lamda, double xi, bool mirrored) {
+    const double v = std::pow(Logistic((z - gamma) / delta), alpha);
+    return xi + lamda * (mirrored ? 1 - v : v);
+}
+
+Moments CurveMoments(double delta, double gamma, double alpha, double lamda, double xi, bool mirrored) {
+    return johnson_reference::OfTransform(
+        [=](double z) { return CurvePoint(z, delta, gamma, alpha, lamda, xi, mirrored); }, 12, std::min(0.25, delta));
 }
 
 TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedAndPublishedValues) {
@@ -38,32 +37,27 @@ TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedAndPublishedValues) {
         EXPECT_NEAR(mean, 0.5, 1e-15);
         EXPECT_NEAR(skew, 0, 1e-12);
     }
-    // gamma = 1, delta = 1: the raw moments mu_k of p from the fitting note (6.3),
-    // good to its 1e-10 from the printed constants. V = p^alpha has raw moments
-    // mu_alpha, mu_2alpha, mu_3alpha.
+    // gamma = 1, delta = 1: V = p^alpha has the raw moments mu_alpha, mu_2alpha,
+    // mu_3alpha of p, from the fitting note (6.3), good to its 1e-10.
     const double mu[7] = {1, 0.3032653298167641, 0.1253219496577654, 0.06266097481889837,
                           0.03546641977982546, 0.02186914226197949, 0.01435155748719565};
     for (int alpha : {1, 2}) {
-        const double m1 = mu[alpha], m2 = mu[2 * alpha], m3 = mu[3 * alpha];
-        const double var = m2 - m1 * m1;
+        const double m1 = mu[alpha], m2 = mu[2 * alpha], m3 = mu[3 * alpha], var = m2 - m1 * m1;
         JohnsonDist::SB3Moments(1, 1, alpha, mean, sd, skew);
         EXPECT_NEAR(mean, m1, 1e-9) << alpha;
         EXPECT_NEAR(sd, std::sqrt(var), 1e-9) << alpha;
-        EXPECT_NEAR(skew, (m3 - 3 * m1 * m2 + 2 * m1 * m1 * m1) / (var * std::sqrt(var)), 1e-7)
-            << alpha;
+        EXPECT_NEAR(skew, (m3 - 3 * m1 * m2 + 2 * m1 * m1 * m1) / (var * std::sqrt(var)), 1e-7) << alpha;
     }
-    // Any alpha, against Gauss-Legendre. A curve whose mean lies within 1e-10 of
-    // an end (its mass would sit beyond the grid) or whose sd is below 1e-12 is
-    // declined, leaving the outputs alone.
+    // Any alpha, against Gauss-Legendre. A curve whose mean lies within 1e-10 of an
+    // end or whose sd is below 1e-12 is declined, leaving the outputs alone.
     int declined = 0;
-    for (double delta : {0.05, 0.4, 2.0, 30.0}) {
-        for (double gamma : {-2.0, 0.5, 4.0}) {
+    for (double delta : {0.05, 0.4, 2.0, 30.0})
+        for (double gamma : {-2.0, 0.5, 4.0})
             for (double alpha : {0.01, 0.3, 1.7, 40.0, 250.0}) {
                 mean = sd = skew = NAN;
                 JohnsonDist::SB3Moments(delta, gamma, alpha, mean, sd, skew);
                 const Moments ref = CurveMoments(delta, gamma, alpha, 1, 0, false);
-                SCOPED_TRACE(std::to_string(delta) + " " + std::to_string(gamma) + " " +
-                             std::to_string(alpha));
+                SCOPED_TRACE(std::to_string(delta) + " " + std::to_string(gamma) + " " + std::to_string(alpha));
                 if (std::isnan(mean)) {
                     ++declined;
                     EXPECT_TRUE(ref.Mean < 2e-10 || ref.Mean > 1 - 2e-10 || ref.Sd < 2e-12);
@@ -73,8 +67,6 @@ TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedAndPublishedValues) {
                 EXPECT_LE(std::fabs(sd / ref.Sd - 1), 1e-11);
                 EXPECT_NEAR(skew, ref.Skew, 1e-9 * (1 + std::fabs(ref.Skew)));
             }
-        }
-    }
     EXPECT_LT(declined, 15);
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
@@ -87,21 +79,17 @@ struct Sb3Row {
 };
 
 const Sb3Row kCurves[] = {
-    {"plain", 1.2, 0.4, 1, false, 0, 1},
-    {"power", 0.8, -0.5, 2.5, false, 10, 14},
-    {"small_alpha", 1.5, 1.0, 0.3, false, -3, 2},
-    {"mirrored", 0.9, 0.2, 1.8, true, 100, 160},
-    {"narrow", 6, 2, 1.3, false, -1, 1},
-    {"u_shaped", 0.35, 0.1, 1.1, false, 0, 5},
+    {"plain", 1.2, 0.4, 1, false, 0, 1},        {"power", 0.8, -0.5, 2.5, false, 10, 14},
+    {"small_alpha", 1.5, 1.0, 0.3, false, -3, 2}, {"mirrored", 0.9, 0.2, 1.8, true, 100, 160},
+    {"narrow", 6, 2, 1.3, false, -1, 1},         {"u_shaped", 0.35, 0.1, 1.1, false, 0, 5},
     {"mirrored_skewed", 0.6, -1.5, 0.5, true, 2, 3},
 };
 
-class JohnsonSb3Fits : public testing_support::RecordingTest,
-                       public ::testing::WithParamInterface<Sb3Row> {};
+class JohnsonSb3Fits : public testing_support::RecordingTest, public ::testing::WithParamInterface<Sb3Row> {};
 
 TEST_P(JohnsonSb3Fits, FitMatchesTheMoments) {
-    // Moments of a known curve, then the fit with its end points: the fitted
-    // curve, integrated independently, must have those moments.
+    // Moments of a known curve, then the fit with its end points: the fitted curve,
+    // integrated independently, must have those moments.
     const Sb3Row& r = GetParam();
     const double lamda = r.XUpper - r.XLower;
     const Moments want = CurveMoments(r.Delta, r.Gamma, r.Alpha, lamda, r.XLower, r.Mirrored);
@@ -116,20 +104,16 @@ TEST_P(JohnsonSb3Fits, FitMatchesTheMoments) {
     EXPECT_NEAR(got.Mean, want.Mean, 1e-9 * want.Sd);
     EXPECT_NEAR(got.Sd, want.Sd, 1e-9 * want.Sd);
     EXPECT_NEAR(got.Skew, want.Skew, 1e-9);
-    // Same orientation: the same curve comes back.
-    if (jd.Reflected == r.Mirrored) {
+    if (jd.Reflected == r.Mirrored) { // same orientation: the same curve comes back
         EXPECT_NEAR(jd.Delta, r.Delta, 1e-6 * r.Delta);
         EXPECT_NEAR(jd.Gamma, r.Gamma, 1e-6 * (1 + std::fabs(r.Gamma)));
         EXPECT_NEAR(jd.Alpha, r.Alpha, 1e-6 * r.Alpha);
     }
     // The transform to the normal undoes the curve, for codes 6 and 7 alike.
+    const int code = jd.Reflected ? JohnsonDist::kSB3Mirrored : JohnsonDist::kSB3;
     for (double z = -2.5; z <= 2.5; z += 0.5) {
-        const double v = std::pow(Logistic((z - jd.Gamma) / jd.Delta), jd.Alpha);
-        const double x = jd.Xi + jd.Lamda * (jd.Reflected ? 1 - v : v);
-        EXPECT_NEAR(jd.JohnsontoNormal(x, jd.Delta, jd.Gamma, jd.Lamda, jd.Xi,
-                                       jd.Reflected ? JohnsonDist::kSB3Mirrored
-                                                    : JohnsonDist::kSB3),
-                    z, 1e-6);
+        const double x = CurvePoint(z, jd.Delta, jd.Gamma, jd.Alpha, jd.Lamda, jd.Xi, jd.Reflected);
+        EXPECT_NEAR(jd.JohnsontoNormal(x, jd.Delta, jd.Gamma, jd.Lamda, jd.Xi, code), z, 1e-6);
     }
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
@@ -137,144 +121,90 @@ TEST_P(JohnsonSb3Fits, FitMatchesTheMoments) {
 INSTANTIATE_TEST_SUITE_P(Curves, JohnsonSb3Fits, ::testing::ValuesIn(kCurves),
                          [](const auto& info) { return std::string(info.param.Name); });
 
-struct FaultRow {
-    const char* Name;
-    double Mean, Sd, Skew, XLower, XUpper;
-    int Fault;
-};
-
-const FaultRow kFaults[] = {
-    {"ends_equal", 1, 0.1, 0, 1, 1, 1},
-    {"ends_reversed", 1, 0.1, 0, 2, 0, 1},
-    {"sd_zero", 1, 0, 0, 0, 2, 2},
-    {"sd_negative", 1, -0.1, 0, 0, 2, 2},
-    {"mean_at_lower_end", 0, 0.1, 0, 0, 2, 2},
-    {"mean_above_upper_end", 3, 0.1, 0, 0, 2, 2},
-    {"sd_too_large_for_the_range", 1, 1, 0, 0, 2, 2},  // variance must be below 1 x 1
-    {"skew_not_a_number", 1, 0.5, NAN, 0, 2, 2},
-    {"skew_out_of_reach", 1, 0.05, 3, 0, 2, 3},         // a narrow curve mid-range, skewness 3
-};
-
-class JohnsonSb3Faults : public testing_support::RecordingTest,
-                         public ::testing::WithParamInterface<FaultRow> {};
-
-TEST_P(JohnsonSb3Faults, FaultClearsTheCurveAndSaysWhy) {
-    const FaultRow& r = GetParam();
-    JohnsonDist jd;
-    jd.Calculate(0, 1, 0.5, 2.8); // a curve to be cleared
-    jd.Alpha = 2;
-    jd.Reflected = true;
-    jd.Calculate(r.Mean, r.Sd, r.Skew, 3, &r.XLower, &r.XUpper);
-    EXPECT_EQ(jd.JDistribution, "Error");
-    EXPECT_EQ(jd.CalcError, JohnsonDist::FixedEndpointMessage(static_cast<int16_t>(r.Fault)));
-    EXPECT_EQ(jd.Delta, 0);
-    EXPECT_EQ(jd.Gamma, 0);
-    EXPECT_EQ(jd.Alpha, 0);
-    EXPECT_EQ(jd.Lamda, 0);
-    EXPECT_EQ(jd.Xi, 0);
-    EXPECT_FALSE(jd.Reflected);
-    EXPECT_TRUE(Rec().AllErrors().empty());
-}
-
-INSTANTIATE_TEST_SUITE_P(Faults, JohnsonSb3Faults, ::testing::ValuesIn(kFaults),
-                         [](const auto& info) { return std::string(info.param.Name); });
-
-TEST_F(JohnsonFixedEndpoints, FitSB3FaultsOfItsOwnArguments) {
-    double p[3] = {9, 9, 9};
-    bool reflected = true;
-    int16_t fault = 0;
-    JohnsonDist::FitSB3(4, 0, 1, 0.5, 0.1, 0, 1e-20, p, reflected, fault); // moments != 3
-    EXPECT_EQ(fault, 1);
-    EXPECT_EQ(p[0], 0);
-    EXPECT_FALSE(reflected);
+TEST_F(JohnsonFixedEndpoints, FaultsClearTheCurveAndSayWhy) {
+    // mean, sd, skewness, lower, upper -> fault
+    const std::tuple<double, double, double, double, double, int16_t> rows[] = {
+        {1, 0.1, 0, 1, 1, 1},    {1, 0.1, 0, 2, 0, 1},   // ends equal or reversed
+        {1, 0, 0, 0, 2, 2},      {1, -0.1, 0, 0, 2, 2},  // no spread
+        {0, 0.1, 0, 0, 2, 2},    {3, 0.1, 0, 0, 2, 2},   // mean at or beyond an end
+        {1, 1, 0, 0, 2, 2},      {1, 0.5, NAN, 0, 2, 2}, // variance not below 1 x 1; skewness not a number
+        {1, 0.05, 3, 0, 2, 3},                           // a narrow curve mid-range, skewness 3
+    };
+    for (const auto& [mean, sd, skew, lower, upper, fault] : rows) {
+        JohnsonDist jd;
+        jd.Calculate(0, 1, 0.5, 2.8); // a curve to be cleared
+        jd.Alpha = 2;
+        jd.Reflected = true;
+        jd.Calculate(mean, sd, skew, 3, &lower, &upper);
+        EXPECT_EQ(jd.JDistribution, "Error");
+        EXPECT_EQ(jd.CalcError, JohnsonDist::FixedEndpointMessage(fault)) << mean << " " << sd << " " << skew;
+        EXPECT_EQ(std::vector<double>({jd.Delta, jd.Gamma, jd.Alpha, jd.Lamda, jd.Xi}), std::vector<double>(5, 0.0));
+        EXPECT_FALSE(jd.Reflected);
+    }
     // A tolerance below what double precision can reach: Newton runs out of ways
     // to lower the error, a breakdown.
+    double p[3];
+    bool reflected = true;
+    int16_t fault = 0;
     JohnsonDist::FitSB3(3, 0, 1, 0.4, 0.1, 0.3, 1e-300, p, reflected, fault);
     EXPECT_EQ(fault, 4);
-    JohnsonDist::FitSB3(3, 0, 1, 0.4, 0.1, 0.3, 1e-20, p, reflected, fault);
-    EXPECT_EQ(fault, 0);
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
 
-// ---- Sample moments and CalculateFromData --------------------------------------
-
-TEST_F(JohnsonFixedEndpoints, MomentDivisors) {
+TEST_F(JohnsonFixedEndpoints, SampleMoments) {
     // 2 4 4 4 5 5 7 9: mean 5, sum of squares 32, cubes 42, fourth powers 356.
-    const std::vector<double> data = {2, 4, 4, 4, 5, 5, 7, 9};
     double ave = 0, sdev = 0, skew = 0, curt = 0;
     bool fault = true;
-    JohnsonDist::MOMENT(data, ave, sdev, skew, curt, fault);
+    JohnsonDist::MOMENT({2, 4, 4, 4, 5, 5, 7, 9}, ave, sdev, skew, curt, fault);
     ASSERT_FALSE(fault);
     EXPECT_DOUBLE_EQ(ave, 5);
     EXPECT_DOUBLE_EQ(sdev, std::sqrt(32.0 / 7)); // divisor n - 1
     EXPECT_DOUBLE_EQ(skew, (42.0 / 8) / 8);      // m3 / m2^1.5 with divisor n: m2 = 4
     EXPECT_DOUBLE_EQ(curt, (356.0 / 8) / 16);    // m4 / m2^2, beta2 (not excess)
-}
-
-TEST_F(JohnsonFixedEndpoints, MomentFaults) {
-    double ave = 7, sdev = 7, skew = 7, curt = 7;
-    bool fault = false;
-    for (const std::vector<double>& data :
-         {std::vector<double>{}, std::vector<double>{3}, std::vector<double>{2, 2, 2}}) {
+    // Fewer than two values or no spread: a fault, the outputs left alone.
+    for (const std::vector<double>& data : {std::vector<double>{}, {3}, {2, 2, 2}}) {
         fault = false;
+        ave = 7;
         JohnsonDist::MOMENT(data, ave, sdev, skew, curt, fault);
         EXPECT_TRUE(fault) << data.size();
+        EXPECT_EQ(ave, 7);
     }
-    EXPECT_EQ(ave, 7);
-    EXPECT_TRUE(Rec().AllErrors().empty());
-}
-
-TEST_F(JohnsonFixedEndpoints, CalculateFromDataFitsTheSampleMoments) {
-    const std::vector<double> data = {2, 4, 4, 4, 5, 5, 7, 9};
-    JohnsonDist jd;
-    jd.CalculateFromData(data, false);
-    EXPECT_DOUBLE_EQ(jd.Mean, 5);
-    EXPECT_DOUBLE_EQ(jd.StDev, std::sqrt(32.0 / 7));
-    EXPECT_DOUBLE_EQ(jd.Skewness, 0.65625);
-    EXPECT_DOUBLE_EQ(jd.Kurtosis, 2.78125);
-    JohnsonDist direct;
-    direct.Calculate(jd.Mean, jd.StDev, jd.Skewness, jd.Kurtosis);
-    EXPECT_EQ(jd.JDistribution, direct.JDistribution);
-    EXPECT_EQ(jd.CalcError, direct.CalcError);
-    EXPECT_EQ(jd.Delta, direct.Delta);
-    EXPECT_EQ(jd.Gamma, direct.Gamma);
-    EXPECT_EQ(jd.Lamda, direct.Lamda);
-    EXPECT_EQ(jd.Xi, direct.Xi);
-}
-
-TEST_F(JohnsonFixedEndpoints, CalculateFromDataWithFixedEndpoints) {
-    // A sample spread like an SB3 curve (its quantiles at (i - 1/2) / n): the fit
-    // takes the sample's extremes as end points and its moments as targets.
-    std::vector<double> data;
-    const int n = 999;
-    for (int i = 1; i <= n; ++i) {
-        const double z = johnson_reference::NormalQuantile((i - 0.5) / n);
-        data.push_back(20 + 8 * std::pow(Logistic((z - 0.3) / 0.9), 1.6));
-    }
-    JohnsonDist jd;
-    jd.CalculateFromData(data, true);
-    ASSERT_EQ(jd.CalcError, "Success");
-    ASSERT_EQ(jd.JDistribution, "SB3");
-    EXPECT_EQ(jd.Xi, JohnsonDist::MinofArray(data));
-    EXPECT_EQ(jd.Lamda, JohnsonDist::MaxofArray(data) - JohnsonDist::MinofArray(data));
-    const Moments got = CurveMoments(jd.Delta, jd.Gamma, jd.Alpha, jd.Lamda, jd.Xi, jd.Reflected);
-    EXPECT_NEAR(got.Mean, jd.Mean, 1e-9 * jd.StDev);
-    EXPECT_NEAR(got.Sd, jd.StDev, 1e-9 * jd.StDev);
-    EXPECT_NEAR(got.Skew, jd.Skewness, 1e-9);
-    EXPECT_TRUE(Rec().AllErrors().empty());
-}
-
-TEST_F(JohnsonFixedEndpoints, CalculateFromDataOnAFaultDoesNothing) {
+    // From data on a fault: nothing is fitted.
     JohnsonDist jd;
     jd.Calculate(0, 1, 1, 6);
     const JohnsonDist before = jd;
     jd.CalculateFromData({4, 4, 4}, false);
     jd.CalculateFromData({4}, true);
     EXPECT_EQ(jd.Mean, 0);
-    EXPECT_EQ(jd.StDev, 0);
     EXPECT_EQ(jd.JDistribution, before.JDistribution);
     EXPECT_EQ(jd.Delta, before.Delta);
-    EXPECT_EQ(jd.CalcError, before.CalcError);
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+TEST_F(JohnsonFixedEndpoints, CalculateFromDataWithFixedEndpoints) {
+    // A sample spread like an SB3 curve (its quantiles at (i - 1/2) / n): the fit
+    // takes the sample's extremes as end points and its moments as targets.
+    std::vector<double> data;
+    for (int i = 1; i <= 999; ++i)
+        data.push_back(CurvePoint(johnson_reference::NormalQuantile((i - 0.5) / 999), 0.9, 0.3, 1.6, 8, 20, false));
+    JohnsonDist jd;
+    jd.CalculateFromData(data, true);
+    ASSERT_EQ(jd.CalcError, "Success");
+    ASSERT_EQ(jd.JDistribution, "SB3");
+    EXPECT_EQ(jd.Xi, data.front());
+    EXPECT_EQ(jd.Lamda, data.back() - data.front());
+    const Moments got = CurveMoments(jd.Delta, jd.Gamma, jd.Alpha, jd.Lamda, jd.Xi, jd.Reflected);
+    EXPECT_NEAR(got.Mean, jd.Mean, 1e-9 * jd.StDev);
+    EXPECT_NEAR(got.Sd, jd.StDev, 1e-9 * jd.StDev);
+    EXPECT_NEAR(got.Skew, jd.Skewness, 1e-9);
+    // Without fixed end points, the moment fit of the same moments.
+    JohnsonDist free, direct;
+    free.CalculateFromData(data, false);
+    direct.Calculate(jd.Mean, jd.StDev, jd.Skewness, jd.Kurtosis);
+    EXPECT_EQ(free.JDistribution, direct.JDistribution);
+    EXPECT_EQ(free.Delta, direct.Delta);
+    EXPECT_EQ(free.Xi, direct.Xi);
+    EXPECT_TRUE(Rec().AllErrors().empty());
 }
 
 } // namespace

@@ -3,8 +3,9 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 #include <map>
-#include <memory>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,18 +14,13 @@ namespace json_reader {
 
 struct Value {
     enum class Kind { Null, Bool, Number, String, Array, Object } Type = Kind::Null;
-    bool Bool = false;
-    double Num = 0;
+    double Num = 0; // also 1 / 0 for true / false
     std::string Str;
     std::vector<Value> Items;
     std::map<std::string, Value> Members;
 
     bool Has(const std::string& key) const { return Members.count(key) > 0; }
-    const Value& operator[](const std::string& key) const {
-        auto it = Members.find(key);
-        if (it == Members.end()) throw std::runtime_error("no member " + key);
-        return it->second;
-    }
+    const Value& operator[](const std::string& key) const { return Members.at(key); }
     const Value& operator[](size_t i) const { return Items.at(i); }
     std::vector<double> Numbers() const {
         std::vector<double> out;
@@ -38,104 +34,85 @@ public:
     explicit Parser(const std::string& text) : s_(text) {}
     Value ParseAll() {
         Value v = ParseValue();
-        Skip();
-        if (pos_ != s_.size()) throw std::runtime_error("trailing text");
+        if (Peek() != '\0') Fail("trailing text");
         return v;
     }
 
 private:
-    void Skip() {
-        while (pos_ < s_.size() && (s_[pos_] == ' ' || s_[pos_] == '\n' || s_[pos_] == '\t' || s_[pos_] == '\r'))
-            ++pos_;
+    [[noreturn]] void Fail(const std::string& what) const {
+        throw std::runtime_error(what + " at " + std::to_string(pos_));
     }
-    char Peek() {
-        Skip();
-        if (pos_ >= s_.size()) throw std::runtime_error("unexpected end");
-        return s_[pos_];
+    char Peek() { // the next non-blank character, '\0' at the end
+        while (pos_ < s_.size() && std::strchr(" \t\r\n", s_[pos_])) ++pos_;
+        return pos_ < s_.size() ? s_[pos_] : '\0';
     }
     void Expect(char c) {
-        if (Peek() != c) throw std::runtime_error(std::string("expected ") + c);
+        if (Peek() != c) Fail(std::string("expected ") + c);
         ++pos_;
-    }
-    bool Literal(const char* word) {
-        const std::string w = word;
-        if (s_.compare(pos_, w.size(), w) != 0) return false;
-        pos_ += w.size();
-        return true;
     }
     std::string ParseString() {
         Expect('"');
         std::string out;
-        while (pos_ < s_.size() && s_[pos_] != '"') {
-            char c = s_[pos_++];
-            if (static_cast<unsigned char>(c) < 0x20) throw std::runtime_error("raw control character");
-            if (c == '\\') {
-                const char e = s_.at(pos_++);
-                switch (e) {
-                case 'n': c = '\n'; break;
-                case 't': c = '\t'; break;
-                case 'r': c = '\r'; break;
-                case 'b': c = '\b'; break;
-                case 'f': c = '\f'; break;
-                case 'u': c = static_cast<char>(std::stoi(s_.substr(pos_, 4), nullptr, 16)); pos_ += 4; break;
-                case '"': case '\\': case '/': c = e; break;
-                default: throw std::runtime_error("bad escape");
-                }
+        for (char c; (c = Next()) != '"'; out += c) {
+            if (static_cast<unsigned char>(c) < 0x20) Fail("raw control character");
+            if (c != '\\') continue;
+            const char* escapes = "n\nt\tr\rb\bf\f\"\"\\\\//";
+            const char e = Next();
+            if (e == 'u') {
+                c = static_cast<char>(std::stoi(s_.substr(pos_, 4), nullptr, 16));
+                pos_ += 4;
+            } else if (const char* at = std::strchr(escapes, e); e && at && (at - escapes) % 2 == 0) {
+                c = at[1];
+            } else {
+                Fail("bad escape");
             }
-            out += c;
         }
-        Expect('"');
         return out;
+    }
+    char Next() {
+        if (pos_ >= s_.size()) Fail("unterminated string");
+        return s_[pos_++];
     }
     Value ParseValue() {
         Value v;
         const char c = Peek();
-        if (c == '{') {
-            v.Type = Value::Kind::Object;
+        if (c == '{' || c == '[') {
+            const bool object = c == '{';
+            v.Type = object ? Value::Kind::Object : Value::Kind::Array;
             ++pos_;
-            if (Peek() == '}') return ++pos_, v;
-            while (true) {
+            if (Peek() == (object ? '}' : ']')) return ++pos_, v;
+            do {
+                if (!object) {
+                    v.Items.push_back(ParseValue());
+                    continue;
+                }
                 const std::string key = ParseString();
-                if (v.Members.count(key)) throw std::runtime_error("duplicate key " + key);
                 Expect(':');
-                v.Members[key] = ParseValue();
-                if (Peek() == ',') { ++pos_; continue; }
-                Expect('}');
-                return v;
-            }
-        }
-        if (c == '[') {
-            v.Type = Value::Kind::Array;
-            ++pos_;
-            if (Peek() == ']') return ++pos_, v;
-            while (true) {
-                v.Items.push_back(ParseValue());
-                if (Peek() == ',') { ++pos_; continue; }
-                Expect(']');
-                return v;
-            }
+                if (!v.Members.emplace(key, ParseValue()).second) Fail("duplicate key " + key);
+            } while (Peek() == ',' && ++pos_);
+            Expect(object ? '}' : ']');
+            return v;
         }
         if (c == '"') {
             v.Type = Value::Kind::String;
             v.Str = ParseString();
             return v;
         }
-        if (Literal("null")) return v;
-        if (Literal("true")) { v.Type = Value::Kind::Bool; v.Bool = true; return v; }
-        if (Literal("false")) { v.Type = Value::Kind::Bool; return v; }
+        for (const char* word : {"null", "true", "false"})
+            if (s_.compare(pos_, std::strlen(word), word) == 0) {
+                pos_ += std::strlen(word);
+                v.Type = *word == 'n' ? Value::Kind::Null : Value::Kind::Bool;
+                v.Num = *word == 't';
+                return v;
+            }
         // Numbers: JSON grammar only (no nan, inf, hex or leading +).
-        const size_t start = pos_;
-        if (s_[pos_] == '-') ++pos_;
-        auto digits = [&] { size_t n = 0; while (pos_ < s_.size() && isdigit(static_cast<unsigned char>(s_[pos_]))) ++pos_, ++n; return n; };
-        if (!digits()) throw std::runtime_error("bad value at " + std::to_string(start));
-        if (pos_ < s_.size() && s_[pos_] == '.') { ++pos_; if (!digits()) throw std::runtime_error("bad fraction"); }
-        if (pos_ < s_.size() && (s_[pos_] == 'e' || s_[pos_] == 'E')) {
-            ++pos_;
-            if (s_[pos_] == '+' || s_[pos_] == '-') ++pos_;
-            if (!digits()) throw std::runtime_error("bad exponent");
-        }
+        static const std::regex number(R"(-?(0|[1-9]\d*)(\.\d+)?([eE][+-]?\d+)?)");
+        std::smatch m;
+        if (!std::regex_search(s_.begin() + pos_, s_.end(), m, number, std::regex_constants::match_continuous))
+            Fail("bad value");
         v.Type = Value::Kind::Number;
-        v.Num = std::strtod(s_.substr(start, pos_ - start).c_str(), nullptr);
+        v.Num = std::strtod(m.str().c_str(), nullptr);
+        pos_ += m.length();
         return v;
     }
 

@@ -39,20 +39,6 @@ TEST_F(DrawModulesTest, AngleNineHundredReadsUpwardFromThePoint) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
-TEST_F(DrawModulesTest, AngleZeroIsOrdinaryTextBelowAndRightOfThePoint) {
-    PictureBox box;
-    box.SetPictureSize(120, 40);
-    box.SetBackColor(0xFFFFFF);
-    box.Cls();
-    m_TextRotate::PrintRotatedText(box, "Fix", 20, 10, 0, "Tahoma", 12, true, false);
-    const QRect ink = Ink(box);
-    ASSERT_TRUE(ink.isValid());
-    EXPECT_GT(ink.width(), ink.height());
-    EXPECT_GE(ink.left(), 20);
-    EXPECT_GE(ink.top(), 10);
-    EXPECT_LE(ink.bottom(), 10 + 12);
-}
-
 TEST_F(DrawModulesTest, CopyPutsThePictureOnTheClipboard) {
     PictureBox box;
     box.SetPictureSize(50, 30);

@@ -105,17 +105,6 @@ TEST(PictureBox, ResizeKeepsWhatFitsAndFillsTheRestWithBackColour) {
     box->Line(0, 0, 100, 100);
 }
 
-TEST(PictureBox, ResizingTheWidgetResizesThePicture) {
-    PictureBox box;
-    QSignalSpy resized(&box, &PictureBox::Resized);
-    box.resize(140, 90);
-    box.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
-    EXPECT_EQ(box.ScaleWidth(), 140);
-    EXPECT_EQ(box.ScaleHeight(), 90);
-    EXPECT_GE(resized.count(), 1);
-}
-
 TEST(PictureBox, FarOrNoNumberCoordinatesDrawNothingHarmful) {
     std::unique_ptr<PictureBox> box(MakeBox(20, 20));
     const double nan = std::numeric_limits<double>::quiet_NaN();

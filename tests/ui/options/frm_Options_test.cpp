@@ -83,14 +83,11 @@ TEST_F(OptionsDialogTest, FormLoadShowsTheOptionsInMemory) {
     AppBackColor = 0x123456;
     frm_Options dialog;
 
-    EXPECT_EQ(dialog.dd_Decimal->currentText(), "2");
-    EXPECT_EQ(dialog.tb_NumStDev->text(), "3.25");
-    EXPECT_EQ(dialog.tb_XTicks->text(), "7");
-    EXPECT_EQ(dialog.sb_XTicks->Value(), 7);
-    EXPECT_EQ(dialog.tb_YTicks->text(), "4");
-    EXPECT_EQ(dialog.sb_YTicks->Value(), 4);
-    EXPECT_EQ(dialog.tb_XMin->text(), "-1.23"); // FormatDec of the selected places
-    EXPECT_EQ(dialog.tb_XMax->text(), "12.50");
+    // The end points in FormatDec of the selected places.
+    EXPECT_EQ((QStringList{dialog.dd_Decimal->currentText(), dialog.tb_NumStDev->text(), dialog.tb_XTicks->text(),
+                           dialog.tb_YTicks->text(), dialog.tb_XMin->text(), dialog.tb_XMax->text()}),
+              (QStringList{"2", "3.25", "7", "4", "-1.23", "12.50"}));
+    EXPECT_EQ(std::make_pair(dialog.sb_XTicks->Value(), dialog.sb_YTicks->Value()), std::make_pair(7, 4));
     EXPECT_TRUE(dialog.ob_Decimal->isChecked());
     EXPECT_TRUE(dialog.ob_Endpoints->isChecked());
     EXPECT_EQ(dialog.cp_Background->Color(), 0x123456u);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +16,7 @@
 #include <map>
 #include <mutex>
 #include <pwd.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -31,6 +33,8 @@ constexpr const char* kSource = "Pondera.RegistryStore";
 // Long enough for another Pondera to finish its write, short enough that a
 // stuck lock does not freeze the window for good.
 constexpr int kBusyTimeoutMs = 10000;
+constexpr int kBusyOpenRetries = 250;  // with the pause: about five seconds
+constexpr int kBusyOpenPauseMs = 20;
 
 // Row ids of the two roots in the key table.
 constexpr int64_t kCurrentUserId = 1;
@@ -328,6 +332,13 @@ void Open() {
     fs::create_directories(fs::path(s.Path).parent_path(), ec);
 
     DbError failure;
+    auto isBusy = [&] {
+        return (failure.Code & 0xFF) == SQLITE_BUSY || (failure.Code & 0xFF) == SQLITE_LOCKED;
+    };
+    // Two programs starting on a new store race to switch it to WAL and create
+    // the tables; SQLite answers the loser "busy" at once, without waiting, so
+    // such an open is tried again for a while.
+    int busyRetries = 0;
     for (int attempt = 0; attempt < 2; ++attempt) {
         try {
             bool readOnly = false;
@@ -340,15 +351,21 @@ void Open() {
         } catch (const DbError& e) {
             failure = e;
         }
+        if (isBusy() && busyRetries < kBusyOpenRetries) {
+            ++busyRetries;
+            --attempt;
+            std::this_thread::sleep_for(std::chrono::milliseconds(kBusyOpenPauseMs));
+            continue;
+        }
         const bool damaged = IsDamage(failure.Code) ||
                              (FileExists(s.Path) && !FileReadable(s.Path));
         if (attempt > 0 || !damaged) break;
         Replace(s.Path, failure);
     }
 
-    // Another Pondera holding the lock past the timeout is passing trouble: the
-    // next operation tries again rather than settling for reading only.
-    const bool busy = (failure.Code & 0xFF) == SQLITE_BUSY || (failure.Code & 0xFF) == SQLITE_LOCKED;
+    // Another Pondera holding the lock past all that is passing trouble: do not
+    // settle for reading only.
+    const bool busy = isBusy();
     if (FileExists(s.Path) && !IsDamage(failure.Code) && !busy) {
         try {
             s.Db = OpenImmutable(s.Path);

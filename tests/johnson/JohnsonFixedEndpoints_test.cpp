@@ -29,7 +29,7 @@ Moments CurveMoments(double delta, double gamma, double alpha, double lamda, dou
         [=](double z) { return CurvePoint(z, delta, gamma, alpha, lamda, xi, mirrored); }, 12, std::min(0.25, delta));
 }
 
-TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedAndPublishedValues) {
+TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedValues) {
     double mean = 0, sd = 0, skew = 0;
     // gamma = 0, alpha = 1: symmetric about 1/2.
     for (double delta : {0.3, 1.0, 5.0}) {
@@ -48,26 +48,6 @@ TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedAndPublishedValues) {
         EXPECT_NEAR(sd, std::sqrt(var), 1e-9) << alpha;
         EXPECT_NEAR(skew, (m3 - 3 * m1 * m2 + 2 * m1 * m1 * m1) / (var * std::sqrt(var)), 1e-7) << alpha;
     }
-    // Any alpha, against Gauss-Legendre. A curve whose mean lies within 1e-10 of an
-    // end or whose sd is below 1e-12 is declined, leaving the outputs alone.
-    int declined = 0;
-    for (double delta : {0.05, 0.4, 2.0, 30.0})
-        for (double gamma : {-2.0, 0.5, 4.0})
-            for (double alpha : {0.01, 0.3, 1.7, 40.0, 250.0}) {
-                mean = sd = skew = NAN;
-                JohnsonDist::SB3Moments(delta, gamma, alpha, mean, sd, skew);
-                const Moments ref = CurveMoments(delta, gamma, alpha, 1, 0, false);
-                SCOPED_TRACE(std::to_string(delta) + " " + std::to_string(gamma) + " " + std::to_string(alpha));
-                if (std::isnan(mean)) {
-                    ++declined;
-                    EXPECT_TRUE(ref.Mean < 2e-10 || ref.Mean > 1 - 2e-10 || ref.Sd < 2e-12);
-                    continue;
-                }
-                EXPECT_NEAR(mean, ref.Mean, 1e-13);
-                EXPECT_LE(std::fabs(sd / ref.Sd - 1), 1e-11);
-                EXPECT_NEAR(skew, ref.Skew, 1e-9 * (1 + std::fabs(ref.Skew)));
-            }
-    EXPECT_LT(declined, 15);
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
 
@@ -178,32 +158,6 @@ TEST_F(JohnsonFixedEndpoints, SampleMoments) {
     EXPECT_EQ(jd.Mean, 0);
     EXPECT_EQ(jd.JDistribution, before.JDistribution);
     EXPECT_EQ(jd.Delta, before.Delta);
-    EXPECT_TRUE(Rec().AllErrors().empty());
-}
-
-TEST_F(JohnsonFixedEndpoints, CalculateFromDataWithFixedEndpoints) {
-    // A sample spread like an SB3 curve (its quantiles at (i - 1/2) / n): the fit
-    // takes the sample's extremes as end points and its moments as targets.
-    std::vector<double> data;
-    for (int i = 1; i <= 999; ++i)
-        data.push_back(CurvePoint(johnson_reference::NormalQuantile((i - 0.5) / 999), 0.9, 0.3, 1.6, 8, 20, false));
-    JohnsonDist jd;
-    jd.CalculateFromData(data, true);
-    ASSERT_EQ(jd.CalcError, "Success");
-    ASSERT_EQ(jd.JDistribution, "SB3");
-    EXPECT_EQ(jd.Xi, data.front());
-    EXPECT_EQ(jd.Lamda, data.back() - data.front());
-    const Moments got = CurveMoments(jd.Delta, jd.Gamma, jd.Alpha, jd.Lamda, jd.Xi, jd.Reflected);
-    EXPECT_NEAR(got.Mean, jd.Mean, 1e-9 * jd.StDev);
-    EXPECT_NEAR(got.Sd, jd.StDev, 1e-9 * jd.StDev);
-    EXPECT_NEAR(got.Skew, jd.Skewness, 1e-9);
-    // Without fixed end points, the moment fit of the same moments.
-    JohnsonDist free, direct;
-    free.CalculateFromData(data, false);
-    direct.Calculate(jd.Mean, jd.StDev, jd.Skewness, jd.Kurtosis);
-    EXPECT_EQ(free.JDistribution, direct.JDistribution);
-    EXPECT_EQ(free.Delta, direct.Delta);
-    EXPECT_EQ(free.Xi, direct.Xi);
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
 

@@ -58,9 +58,7 @@ long double Phi(long double z) { return std::exp(-z * z / 2) / std::sqrt(2 * 3.1
 
 // Every number in the answer is finite (a NaN or infinity would print as null).
 void ExpectNoNull(const Value& v, const std::string& where) {
-    EXPECT_NE(v.Type, Value::Kind::Null) << where;
-    for (const auto& item : v.Items) ExpectNoNull(item, where);
-    for (const auto& [k, m] : v.Members) ExpectNoNull(m, where + "." + k);
+    for (const auto& path : v.Nulls) ADD_FAILURE() << where << ": null at " << path;
 }
 
 TEST(CliEngine, MomentsAndFitAnswerWithTheirFigures) {
@@ -81,20 +79,20 @@ TEST(CliEngine, MomentsAndFitAnswerWithTheirFigures) {
         ASSERT_EQ(r.Objects.size(), 1u);
         const Value& v = r.Objects[0];
         const char* keys[] = {"mean", "stdev", "skewness", "kurtosis"};
-        for (int i = 0; i < 4; ++i) EXPECT_NEAR(v[keys[i]].Num, want[i], 1e-9 * std::max(1.0, want[i])) << r.Out;
-        EXPECT_TRUE(v["errors"].Items.empty());
+        for (int i = 0; i < 4; ++i) EXPECT_NEAR(v.N(keys[i]), want[i], 1e-9 * std::max(1.0, want[i])) << r.Out;
+        EXPECT_EQ(v.Size.at("errors"), 0u);
     }
     // fit: table 6.1 of the fitting note.
     const CliRun fit = Cli({"fit", "0", "1", "0.5", "2.8"});
     ASSERT_EQ(fit.Status, 0) << fit.Err;
     const Value& v = fit.Objects.at(0);
-    EXPECT_EQ(v["type"].Str, "SB");
-    EXPECT_EQ(v["message"].Str, "Success");
-    EXPECT_NEAR(v["delta"].Num, 1.402419922, 1e-9);
-    EXPECT_NEAR(v["gamma"].Num, 1.036275374, 1e-9);
-    EXPECT_NEAR(v["lamda"].Num, 6.836352812, 1e-8);
-    EXPECT_NEAR(v["xi"].Num, -2.322119145, 1e-8);
-    EXPECT_TRUE(v["errors"].Items.empty());
+    EXPECT_EQ(v.S("type"), "SB");
+    EXPECT_EQ(v.S("message"), "Success");
+    EXPECT_NEAR(v.N("delta"), 1.402419922, 1e-9);
+    EXPECT_NEAR(v.N("gamma"), 1.036275374, 1e-9);
+    EXPECT_NEAR(v.N("lamda"), 6.836352812, 1e-8);
+    EXPECT_NEAR(v.N("xi"), -2.322119145, 1e-8);
+    EXPECT_EQ(v.Size.at("errors"), 0u);
 }
 
 TEST(CliEngine, FailedChecksAndRunTimeErrorsAreReported) {
@@ -107,29 +105,29 @@ TEST(CliEngine, FailedChecksAndRunTimeErrorsAreReported) {
         const CliRun r = Cli(args);
         ASSERT_EQ(r.Status, 0);
         EXPECT_FALSE(r.Objects.at(0).Has("lower") || r.Objects.at(0).Has("mean")) << r.Out;
-        ASSERT_EQ(r.Objects.at(0)["messages"].Items.size(), 1u);
-        EXPECT_EQ(r.Objects.at(0)["messages"][0]["title"].Str, "Pondera");
-        EXPECT_EQ(r.Objects.at(0)["messages"][0]["text"].Str, message);
+        ASSERT_EQ(r.Objects.at(0).Size.at("messages"), 1u);
+        EXPECT_EQ(r.Objects.at(0).S("messages.0.title"), "Pondera");
+        EXPECT_EQ(r.Objects.at(0).S("messages.0.text"), message);
     }
     // Run-time errors appear once per distinct error.
     const Value v = Cli({"moments", "LogNormal", "0", "50"}).Objects.at(0);
-    EXPECT_EQ(v["mean"].Num, 0);
-    ASSERT_EQ(v["errors"].Items.size(), 4u);
-    EXPECT_EQ(v["errors"][0]["label"].Str, "Pondera.m_Distributions.mean");
-    EXPECT_EQ(v["errors"][0]["number"].Num, 6);
-    EXPECT_EQ(v["errors"][0]["description"].Str, "Overflow");
-    EXPECT_EQ(v["errors"][3]["label"].Str, "Pondera.m_Distributions.Kurtosis");
+    EXPECT_EQ(v.N("mean"), 0);
+    ASSERT_EQ(v.Size.at("errors"), 4u);
+    EXPECT_EQ(v.S("errors.0.label"), "Pondera.m_Distributions.mean");
+    EXPECT_EQ(v.N("errors.0.number"), 6);
+    EXPECT_EQ(v.S("errors.0.description"), "Overflow");
+    EXPECT_EQ(v.S("errors.3.label"), "Pondera.m_Distributions.Kurtosis");
     // The same overflow at several grid points is one entry.
     const Value w =
         Cli({"pdf", "Johnson SB", "1", "0", "1", "1e308", "--range", "-1e308", "-9e307", "--points", "5"}).Objects.at(0);
-    ASSERT_EQ(w["errors"].Items.size(), 1u);
-    EXPECT_EQ(w["errors"][0]["label"].Str, "Pondera.m_Distributions.JohnsonSB_PDF");
-    for (double d : w["density"].Numbers()) EXPECT_EQ(d, 0);
+    ASSERT_EQ(w.Size.at("errors"), 1u);
+    EXPECT_EQ(w.S("errors.0.label"), "Pondera.m_Distributions.JohnsonSB_PDF");
+    for (double d : w.Numbers("density")) EXPECT_EQ(d, 0);
 }
 
 TEST(CliEngine, PdfSamplesThePlotGrid) {
     const Value v = Cli({"pdf", "Normal", "1", "2", "--range", "-3", "5", "--points", "8"}).Objects.at(0);
-    const auto x = v["x"].Numbers(), d = v["density"].Numbers();
+    const auto x = v.Numbers("x"), d = v.Numbers("density");
     ASSERT_EQ(x.size(), 8u);
     ASSERT_EQ(d.size(), 8u);
     for (int i = 0; i < 8; ++i) {
@@ -138,7 +136,7 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
     }
     // Johnson names use the engine's own densities: SL keeps lamda inside the logarithm.
     const Value sl = Cli({"pdf", "Johnson SL", "2", "0.5", "3", "1", "--range", "1", "7", "--points", "3"}).Objects.at(0);
-    const auto sx = sl["x"].Numbers(), sd = sl["density"].Numbers();
+    const auto sx = sl.Numbers("x"), sd = sl.Numbers("density");
     EXPECT_EQ(sd[0], 0); // x = xi
     for (int i = 1; i < 3; ++i) {
         const long double y = (sx[i] - 1) / 3.0L, z = 0.5L + 2 * std::log(y);
@@ -148,21 +146,21 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
 
 TEST(CliEngine, PncFigures) {
     const Value v = Cli({"pnc", "Normal", "0", "1", "0", "0", "--lsl", "-3", "--usl", "9"}).Objects.at(0);
-    EXPECT_LE(Rel(v["lower"].Num, 0.00134989803163009452665L), 1e-14);
-    EXPECT_LE(Rel(v["upper"].Num, 1.128588405953840647735e-19L), 1e-13);
-    EXPECT_EQ(v["total"].Num, v["lower"].Num + v["upper"].Num);
+    EXPECT_LE(Rel(v.N("lower"), 0.00134989803163009452665L), 1e-14);
+    EXPECT_LE(Rel(v.N("upper"), 1.128588405953840647735e-19L), 1e-13);
+    EXPECT_EQ(v.N("total"), v.N("lower") + v.N("upper"));
     // An absent limit is unticked: it contributes exactly 0.
     const Value only = Cli({"pnc", "Normal", "0", "1", "--usl", "3"}).Objects.at(0);
-    EXPECT_EQ(only["lower"].Num, 0);
-    EXPECT_EQ(only["total"].Num, only["upper"].Num);
+    EXPECT_EQ(only.N("lower"), 0);
+    EXPECT_EQ(only.N("total"), only.N("upper"));
     // Log-normal limits at or below the threshold.
     const Value ln = Cli({"pnc", "LogNormal", "0", "1", "5", "0", "--lsl", "5", "--usl", "4"}).Objects.at(0);
-    EXPECT_EQ(ln["lower"].Num, 0);
-    EXPECT_EQ(ln["upper"].Num, 1);
+    EXPECT_EQ(ln.N("lower"), 0);
+    EXPECT_EQ(ln.N("upper"), 1);
     // A Johnson name picks its form: SL with lamda -1 lives below xi.
     const Value sl = Cli({"pnc", "Johnson SL", "3", "0.5", "-1", "2", "--lsl", "1", "--usl", "2"}).Objects.at(0);
-    EXPECT_LE(Rel(sl["lower"].Num, 0.30853753872598689637L), 1e-14); // Phi(-0.5)
-    EXPECT_EQ(sl["upper"].Num, 0);
+    EXPECT_LE(Rel(sl.N("lower"), 0.30853753872598689637L), 1e-14); // Phi(-0.5)
+    EXPECT_EQ(sl.N("upper"), 0);
 }
 
 TEST(CliEngine, LinesOnStandardInputAreAnsweredOneByOne) {
@@ -170,27 +168,27 @@ TEST(CliEngine, LinesOnStandardInputAreAnsweredOneByOne) {
                                   "Exponential|1|0||||\n");
     ASSERT_EQ(r.Status, 0) << r.Err;
     ASSERT_EQ(r.Objects.size(), 4u); // the blank line asks nothing
-    EXPECT_NEAR(r.Objects[0]["total"].Num, 0.0026997960632601891, 1e-17);
-    EXPECT_EQ(r.Objects[1]["total"].Num, 0);
-    EXPECT_EQ(r.Objects[1]["status"].Str, "Minimum equals Maximum: the Uniform distribution has no spread.");
-    EXPECT_DOUBLE_EQ(r.Objects[2]["lower"].Num, 0.5); // the symmetric SB's median
-    EXPECT_EQ(r.Objects[2]["upper"].Num, 0);
-    EXPECT_EQ(r.Objects[3]["total"].Num, 0);
+    EXPECT_NEAR(r.Objects[0].N("total"), 0.0026997960632601891, 1e-17);
+    EXPECT_EQ(r.Objects[1].N("total"), 0);
+    EXPECT_EQ(r.Objects[1].S("status"), "Minimum equals Maximum: the Uniform distribution has no spread.");
+    EXPECT_DOUBLE_EQ(r.Objects[2].N("lower"), 0.5); // the symmetric SB's median
+    EXPECT_EQ(r.Objects[2].N("upper"), 0);
+    EXPECT_EQ(r.Objects[3].N("total"), 0);
     // A line that cannot be read is answered and marks the run as a usage error.
     const CliRun bad = Cli({"pnc"}, "Gamma|1|2\nNormal|0|x\nNormal|0|1||||1\n");
     EXPECT_EQ(bad.Status, 2);
     ASSERT_EQ(bad.Objects.size(), 3u);
-    EXPECT_EQ(bad.Objects[0]["invalid"].Str, "unknown distribution \"Gamma\"");
+    EXPECT_EQ(bad.Objects[0].S("invalid"), "unknown distribution \"Gamma\"");
     EXPECT_TRUE(bad.Objects[1].Has("invalid"));
-    EXPECT_NEAR(bad.Objects[2]["upper"].Num, 0.15865525393145705, 1e-16);
+    EXPECT_NEAR(bad.Objects[2].N("upper"), 0.15865525393145705, 1e-16);
     const CliRun fit = Cli({"fit"}, "0 1 1 6\n\n5 2 0 3\n1 2 x 4\n0 -1 0 3\n");
     EXPECT_EQ(fit.Status, 2);
     ASSERT_EQ(fit.Objects.size(), 4u);
-    EXPECT_EQ(fit.Objects[0]["type"].Str, "SU");
-    EXPECT_NEAR(fit.Objects[0]["gamma"].Num, -1.129333464, 1e-9); // table 6.1
-    EXPECT_EQ(fit.Objects[1]["type"].Str, "Normal");
-    EXPECT_EQ(fit.Objects[2]["invalid"].Str, "SKEW \"x\" is not a number");
-    EXPECT_EQ(fit.Objects[3]["message"].Str, "Error: standard deviation less than zero.");
+    EXPECT_EQ(fit.Objects[0].S("type"), "SU");
+    EXPECT_NEAR(fit.Objects[0].N("gamma"), -1.129333464, 1e-9); // table 6.1
+    EXPECT_EQ(fit.Objects[1].S("type"), "Normal");
+    EXPECT_EQ(fit.Objects[2].S("invalid"), "SKEW \"x\" is not a number");
+    EXPECT_EQ(fit.Objects[3].S("message"), "Error: standard deviation less than zero.");
 }
 
 TEST(CliEngine, UsageErrorsExitWithTwo) {
@@ -236,7 +234,7 @@ TEST(CliEngine, BadValuesNeverPrintNullOrCrash) {
     for (const auto& v : r.Objects) {
         ExpectNoNull(v, "pnc");
         if (v.Has("total")) {
-            EXPECT_TRUE(v["lower"].Num >= 0 && v["upper"].Num <= 1);
+            EXPECT_TRUE(v.N("lower") >= 0 && v.N("upper") <= 1);
         }
     }
     for (int n = 0; n < 6; ++n) // the classical ones

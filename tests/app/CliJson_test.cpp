@@ -26,7 +26,7 @@ TEST_F(CliJsonTest, NumbersKeepSeventeenDigitsAndNonFiniteBecomesNull) {
 TEST_F(CliJsonTest, StringsAreEscaped) {
     const std::string nasty = "a\"b\\c\nd\te\x01 \xc3\xa9";
     EXPECT_EQ(cli::Quote(nasty), "\"a\\\"b\\\\c\\nd\\te\\u0001 \xc3\xa9\"");
-    EXPECT_EQ(json_reader::Parse(cli::JsonObject().AddString("k", nasty).Str())["k"].Str, nasty);
+    EXPECT_EQ(json_reader::Parse(cli::JsonObject().AddString("k", nasty).Str()).S("k"), nasty);
 }
 
 TEST_F(CliJsonTest, RecordedMessagesAndDistinctErrorsAreAddedAndCleared) {
@@ -35,14 +35,14 @@ TEST_F(CliJsonTest, RecordedMessagesAndDistinctErrorsAreAddedAndCleared) {
                            {"Pondera.m_Distributions.StDev", 11, "Pondera", "Division by zero", 1}});
     Rec().ShowErrorReport({{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 1}});
     const auto v = json_reader::Parse(cli::JsonObject().Add("x", 1).AddRecorded().Str());
-    ASSERT_EQ(v["messages"].Items.size(), 1u);
-    EXPECT_EQ(v["messages"][0]["title"].Str, "Pondera");
-    EXPECT_EQ(v["messages"][0]["text"].Str, "Standard deviation must be greater than zero.");
-    ASSERT_EQ(v["errors"].Items.size(), 2u);
-    EXPECT_EQ(v["errors"][0]["label"].Str, "Pondera.m_Distributions.mean");
-    EXPECT_EQ(v["errors"][0]["number"].Num, 6);
-    EXPECT_EQ(v["errors"][0]["source"].Str, "Pondera");
-    EXPECT_EQ(v["errors"][1]["description"].Str, "Division by zero");
+    ASSERT_EQ(v.Size.at("messages"), 1u);
+    EXPECT_EQ(v.S("messages.0.title"), "Pondera");
+    EXPECT_EQ(v.S("messages.0.text"), "Standard deviation must be greater than zero.");
+    ASSERT_EQ(v.Size.at("errors"), 2u);
+    EXPECT_EQ(v.S("errors.0.label"), "Pondera.m_Distributions.mean");
+    EXPECT_EQ(v.N("errors.0.number"), 6);
+    EXPECT_EQ(v.S("errors.0.source"), "Pondera");
+    EXPECT_EQ(v.S("errors.1.description"), "Division by zero");
     EXPECT_TRUE(Rec().Messages.empty());
     EXPECT_TRUE(Rec().Reports.empty());
 }

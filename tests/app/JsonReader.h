@@ -1,5 +1,7 @@
-// A small JSON reader for the command-line tests: enough to check what
-// pondera-cli prints, and strict enough to fail on malformed output.
+// A small JSON reader for the command-line tests: strict enough to fail on
+// malformed output, and flat: every value is kept under its path, so
+// {"errors":[{"label":"x"}]} holds the string "x" at "errors.0.label" and the
+// size 1 at "errors".
 #pragma once
 
 #include <cstdlib>
@@ -13,18 +15,17 @@
 namespace json_reader {
 
 struct Value {
-    enum class Kind { Null, Bool, Number, String, Array, Object } Type = Kind::Null;
-    double Num = 0; // also 1 / 0 for true / false
-    std::string Str;
-    std::vector<Value> Items;
-    std::map<std::string, Value> Members;
+    std::map<std::string, double> Num;      // numbers, and true / false as 1 / 0
+    std::map<std::string, std::string> Str; // strings
+    std::map<std::string, size_t> Size;     // arrays and objects: how many members
+    std::vector<std::string> Nulls;         // where a null stood (a NaN or infinity prints so)
 
-    bool Has(const std::string& key) const { return Members.count(key) > 0; }
-    const Value& operator[](const std::string& key) const { return Members.at(key); }
-    const Value& operator[](size_t i) const { return Items.at(i); }
-    std::vector<double> Numbers() const {
+    bool Has(const std::string& path) const { return Num.count(path) || Str.count(path) || Size.count(path); }
+    double N(const std::string& path) const { return Num.at(path); }
+    const std::string& S(const std::string& path) const { return Str.at(path); }
+    std::vector<double> Numbers(const std::string& path) const {
         std::vector<double> out;
-        for (const auto& v : Items) out.push_back(v.Num);
+        for (size_t i = 0; i < Size.at(path); ++i) out.push_back(N(path + "." + std::to_string(i)));
         return out;
     }
 };
@@ -33,9 +34,9 @@ class Parser {
 public:
     explicit Parser(const std::string& text) : s_(text) {}
     Value ParseAll() {
-        Value v = ParseValue();
+        ParseValue("");
         if (Peek() != '\0') Fail("trailing text");
-        return v;
+        return v_;
     }
 
 private:
@@ -45,6 +46,10 @@ private:
     char Peek() { // the next non-blank character, '\0' at the end
         while (pos_ < s_.size() && std::strchr(" \t\r\n", s_[pos_])) ++pos_;
         return pos_ < s_.size() ? s_[pos_] : '\0';
+    }
+    char Next() {
+        if (pos_ >= s_.size()) Fail("unterminated string");
+        return s_[pos_++];
     }
     void Expect(char c) {
         if (Peek() != c) Fail(std::string("expected ") + c);
@@ -69,55 +74,49 @@ private:
         }
         return out;
     }
-    char Next() {
-        if (pos_ >= s_.size()) Fail("unterminated string");
-        return s_[pos_++];
-    }
-    Value ParseValue() {
-        Value v;
+    void ParseValue(const std::string& path) {
+        const std::string prefix = path.empty() ? "" : path + ".";
         const char c = Peek();
         if (c == '{' || c == '[') {
-            const bool object = c == '{';
-            v.Type = object ? Value::Kind::Object : Value::Kind::Array;
+            const char close = c == '{' ? '}' : ']';
+            size_t n = 0;
             ++pos_;
-            if (Peek() == (object ? '}' : ']')) return ++pos_, v;
-            do {
-                if (!object) {
-                    v.Items.push_back(ParseValue());
-                    continue;
-                }
-                const std::string key = ParseString();
-                Expect(':');
-                if (!v.Members.emplace(key, ParseValue()).second) Fail("duplicate key " + key);
-            } while (Peek() == ',' && ++pos_);
-            Expect(object ? '}' : ']');
-            return v;
+            if (Peek() != close) do {
+                    std::string key = std::to_string(n++);
+                    if (c == '{') {
+                        key = ParseString();
+                        Expect(':');
+                        if (v_.Has(prefix + key)) Fail("duplicate key " + key);
+                    }
+                    ParseValue(prefix + key);
+                } while (Peek() == ',' && ++pos_);
+            Expect(close);
+            v_.Size[path] = n;
+            return;
         }
         if (c == '"') {
-            v.Type = Value::Kind::String;
-            v.Str = ParseString();
-            return v;
+            v_.Str[path] = ParseString();
+            return;
         }
         for (const char* word : {"null", "true", "false"})
             if (s_.compare(pos_, std::strlen(word), word) == 0) {
                 pos_ += std::strlen(word);
-                v.Type = *word == 'n' ? Value::Kind::Null : Value::Kind::Bool;
-                v.Num = *word == 't';
-                return v;
+                if (*word == 'n') v_.Nulls.push_back(path);
+                else v_.Num[path] = *word == 't';
+                return;
             }
         // Numbers: JSON grammar only (no nan, inf, hex or leading +).
         static const std::regex number(R"(-?(0|[1-9]\d*)(\.\d+)?([eE][+-]?\d+)?)");
         std::smatch m;
         if (!std::regex_search(s_.begin() + pos_, s_.end(), m, number, std::regex_constants::match_continuous))
             Fail("bad value");
-        v.Type = Value::Kind::Number;
-        v.Num = std::strtod(m.str().c_str(), nullptr);
+        v_.Num[path] = std::strtod(m.str().c_str(), nullptr);
         pos_ += m.length();
-        return v;
     }
 
     const std::string& s_;
     size_t pos_ = 0;
+    Value v_;
 };
 
 inline Value Parse(const std::string& text) { return Parser(text).ParseAll(); }

@@ -235,25 +235,32 @@ sqlite3* OpenReadWrite(const std::string& path, bool& readOnly) {
         if (rc != SQLITE_OK) Fail(db, rc);
         sqlite3_busy_timeout(db, kBusyTimeoutMs);
         readOnly = sqlite3_db_readonly(db, "main") == 1;
+        auto verify = [&] {
+            try {
+                Verify(db);
+            } catch (const DbError& e) {
+                // Tables of the same names but other columns: some other program's
+                // database, as useless to us as a damaged one.
+                if ((e.Code & 0xFF) != SQLITE_ERROR) throw;
+                throw DbError{SQLITE_NOTADB, "not a settings store (" + e.Message + ")"};
+            }
+        };
+        // A file that already holds tables is checked before anything is
+        // changed in it, so one that is not ours is moved aside untouched.
+        if (Statement tables(db, "SELECT count(*) FROM sqlite_master"); tables.Step() && tables.Int(0) > 0)
+            verify();
         if (!readOnly) {
             // WAL lets a reader and a writer work at once; FULL makes each
             // commit durable on its own.
             Exec(db, "PRAGMA journal_mode=WAL");
             Exec(db, "PRAGMA synchronous=FULL");
         }
-        try {
-            if (!readOnly) {
-                Transaction schema(db, true);
-                Exec(db, kSchema);
-                schema.Commit();
-            }
-            Verify(db);
-        } catch (const DbError& e) {
-            // Tables of the same names but other columns: some other program's
-            // database, as useless to us as a damaged one.
-            if ((e.Code & 0xFF) != SQLITE_ERROR) throw;
-            throw DbError{SQLITE_NOTADB, "not a settings store (" + e.Message + ")"};
+        if (!readOnly) {
+            Transaction schema(db, true);
+            Exec(db, kSchema);
+            schema.Commit();
         }
+        verify();
     } catch (...) {
         sqlite3_close_v2(db);
         throw;

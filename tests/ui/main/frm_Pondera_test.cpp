@@ -128,6 +128,9 @@ struct BadInput {
     const char* Selected;
 };
 
+// Row names, not bytes, in the test list.
+void PrintTo(const BadInput& c, std::ostream* os) { *os << c.Name; }
+
 class PlotChecks : public WindowTest, public ::testing::WithParamInterface<BadInput> {};
 
 TEST_P(PlotChecks, StopWithTheMessageAndSelectTheField) {
@@ -231,6 +234,8 @@ struct RangeCase {
     const char* USL;
     double Low, High;       // expected range
 };
+
+void PrintTo(const RangeCase& c, std::ostream* os) { *os << c.Name; }
 
 class PlotRange : public WindowTest, public ::testing::WithParamInterface<RangeCase> {};
 

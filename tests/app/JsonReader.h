@@ -15,7 +15,7 @@
 namespace json_reader {
 
 struct Value {
-    std::map<std::string, double> Num;      // numbers, and true / false as 1 / 0
+    std::map<std::string, double> Num;      // numbers
     std::map<std::string, std::string> Str; // strings
     std::map<std::string, size_t> Size;     // arrays and objects: how many members
     std::vector<std::string> Nulls;         // where a null stood (a NaN or infinity prints so)
@@ -98,13 +98,11 @@ private:
             v_.Str[path] = ParseString();
             return;
         }
-        for (const char* word : {"null", "true", "false"})
-            if (s_.compare(pos_, std::strlen(word), word) == 0) {
-                pos_ += std::strlen(word);
-                if (*word == 'n') v_.Nulls.push_back(path);
-                else v_.Num[path] = *word == 't';
-                return;
-            }
+        if (s_.compare(pos_, 4, "null") == 0) { // the tool prints no true or false
+            pos_ += 4;
+            v_.Nulls.push_back(path);
+            return;
+        }
         // Numbers: JSON grammar only (no nan, inf, hex or leading +).
         static const std::regex number(R"(-?(0|[1-9]\d*)(\.\d+)?([eE][+-]?\d+)?)");
         std::smatch m;

@@ -54,7 +54,9 @@ CliRun Cli(const std::vector<std::string>& args, const std::string& input = "") 
 
 double Rel(double a, long double b) { return static_cast<double>(std::fabs((a - b) / b)); }
 
-long double Phi(long double z) { return std::exp(-z * z / 2) / std::sqrt(2 * 3.141592653589793238462643383279502884L); }
+long double Phi(long double z) {
+    return std::exp(-z * z / 2) / std::sqrt(2 * 3.141592653589793238462643383279502884L);
+}
 
 // Every number in the answer is finite (a NaN or infinity would print as null).
 void ExpectNoNull(const Value& v, const std::string& where) {
@@ -67,7 +69,8 @@ TEST(CliEngine, MomentsAndFitAnswerWithTheirFigures) {
     const std::pair<std::vector<std::string>, std::vector<double>> rows[] = {
         {{"Exponential", "2", "1"}, {1.5, 0.5, 2, 9}}, // the minimum moves only the mean
         {{"LogNormal", "0", "1", "3"},
-         {std::sqrt(e) + 3, std::sqrt(e * (e - 1)), (e + 2) * std::sqrt(e - 1), e * e * e * e + 2 * e * e * e + 3 * e * e - 3}},
+         {std::sqrt(e) + 3, std::sqrt(e * (e - 1)), (e + 2) * std::sqrt(e - 1),
+          e * e * e * e + 2 * e * e * e + 3 * e * e - 3}},
         {{"Triangular", "0", "0", "1"}, {1 / 3.0, std::sqrt(1 / 18.0), 2 * std::sqrt(2.0) / 5, 2.4}},
         {{"Weibull", "1", "1", "0"}, {1, 1, 2, 9}},
     };
@@ -118,8 +121,8 @@ TEST(CliEngine, FailedChecksAndRunTimeErrorsAreReported) {
     EXPECT_EQ(v.S("errors.0.description"), "Overflow");
     EXPECT_EQ(v.S("errors.3.label"), "Pondera.m_Distributions.Kurtosis");
     // The same overflow at several grid points is one entry.
-    const Value w =
-        Cli({"pdf", "Johnson SB", "1", "0", "1", "1e308", "--range", "-1e308", "-9e307", "--points", "5"}).Objects.at(0);
+    const Value w = Cli({"pdf", "Johnson SB", "1", "0", "1", "1e308", "--range", "-1e308", "-9e307", "--points",
+                         "5"}).Objects.at(0);
     ASSERT_EQ(w.Size.at("errors"), 1u);
     EXPECT_EQ(w.S("errors.0.label"), "Pondera.m_Distributions.JohnsonSB_PDF");
     for (double d : w.Numbers("density")) EXPECT_EQ(d, 0);
@@ -135,7 +138,8 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
         EXPECT_LE(Rel(d[i], Phi((x[i] - 1) / 2.0L) / 2), 1e-15);
     }
     // Johnson names use the engine's own densities: SL keeps lamda inside the logarithm.
-    const Value sl = Cli({"pdf", "Johnson SL", "2", "0.5", "3", "1", "--range", "1", "7", "--points", "3"}).Objects.at(0);
+    const Value sl =
+        Cli({"pdf", "Johnson SL", "2", "0.5", "3", "1", "--range", "1", "7", "--points", "3"}).Objects.at(0);
     const auto sx = sl.Numbers("x"), sd = sl.Numbers("density");
     EXPECT_EQ(sd[0], 0); // x = xi
     for (int i = 1; i < 3; ++i) {

@@ -52,7 +52,8 @@ TEST_F(CliJsonTest, ArgumentsFollowTheInputFieldRule) {
     EXPECT_TRUE(cli::ParseArg("-3", v));
     EXPECT_EQ(v, -3);
     EXPECT_TRUE(cli::ParseArg("1e-320", v));
-    for (const char* bad : {"", "nan", "inf", "0x10", "1e400", "abc", "1,5"}) EXPECT_FALSE(cli::ParseArg(bad, v)) << bad;
+    for (const char* bad : {"", "nan", "inf", "0x10", "1e400", "abc", "1,5"})
+        EXPECT_FALSE(cli::ParseArg(bad, v)) << bad;
 }
 
 } // namespace

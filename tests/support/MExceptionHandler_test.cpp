@@ -96,11 +96,14 @@ TEST(FilterFlag, InstallAndRemoveAreIdempotent) {
     }
 }
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winfinite-recursion" // on purpose: runs out of stack
 int Recurse(int depth) {
     volatile char pad[1024];
     pad[0] = static_cast<char>(depth);
     return Recurse(depth + 1) + pad[0];
 }
+#pragma GCC diagnostic pop
 
 TEST(FilterDeath, FaultsThatCannotBeUnwoundAreLoggedAndEndTheProcess) {
     const std::string log =

@@ -26,7 +26,9 @@ namespace {
 
 QApplication& App() {
     static std::filesystem::path dir;
-    static std::unique_ptr<QApplication> app = [] {
+    // Kept to the end of the process: destroyed among the static objects it
+    // would outlive Qt's own and crash on the way out.
+    static QApplication* app = [] {
         dir = std::filesystem::temp_directory_path() / ("pondera-bench-" + std::to_string(getpid()));
         std::atexit([] {
             std::error_code ec;
@@ -39,7 +41,7 @@ QApplication& App() {
         static int argc = 1;
         static char name[] = "pondera_bench";
         static char* argv[] = {name, nullptr};
-        return std::make_unique<QApplication>(argc, argv);
+        return new QApplication(argc, argv);
     }();
     return *app;
 }

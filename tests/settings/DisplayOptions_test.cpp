@@ -11,17 +11,8 @@ using namespace DisplayOptions;
 
 namespace {
 
-class DisplayOptionsTest : public settings_test::StoreTest {
+class DisplayOptionsTest : public settings_test::OptionsStoreTest {
 protected:
-    void SetUp() override {
-        StoreTest::SetUp();
-        AppSettings().Init(kCompanyName, kAppName);
-        SetDefaults();
-    }
-    void TearDown() override {
-        StoreTest::TearDown();
-        SetDefaults();
-    }
     static void Store(const char* key, const std::string& text) { AppSettings().SaveSetting(kSection, key, text); }
 };
 

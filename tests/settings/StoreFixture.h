@@ -1,6 +1,8 @@
 // A private store file and error log per test, the environment put back after.
 #pragma once
 
+#include "settings/CAppSettings.h"
+#include "settings/DisplayOptions.h"
 #include "settings/RegistryStore.h"
 #include "tests/helpers/TestSupport.h"
 
@@ -85,5 +87,20 @@ inline int Wait(pid_t pid) {
 }
 
 inline int InChild(const std::function<int()>& body) { return Wait(Spawn(body)); }
+
+// The program's settings object named as at start-up, the display options at
+// their start values before and after each test.
+class OptionsStoreTest : public StoreTest {
+protected:
+    void SetUp() override {
+        StoreTest::SetUp();
+        AppSettings().Init(DisplayOptions::kCompanyName, DisplayOptions::kAppName);
+        DisplayOptions::SetDefaults();
+    }
+    void TearDown() override {
+        StoreTest::TearDown();
+        DisplayOptions::SetDefaults();
+    }
+};
 
 } // namespace settings_test

@@ -23,18 +23,8 @@ using namespace DisplayOptions;
 
 namespace {
 
-class OptionsDialogTest : public settings_test::StoreTest {
+class OptionsDialogTest : public settings_test::OptionsStoreTest {
 protected:
-    void SetUp() override {
-        StoreTest::SetUp();
-        AppSettings().Init(kCompanyName, kAppName);
-        SetDefaults();
-    }
-    void TearDown() override {
-        StoreTest::TearDown();
-        SetDefaults();
-    }
-
     // Names of the values stored so far, in the order first written.
     static std::vector<std::string> StoredKeys() {
         std::vector<std::string> keys;

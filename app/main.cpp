@@ -2,7 +2,6 @@
 #include "settings/CAppSettings.h"
 #include "settings/DisplayOptions.h"
 #include "support/ErrorTrap.h"
-#include "support/Format.h"
 #include "support/MExceptionHandler.h"
 #include "support/UserFace.h"
 #include "support/m_Interface.h"
@@ -15,29 +14,9 @@
 
 #include <memory>
 #include <string>
-#include <variant>
 
 namespace {
-
 constexpr const char* kMain = "Pondera.m_Main.Main";
-
-// The decimal places stored in the settings, read before any window exists;
-// an empty or missing value leaves the current value.
-void ReadDecimalPlaces() {
-    support::TrapIgnore([&] {
-        const CAppSettings::Value v =
-            AppSettings().GetSetting(DisplayOptions::kSection, "AppDecPlaces", std::string());
-        if (const auto* text = std::get_if<std::string>(&v)) {
-            if (const auto number = support::ParseNumber(*text))
-                DisplayOptions::AppDecPlaces = static_cast<int16_t>(*number);
-        } else if (const auto* n = std::get_if<int64_t>(&v)) {
-            DisplayOptions::AppDecPlaces = static_cast<int16_t>(*n);
-        } else if (const auto* d = std::get_if<double>(&v)) {
-            DisplayOptions::AppDecPlaces = static_cast<int16_t>(*d);
-        }
-    });
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -52,9 +31,9 @@ int main(int argc, char** argv) {
     support::SetFace(&face);
 
     support::Trap(kMain, [&] {
-        AppSettings().Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
+        AppSettings().Init(DisplayOptions::kCompanyName, DisplayOptions::kAppName);
     });
-    ReadDecimalPlaces();
+    DisplayOptions::LoadDecPlaces();
     m_Interface::SetupErrorHandling();
     MExceptionHandler::InstallExceptionFilter();
 

@@ -81,6 +81,16 @@ void SetUpCalculator(DistCalculator& calc, const std::string& key, double p1, do
     const double p[4] = {p1, p2, p3, p4};
     for (int i = 0; i < slots; ++i) calc.SetParam(i + 1, p[i]);
 }
+
+// Sets up the calculator for a cumulative probability; when it refuses, its
+// message goes to the status bar and the caller's figure stays 0.
+bool ReadyForTail(DistCalculator& calc, const std::string& key, double p1, double p2, double p3,
+                  double p4) {
+    SetUpCalculator(calc, key, p1, p2, p3, p4);
+    if (calc.Calculate()) return true;
+    support::Face().SetStatusText(calc.Message());
+    return false;
+}
 } // namespace
 
 // ---- Catalogue -------------------------------------------------------------
@@ -386,11 +396,7 @@ double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, do
     double result = 0;
     support::Trap(kPNC_LSL, [&] {
         DistCalculator calc;
-        SetUpCalculator(calc, calcName, p1, p2, p3, p4);
-        if (!calc.Calculate()) {
-            support::Face().SetStatusText(calc.Message());
-            return;
-        }
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
         // At or below the threshold nothing lies below the limit.
         if (calcName == "Lognormal" && ck(lsl - p3) <= 0) return;
         result = calc.CumulativeProbability(lsl);
@@ -402,11 +408,7 @@ double PNC_USL(const std::string& calcName, double usl, double p1, double p2, do
     double result = 0;
     support::Trap(kPNC_USL, [&] {
         DistCalculator calc;
-        SetUpCalculator(calc, calcName, p1, p2, p3, p4);
-        if (!calc.Calculate()) {
-            support::Face().SetStatusText(calc.Message());
-            return;
-        }
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
         if (calcName == "Lognormal" && usl < p3) return; // below the threshold: cumulative 0
         result = calc.CumulativeProbability(usl);
     });
@@ -418,11 +420,7 @@ double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double 
     double result = 0;
     support::Trap(kPNC_USL_Upper, [&] {
         DistCalculator calc;
-        SetUpCalculator(calc, calcName, p1, p2, p3, p4);
-        if (!calc.Calculate()) {
-            support::Face().SetStatusText(calc.Message());
-            return;
-        }
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
         if (calcName == "Lognormal" && usl < p3) {
             result = 1; // everything lies above a limit below the threshold
             return;

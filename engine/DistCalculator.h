@@ -28,7 +28,6 @@ public:
         key_ = key;
         ready_ = false;
     }
-    const std::string& Distribution() const { return key_; }
     void SetParam(int slot, double value); // slot 1..4
     void SetNumberOfPoints(int n) { n_ = n; }
 

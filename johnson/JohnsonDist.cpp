@@ -47,6 +47,19 @@ void RequireFinite(std::initializer_list<double> values) {
         if (!std::isfinite(v)) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
 }
 
+// Where this beta1 meets the lognormal line: w = exp(delta^-2) of the lognormal
+// with that skewness, and the line's beta2. Runs inside its caller's trap.
+struct LognormalPoint {
+    double W, B2;
+};
+LognormalPoint LognormalLine(double rb1, double b1) {
+    const double x = 0.5 * b1 + 1;
+    const double y = ck(std::fabs(rb1) * std::sqrt(0.25 * b1 + 1));
+    const double u = ck(std::pow(x + y, 1.0 / 3));
+    const double w = ck(u + 1 / u - 1);
+    return {w, ck(w * w * (3 + w * (2 + w)) - 3)};
+}
+
 // SUFIT has no cap in AS 99; this one is only ever reached when it cycles.
 constexpr long kSufitMaxPasses = 100000;
 // Passes SUFIT may take to settle a negative m once beta1 has converged.
@@ -268,14 +281,10 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
             return;
         }
 
-        // Where this beta1 meets the lognormal line.
-        double x = 0.5 * b1 + 1;
-        double y = ck(std::fabs(rb1) * std::sqrt(0.25 * b1 + 1));
-        double u = ck(std::pow(x + y, 1.0 / 3));
-        const double w = ck(u + 1 / u - 1);
-        u = ck(w * w * (3 + w * (2 + w)) - 3);
-        if (b2 < 0) b2 = u;
-        x = ck(u - b2);
+        const LognormalPoint line = LognormalLine(rb1, b1);
+        const double w = line.W;
+        if (b2 < 0) b2 = line.B2;
+        const double x = ck(line.B2 - b2);
 
         if (std::fabs(x) <= tolb) {
             lognormal(w);
@@ -387,13 +396,10 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
 
         // d: first estimate of delta, from where beta2 lies between the lower
         // boundary and the lognormal line.
-        double e = b1 + 1;
-        double x = 0.5 * b1 + 1;
-        double y = ck(std::fabs(rb1) * std::sqrt(0.25 * b1 + 1));
-        double u = ck(std::pow(x + y, 1.0 / 3));
-        double w = ck(u + 1 / u - 1);
-        double f = ck(w * w * (3 + w * (2 + w)) - 3);
-        e = ck((b2 - e) / (f - e));
+        const LognormalPoint line = LognormalLine(rb1, b1);
+        double w = line.W;
+        const double e = ck((b2 - (b1 + 1)) / (line.B2 - (b1 + 1)));
+        double f;
         double d;
         if (std::fabs(rb1) > tol) {
             d = ck(1 / std::sqrt(std::log(w)));
@@ -411,6 +417,7 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
             d = ck((a9 * f - a4) * std::pow(3 - f, -a5));
 
         // g: first estimate of gamma.
+        double u = 0, y = 0;
         double g = 0;
         if (b1 >= tt) {
             if (d <= 1) {

@@ -720,7 +720,7 @@ double JohnsonDist::Johnson5ToNormal(double x, double delta, double gamma, doubl
             double u = ck((x - xi) / xlam);
             if (mirrored) u = 1 - u;
             const double p = ck(std::pow(u, 1 / alpha));
-            result = ck(std::log(p / (1 - std::pow(u, 1 / alpha))) * delta + gamma);
+            result = ck(std::log(p / (1 - p)) * delta + gamma);
         } else {
             fault = 1;
         }

@@ -1,5 +1,6 @@
 #include "support/Format.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cmath>
@@ -116,26 +117,38 @@ std::optional<double> ParseNumber(std::string_view text) {
     while (n > i && space(n - 1)) --n;
     if (i == n) return std::nullopt;
 
-    const size_t start = i;
     bool negative = false;
     if (text[i] == '+' || text[i] == '-') negative = text[i++] == '-';
     const size_t numberStart = i;
+    // The decimal exponent of the first non-zero digit plus the written exponent
+    // tell a number beyond the double range that is too large from one too small.
     size_t mantissaDigits = 0;
-    while (digit(i)) ++i, ++mantissaDigits;
+    long long lead = 0;
+    bool significant = false;
+    while (digit(i)) {
+        if (significant) ++lead;
+        significant = significant || text[i] != '0';
+        ++i, ++mantissaDigits;
+    }
     if (i < n && text[i] == '.') {
         ++i;
-        while (digit(i)) ++i, ++mantissaDigits;
+        while (digit(i)) {
+            if (!significant) --lead;
+            significant = significant || text[i] != '0';
+            ++i, ++mantissaDigits;
+        }
     }
     if (mantissaDigits == 0) return std::nullopt;
-    bool negativeExponent = false;
+    long long exponent = 0;
     if (i < n && (text[i] == 'e' || text[i] == 'E')) {
         ++i;
+        bool negativeExponent = false;
         if (i < n && (text[i] == '+' || text[i] == '-')) negativeExponent = text[i++] == '-';
         if (!digit(i)) return std::nullopt;
-        while (digit(i)) ++i;
+        for (; digit(i); ++i) exponent = std::min(exponent * 10 + (text[i] - '0'), 1000000000000LL);
+        if (negativeExponent) exponent = -exponent;
     }
     if (i != n) return std::nullopt;
-    (void)start;
 
     double value = 0;
     const char* first = text.data() + numberStart;
@@ -144,7 +157,7 @@ std::optional<double> ParseNumber(std::string_view text) {
     if (end != last) return std::nullopt;
     if (ec == std::errc::result_out_of_range) {
         // Too small to represent is zero; too large is not a number.
-        if (!negativeExponent) return std::nullopt;
+        if (lead + exponent >= 0) return std::nullopt;
         value = 0;
     } else if (ec != std::errc() || !std::isfinite(value)) {
         return std::nullopt;

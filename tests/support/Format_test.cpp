@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 namespace {
 
@@ -62,6 +63,14 @@ TEST(ParseNumber, OneRuleForEveryInputField) {
     for (const char* text : {"", "   ", "abc", "nan", "inf", "-infinity", "0x10", "1e309", "1.2.3",
                              "1e", "e5", ".", "+-1", "1 2", "1,5", "12abc"})
         EXPECT_FALSE(support::ParseNumber(text).has_value()) << '"' << text << '"';
+    // Beyond the double range the size of the number decides, not the exponent's sign:
+    // 1e399 written with 400 digits is too large, 1e-396 written with 400 zeros is 0.
+    const std::string huge = "1" + std::string(400, '0') + "e-1";
+    EXPECT_FALSE(support::ParseNumber(huge).has_value());
+    const std::string tiny = "0." + std::string(400, '0') + "1e5";
+    EXPECT_EQ(support::ParseNumber(tiny), 0.0);
+    EXPECT_FALSE(support::ParseNumber("1e99999999999999999999").has_value());
+    EXPECT_EQ(support::ParseNumber("-1e-99999999999999999999"), -0.0);
     EXPECT_EQ(support::Val("abc"), 0); // Val reads what is not a number as 0
     EXPECT_EQ(support::Val(" 4.25 "), 4.25);
 }

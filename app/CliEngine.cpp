@@ -7,8 +7,6 @@
 #include "support/ErrorReporter.h"
 #include "support/UserFace.h"
 
-#include <cstdio>
-#include <iostream>
 #include <optional>
 #include <string>
 
@@ -26,11 +24,6 @@ struct Request {
     std::optional<double> LSL, USL, Low, High;
     int Points = 0;
 };
-
-int Fail(const std::string& command, const std::string& problem) {
-    std::fprintf(stderr, "pondera-cli %s: %s\n", command.c_str(), problem.c_str());
-    return Usage();
-}
 
 bool IsClassical(const std::string& name) {
     const CatalogueEntry* e = FindDistribution(name);

@@ -6,8 +6,6 @@
 #include "support/ErrorReporter.h"
 #include "support/UserFace.h"
 
-#include <cstdio>
-#include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -17,11 +15,6 @@ namespace cli {
 namespace {
 
 constexpr const char* kFields[4] = {"MEAN", "SD", "SKEW", "KURT"};
-
-int Fail(const std::string& problem) {
-    std::fprintf(stderr, "pondera-cli fit: %s\n", problem.c_str());
-    return Usage();
-}
 
 // The four moments from four words; empty on success, else what is wrong.
 std::string ParseMoments(const std::vector<std::string>& words, double (&m)[4]) {
@@ -59,7 +52,7 @@ int RunFit(const Args& args) {
     double m[4];
     if (!args.empty()) {
         if (const std::string problem = ParseMoments(args, m); !problem.empty())
-            return Fail(problem);
+            return Fail("fit", problem);
         PrintFit(m);
         return 0;
     }

@@ -135,6 +135,11 @@ int Usage() {
     return 2;
 }
 
+int Fail(const std::string& command, const std::string& problem) {
+    std::fprintf(stderr, "pondera-cli %s: %s\n", command.c_str(), problem.c_str());
+    return Usage();
+}
+
 void PrintLine(const JsonObject& out) {
     std::printf("%s\n", out.Str().c_str());
     std::fflush(stdout);

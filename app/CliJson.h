@@ -32,6 +32,8 @@ bool ParseArg(const std::string& text, double& value);
 
 // Prints usage to stderr and returns 2.
 int Usage();
+// Prints "pondera-cli COMMAND: PROBLEM" and the usage to stderr; returns 2.
+int Fail(const std::string& command, const std::string& problem);
 
 // Prints one object as one line on standard output, at once.
 void PrintLine(const JsonObject& out);

@@ -7,6 +7,7 @@
 #include "support/ErrorReporter.h"
 #include "support/UserFace.h"
 
+#include <cmath>
 #include <optional>
 #include <string>
 
@@ -56,7 +57,7 @@ std::string Parse(const Args& args, int maxParams, bool limits, bool grid, Reque
             } else if (grid && a == "--points") {
                 std::optional<double> n;
                 problem = value(n);
-                if (problem.empty() && (*n != static_cast<int>(*n) || *n < 1 || *n > kMaxPoints))
+                if (problem.empty() && (*n < 1 || *n > kMaxPoints || *n != std::floor(*n)))
                     problem = "--points takes a whole number from 1 to 32767";
                 if (problem.empty()) r.Points = static_cast<int>(*n);
             } else {

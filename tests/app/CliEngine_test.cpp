@@ -202,6 +202,7 @@ TEST(CliEngine, UsageErrorsExitWithTwo) {
         {"pdf", "Normal", "0", "1", "--range", "0", "--points", "5"},
         {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "0"},
         {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "40000"},
+        {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "1e300"},
         {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "2.5"},
         {"pdf", "Johnson", "1", "0", "1", "0", "--range", "0", "1", "--points", "5"},
         {"pnc", "Normal", "0", "1", "--lsl"}, {"pnc", "Normal", "0", "1", "--lsl", "nan"},

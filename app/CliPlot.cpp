@@ -3,9 +3,8 @@
 // everything the window shows is printed as one JSON object.
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
+#include "engine/m_Distributions.h"
 #include "settings/DisplayOptions.h"
-#include "support/ErrorReporter.h"
-#include "support/Format.h"
 #include "support/UserFace.h"
 #include "ui/draw/DistributionCombo.h"
 #include "ui/draw/PictureBox.h"
@@ -23,7 +22,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -135,7 +133,11 @@ bool Parse(const Args& args, PlotArgs& p, std::string& error) {
         const std::string& value = args[++i];
         double number = 0;
         int whole = 0;
-        if (flag == "--dist") p.Dist = value;
+        if (flag == "--dist") {
+            if (!m_Distributions::FindDistribution(value))
+                return error = "unknown distribution " + value, false;
+            p.Dist = value;
+        }
         else if (flag.rfind("--param", 0) == 0 && flag.size() == 8 && flag[7] >= '1' && flag[7] <= '4')
             p.Param[flag[7] - '1'] = value;
         else if (flag == "--lsl") p.LSL = value;
@@ -240,10 +242,8 @@ int RunPlot(const Args& args) {
     if (p.YTicks) DisplayOptions::AppYTicks = static_cast<int16_t>(*p.YTicks);
 
     // Choosing the distribution runs the list's change event (labels, defaults).
-    if (!w.dd_Distribution->SelectText(QString::fromStdString(p.Dist))) {
-        std::fprintf(stderr, "pondera-cli plot: unknown distribution %s\n", p.Dist.c_str());
-        return PlotUsage();
-    }
+    // The list holds every catalogue name, so the name checked above is in it.
+    w.dd_Distribution->SelectText(QString::fromStdString(p.Dist));
     RunAsAction([&] { w.dd_Distribution_Click(); });
 
     if (p.Moments) {
@@ -308,7 +308,7 @@ int RunPlot(const Args& args) {
     else
         out.AddRaw("focus", "null");
     out.AddRecorded();
-    std::printf("%s\n", out.Str().c_str());
+    PrintLine(out);
 
     face.Window = nullptr;
     window.reset();

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <pthread.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -65,7 +66,7 @@ void RtlMoveMemory(void* destination, const void* source, size_t length) {
 
 bool installed = false;
 constexpr int kSignals[] = {SIGSEGV, SIGFPE, SIGILL, SIGBUS};
-struct sigaction previous[4];
+struct sigaction previous[std::size(kSignals)];
 thread_local bool inHandler = false;
 char* mainStackLow = nullptr;   // lowest address of the main thread's stack
 char altStack[64 * 1024];

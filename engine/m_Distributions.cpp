@@ -41,18 +41,13 @@ using m_NumRecipes::kernel::DivZ;
 using m_NumRecipes::kernel::LinearZ;
 using m_NumRecipes::kernel::LogRatio;
 using m_NumRecipes::kernel::PhiScaled;
+using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
 // Quiet comparisons: a NaN fails the rule (and shows its message) instead of
 // raising an invalid-operation fault.
 inline bool Gt(double a, double b) { return std::isgreater(a, b); }
 inline bool Le(double a, double b) { return std::islessequal(a, b); }
-
-void RequireFinite(std::initializer_list<double> values) {
-    // NaN and infinity pass through arithmetic without raising a flag; refuse them here.
-    for (double v : values)
-        if (!std::isfinite(v)) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
-}
 
 bool Classical(int code) { return code >= kNormal && code <= kUniform; }
 

@@ -17,17 +17,12 @@ constexpr double kCof[6] = {76.1800917294715,    -86.5053203294168,   24.0140982
                             -1.23173957245015,   0.00120865097386618, -5.395239384953E-06};
 constexpr double kSerStart = 1.00000000019001;
 constexpr double kSqrt2PiFactor = 2.506628274631;
-
-void RequireFinite(double v) {
-    // A NaN would pass through the series without raising any flag.
-    if (!std::isfinite(v)) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
-}
 } // namespace
 
 double gammln(double xx) {
     double result = 0;
     support::Trap(kGammln, [&] {
-        RequireFinite(xx);
+        kernel::RequireFinite({xx});
         const double x = xx;
         double y = xx;
         double tmp = x + 5.5;
@@ -47,7 +42,7 @@ double gammln(double xx) {
 double Gamma(double x) {
     double result = 0;
     support::Trap(kGamma, [&] {
-        RequireFinite(x);
+        kernel::RequireFinite({x});
         // No reflection formula: arguments <= 0 are not supported. The series
         // divides by x, which overflows below about 6e-307. Refusing both here
         // keeps Gamma from turning gammln's failure (0) into exp(0) = 1.
@@ -65,6 +60,11 @@ constexpr double kLogSqrt2Pi = 0.918938533204672741780329736406;
 constexpr double kSqrtHalf = 0.707106781186547524400844362104849;
 constexpr double kLn2 = 0.693147180559945309417232121458;
 } // namespace
+
+void RequireFinite(std::initializer_list<double> values) {
+    for (double v : values)
+        if (!std::isfinite(v)) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
+}
 
 double NormalCdf(double z) { return 0.5 * std::erfc(-z * kSqrtHalf); }
 

@@ -19,6 +19,10 @@ inline constexpr double kInvSqrt2Pi = 0.398942280401432677939946059934381868;
 // |z| beyond this has a normal tail probability of exactly 0 in double precision.
 inline constexpr double kZFar = 1e150;
 
+// NaN and infinity pass through arithmetic without raising a floating-point
+// flag, so the entry points refuse them as an invalid argument (error 5).
+void RequireFinite(std::initializer_list<double> values);
+
 double NormalCdf(double z);   // P(Z <= z)
 double NormalUpper(double z); // P(Z > z), computed directly so small tails keep their digits
 

@@ -8,12 +8,14 @@
 // this program's own (tighter than published), and they are marked where used.
 #include "johnson/JohnsonDist.h"
 
+#include "engine/m_NumRecipes.h"
 #include "support/ErrorTrap.h"
 
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
 
+using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
 namespace {
@@ -40,12 +42,6 @@ constexpr const char* kFixedEndpointMessage = "Pondera.JohnsonDist.FixedEndpoint
 
 // The program's tolerance for the moment fit (the published value is 0.01).
 constexpr double kTol = 0.0001;
-// NaN and infinity pass through arithmetic without raising a floating-point
-// flag, so the entry points refuse them as an invalid argument.
-void RequireFinite(std::initializer_list<double> values) {
-    for (double v : values)
-        if (!std::isfinite(v)) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
-}
 
 // Where this beta1 meets the lognormal line: w = exp(delta^-2) of the lognormal
 // with that skewness, and the line's beta2. Runs inside its caller's trap.

@@ -247,20 +247,26 @@ sqlite3* OpenReadWrite(const std::string& path, bool& readOnly) {
         };
         // A file that already holds tables is checked before anything is
         // changed in it, so one that is not ours is moved aside untouched.
-        if (Statement tables(db, "SELECT count(*) FROM sqlite_master"); tables.Step() && tables.Int(0) > 0)
-            verify();
+        bool existing = false;
+        if (Statement tables(db, "SELECT count(*) FROM sqlite_master"); tables.Step())
+            existing = tables.Int(0) > 0;
+        if (existing) verify();
         if (!readOnly) {
             // WAL lets a reader and a writer work at once; FULL makes each
             // commit durable on its own.
             Exec(db, "PRAGMA journal_mode=WAL");
             Exec(db, "PRAGMA synchronous=FULL");
         }
-        if (!readOnly) {
-            Transaction schema(db, true);
-            Exec(db, kSchema);
-            schema.Commit();
+        // Only a new store is written to while opening: one that is ours
+        // opens without the write lock, which another program may hold.
+        if (!existing) {
+            if (!readOnly) {
+                Transaction schema(db, true);
+                Exec(db, kSchema);
+                schema.Commit();
+            }
+            verify();
         }
-        verify();
     } catch (...) {
         sqlite3_close_v2(db);
         throw;

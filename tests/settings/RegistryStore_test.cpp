@@ -196,6 +196,27 @@ TEST_F(StoreTest, TwoProcessesWritingAThousandValuesEachAtOnceLoseNone) {
     EXPECT_TRUE(last == "w0-999" || last == "w1-999") << last;
 }
 
+TEST_F(StoreTest, AnotherProgramHoldingTheWriteLockDoesNotStopAStartingOneReading) {
+    ASSERT_EQ(SetText(Create(HKEY_CURRENT_USER, "Software\\Held"), "Old", "kept"), ERROR_SUCCESS);
+    Reopen();
+    // Another program sits in an open write transaction (a sqlite3 shell, a frozen process).
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(StorePath().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+
+    // A program starting now reads its settings at once; the watchdog ends a
+    // child that waits for the lock instead.
+    EXPECT_EQ(settings_test::InChild([&] {
+        alarm(60);
+        HKEY k = 0;
+        if (RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Held", 1, &k) != ERROR_SUCCESS) return 1;
+        if (GetText(k, "Old") != "kept") return 2;
+        return CurrentMode() == Mode::ReadWrite ? 0 : 3;
+    }), 0);
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_close(other);
+}
+
 TEST_F(StoreTest, ADamagedFileIsMovedAsideUnchangedLoggedAndAFreshStoreTakesItsPlace) {
     const std::pair<const char*, std::function<void()>> damages[] = {
         {"garbage", [&] { std::ofstream(StorePath(), std::ios::binary) << std::string(5000, 'G'); }},

@@ -21,15 +21,11 @@ int16_t DecPlaces = 6;
 std::string CalculatorName(int code) {
     std::string result;
     support::Trap(kCalculatorName, [&] {
-        switch (code) {
-        case 5: result = "Weibull"; break;
-        case 6: result = "Uniform"; break;
-        case 2: result = "Triangular"; break;
-        case 3: result = "Exponential"; break;
-        case 1: result = "Normal"; break;
-        case 4: result = "Lognormal"; break;
-        default: result = "Johnson"; break; // the three Johnson types
-        }
+        // The catalogue's key for the code; "Johnson" for the Johnson types and
+        // for any code the catalogue does not know.
+        result = "Johnson";
+        for (const auto& entry : m_Distributions::Catalogue())
+            if (entry.Code == code) result = entry.CalculatorKey;
     });
     return result;
 }

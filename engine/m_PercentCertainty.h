@@ -13,7 +13,7 @@ extern double Param1, Param2, Param3, Param4;
 extern double LSL, USL;
 extern int16_t DecPlaces;
 
-// Calculator key for the current code: the six classical keys, "Johnson" for 7, 8, 9.
+// Calculator key for the current code: the six classical keys, "Johnson" for 7, 8, 9 and any other.
 std::string CalculatorName(int code);
 
 double CalcLSLPNC(); // P(X < LSL)

@@ -821,14 +821,10 @@ void frm_Pondera::ShowResults() {
 void frm_Pondera::CalcMomentsforDistribution() {
     support::Trap(kCalcMomentsforDistribution, [&] {
         const double p1 = ValOf(tb_Param1), p2 = ValOf(tb_Param2), p3 = ValOf(tb_Param3);
-        const std::string name = S(dd_Distribution->Text());
-        int code = 0;
-        if (name == "Normal") code = m_Distributions::kNormal;
-        else if (name == "Exponential") code = m_Distributions::kExponential;
-        else if (name == "LogNormal") code = m_Distributions::kLogNormal;
-        else if (name == "Uniform") code = m_Distributions::kUniform;
-        else if (name == "Triangular") code = m_Distributions::kTriangular;
-        else if (name == "Weibull") code = m_Distributions::kWeibull;
+        // The Johnson kinds have no closed-form moments: their codes give 0.
+        const m_Distributions::CatalogueEntry* entry =
+            m_Distributions::FindDistribution(S(dd_Distribution->Text()));
+        const int code = entry ? entry->Code : 0;
 
         // Each family gets the parameters it uses; the others go in as 0.
         double mArgs[3] = {0, 0, 0}; // for the mean

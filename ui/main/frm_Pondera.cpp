@@ -715,28 +715,13 @@ void frm_Pondera::Plot() {
 
         // Ticked limits must hold numbers.
         if (!LimitFieldsAreNumbers()) return;
-        const auto limits = LimitFields();
 
         // The moments are computed once the inputs are known good, so a failed
         // check leaves the previous results in place.
         CalcMomentsforDistribution();
 
-        // Range: mean +- k standard deviations or the fixed endpoints, widened
-        // to every ticked limit and to the point where the density starts.
-        double low = 0, high = 0;
-        if (DisplayOptions::AppXRange == 0) {
-            low = support::ck(CurMean - DisplayOptions::AppNumStDev * CurStDev);
-            high = support::ck(CurMean + DisplayOptions::AppNumStDev * CurStDev);
-        } else {
-            low = DisplayOptions::AppXMin;
-            high = DisplayOptions::AppXMax;
-        }
-        for (const auto& f : limits) {
-            if (!f.Check->isChecked()) continue;
-            const double v = ValOf(f.Box);
-            low = m_Interface::Min(low, v);
-            high = m_Interface::Max(high, v);
-        }
+        // The range also takes in the point where the density starts.
+        auto [low, high] = DisplayRange(CurMean, CurStDev);
         if (entry && entry->MinimumSlot && *entry->MinimumSlot) {
             const double minimum = std::string(entry->MinimumSlot) == "2" ? Param2 : Param3;
             low = m_Interface::Min(low, minimum);
@@ -787,6 +772,23 @@ bool frm_Pondera::LimitFieldsAreNumbers() {
         }
     }
     return true;
+}
+
+std::pair<double, double> frm_Pondera::DisplayRange(double mean, double stDev) const {
+    double low = 0, high = 0;
+    if (DisplayOptions::AppXRange == 0) {
+        low = support::ck(mean - DisplayOptions::AppNumStDev * stDev);
+        high = support::ck(mean + DisplayOptions::AppNumStDev * stDev);
+    } else {
+        low = DisplayOptions::AppXMin;
+        high = DisplayOptions::AppXMax;
+    }
+    for (const auto& f : LimitFields()) {
+        const bool ticked = f.Check->isChecked();
+        low = m_Interface::Min(low, ticked ? ValOf(f.Box) : kUnticked);
+        high = m_Interface::Max(high, ticked ? ValOf(f.Box) : -kUnticked);
+    }
+    return {low, high};
 }
 
 void frm_Pondera::WriteRangeBack(double low, double high) {
@@ -1054,7 +1056,6 @@ bool frm_Pondera::PlotbyMoments() {
             }
         }
         if (!LimitFieldsAreNumbers()) return;
-        const auto limits = LimitFields();
 
         const double mean = ValOf(tb_Mean), stDev = ValOf(tb_StDev);
         const double skewness = ValOf(tb_Skewness), kurtosis = ValOf(tb_Kurtosis);
@@ -1075,22 +1076,7 @@ bool frm_Pondera::PlotbyMoments() {
         tb_Param3->setText(Q(support::Format(fit.Lamda, pattern)));
         tb_Param4->setText(Q(support::Format(fit.Xi, pattern)));
 
-        double xMin = 0, xMax = 0;
-        if (DisplayOptions::AppXRange == 0) {
-            xMin = support::ck(mean - DisplayOptions::AppNumStDev * stDev);
-            xMax = support::ck(mean + DisplayOptions::AppNumStDev * stDev);
-            DisplayOptions::AppXMin = xMin;
-            DisplayOptions::AppXMax = xMax;
-        } else {
-            xMin = DisplayOptions::AppXMin;
-            xMax = DisplayOptions::AppXMax;
-        }
-        auto lo = [&](const LimitField& f) { return f.Check->isChecked() ? ValOf(f.Box) : kUnticked; };
-        auto hi = [&](const LimitField& f) { return f.Check->isChecked() ? ValOf(f.Box) : -kUnticked; };
-        using m_Interface::Max;
-        using m_Interface::Min;
-        xMin = Min(lo(limits[2]), Min(lo(limits[1]), Min(xMin, lo(limits[0]))));
-        xMax = Max(hi(limits[2]), Max(hi(limits[1]), Max(xMax, hi(limits[0]))));
+        const auto [xMin, xMax] = DisplayRange(mean, stDev);
         if (!Drawable(xMin, xMax)) {
             SetStatus(fit.CalcError);
             support::MsgBox(kNoWidth, kWarningTitle);

@@ -17,6 +17,7 @@
 #include <array>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 class DistributionCombo;
@@ -222,6 +223,9 @@ private:
     void FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box);
     void SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box);
     void DrawChart(const DensityChart::Input& input, PictureBox& surface);
+    // Mean +- k standard deviations or the fixed endpoints, widened so that
+    // every ticked limit lies in it (an unticked one counts as +-1e299).
+    std::pair<double, double> DisplayRange(double mean, double stDev) const;
     void WriteRangeBack(double low, double high);
     // The spec-limit fields in the order LSL, Target, USL, with their messages.
     struct LimitField {

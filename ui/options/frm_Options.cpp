@@ -59,6 +59,14 @@ template <class Handler> auto AsEvent(Handler handler) {
     };
 }
 
+// A tick box holding a valid count moves its spin button along, quietly.
+void SpinFollowsBox(const QLineEdit* box, SpinButton* spin) {
+    if (const auto n = TicksFrom(Text(box))) {
+        const QSignalBlocker quiet(spin);
+        spin->SetValue(*n);
+    }
+}
+
 QLabel* FieldLabel(const QString& text, QWidget* buddy) {
     auto* label = new QLabel(text);
     label->setBuddy(buddy);
@@ -211,16 +219,8 @@ void frm_Options::ConnectEvents() {
     connect(sb_YTicks, &SpinButton::ValueChanged, this, AsEvent([this] { sb_YTicks_Change(); }));
     connect(ob_StDev, &QRadioButton::toggled, this, AsEvent([this] { ob_StDev_Click(); }));
     connect(ob_Endpoints, &QRadioButton::toggled, this, AsEvent([this] { ob_Endpoints_Click(); }));
-    // A valid count typed into a tick box moves its spin button along.
-    const std::pair<QLineEdit*, SpinButton*> tickPairs[] = {{tb_XTicks, sb_XTicks}, {tb_YTicks, sb_YTicks}};
-    for (const auto& [box, spin] : tickPairs) {
-        connect(box, &QLineEdit::textEdited, this, [box = box, spin = spin] {
-            if (const auto n = TicksFrom(Text(box))) {
-                const QSignalBlocker quiet(spin);
-                spin->SetValue(*n);
-            }
-        });
-    }
+    for (const auto& [box, spin] : {std::pair{tb_XTicks, sb_XTicks}, std::pair{tb_YTicks, sb_YTicks}})
+        connect(box, &QLineEdit::textEdited, this, [box = box, spin = spin] { SpinFollowsBox(box, spin); });
     for (auto* box : {tb_NumStDev, tb_XMin, tb_XMax, tb_XTicks, tb_YTicks}) box->installEventFilter(this);
 }
 
@@ -488,12 +488,8 @@ void frm_Options::Restore(const Snapshot& s) {
     tb_XMax->setText(s.XMax);
     tb_XTicks->setText(s.XTicks);
     tb_YTicks->setText(s.YTicks);
-    for (const auto& [box, spin] : {std::pair{tb_XTicks, sb_XTicks}, std::pair{tb_YTicks, sb_YTicks}}) {
-        if (const auto n = TicksFrom(Text(box))) {
-            const QSignalBlocker quiet(spin);
-            spin->SetValue(*n);
-        }
-    }
+    SpinFollowsBox(tb_XTicks, sb_XTicks);
+    SpinFollowsBox(tb_YTicks, sb_YTicks);
     cp_Background->SetColor(s.Background);
     cp_InSpec->SetColor(s.InSpec);
     cp_OutSpec->SetColor(s.OutSpec);

@@ -24,9 +24,8 @@ void ErrorReporter::SetApplication(std::string title, std::string path, std::str
 }
 
 void ErrorReporter::Report(const std::string& label, int32_t number, const std::string& source,
-                           const std::string& description, bool show) {
+                           const std::string& description) {
     AppendLog(label, number, source, description);
-    if (!show) return;
     for (auto& entry : pending_) {
         if (entry.Label == label && entry.Number == number && entry.Source == source &&
             entry.Description == description) {
@@ -52,13 +51,11 @@ void ErrorReporter::Flush() {
     Face().ShowErrorReport(entries);
 }
 
-namespace {
-std::string ProgramFolder() {
+std::string ErrorReporter::ProgramFolder() {
     std::error_code ec;
     const fs::path exe = fs::read_symlink("/proc/self/exe", ec);
     return ec ? std::string() : exe.parent_path().string();
 }
-} // namespace
 
 std::string ErrorReporter::LogPath() const {
     if (const char* env = std::getenv("PONDERA_ERROR_LOG"); env && *env) return env;

@@ -20,13 +20,15 @@ public:
     // Logs the error and either shows it at once (no user action running) or
     // keeps it until the outermost action ends.
     void Report(const std::string& label, int32_t number, const std::string& source,
-                const std::string& description, bool show = true);
+                const std::string& description);
 
     void BeginAction();
     void EndAction();
     // Shows what has been gathered now.
     void Flush();
 
+    // The folder of the running program.
+    static std::string ProgramFolder();
     // Where the log goes: PONDERA_ERROR_LOG, else the program's folder when it is
     // writable, else $XDG_STATE_HOME/Pondera (default ~/.local/state/Pondera).
     std::string LogPath() const;

@@ -58,7 +58,11 @@ void CheckFp();
 // Checks the floating-point flags once `v` has been computed, then returns it.
 // Use it where a value is stored, so that a faulty value never lands in a result.
 inline double ck(double v) {
+#if defined(__x86_64__) || defined(__i386__)
     asm volatile("" : "+x"(v)); // keep the computation of v before the flag test
+#else
+    asm volatile("" : "+g"(v));
+#endif
     CheckFp();
     return v;
 }

@@ -5,7 +5,6 @@
 #include "support/UserFace.h"
 
 #include <cmath>
-#include <filesystem>
 
 #ifndef PONDERA_VERSION
 #define PONDERA_VERSION "0"
@@ -23,10 +22,8 @@ constexpr const char* kPi = "Pondera.m_Interface.Pi";
 
 void SetupErrorHandling() {
     support::Trap(kSetupErrorHandling, [&] {
-        std::error_code ec;
-        const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
         support::ErrorReporter::Instance().SetApplication(
-            support::kAppTitle, ec ? std::string() : exe.parent_path().string(), PONDERA_VERSION);
+            support::kAppTitle, support::ErrorReporter::ProgramFolder(), PONDERA_VERSION);
     });
 }
 

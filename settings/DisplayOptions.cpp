@@ -42,12 +42,15 @@ std::optional<double> Read(const char* key, double current) {
     return NumberOf(AppSettings().GetSetting(kSection, key, CAppSettings::Value(current)));
 }
 
-bool IsWhole(double v) { return std::floor(v) == v; }
+// A whole number in [low, high].
+bool WholeIn(const std::optional<double>& v, double low, double high) {
+    return v && std::floor(*v) == *v && *v >= low && *v <= high;
+}
 
 // Integers in [low, high] replace value; anything else leaves it.
 template <class Int> void ReadWhole(const char* key, Int& value, double low, double high) {
     const auto v = Read(key, static_cast<double>(value));
-    if (v && IsWhole(*v) && *v >= low && *v <= high) value = static_cast<Int>(*v);
+    if (WholeIn(v, low, high)) value = static_cast<Int>(*v);
 }
 
 // The 0/1 rule: compared with 0, then with 1; anything else leaves the flag.
@@ -84,7 +87,7 @@ void Load() {
         ReadWhole(kAppOutSpecColor, AppOutSpecColor, 0, kLargestColor);
         ReadWhole(kAppXTicks, AppXTicks, 1, kMaxTicks);
         ReadWhole(kAppYTicks, AppYTicks, 1, kMaxTicks);
-        ReadWhole(kAppDecPlaces, AppDecPlaces, 0, 6);
+        ReadWhole(kAppDecPlaces, AppDecPlaces, 0, kMaxDecPlaces);
         ReadWhole(kAppXRange, AppXRange, 0, 1);
         if (const auto v = Read(kAppNumStDev, AppNumStDev); v && *v > 0) AppNumStDev = *v;
         if (const auto v = Read(kAppXMin, AppXMin)) AppXMin = *v;
@@ -98,7 +101,7 @@ void LoadDecPlaces() {
     support::TrapIgnore([&] {
         const auto stored = AppSettings().GetSetting(kSection, kAppDecPlaces, std::string());
         const auto v = NumberOf(stored);
-        if (v && IsWhole(*v) && *v >= 0 && *v <= 6) AppDecPlaces = static_cast<int16_t>(*v);
+        if (WholeIn(v, 0, kMaxDecPlaces)) AppDecPlaces = static_cast<int16_t>(*v);
     });
 }
 
@@ -119,7 +122,7 @@ std::optional<double> RangeEndFrom(std::string_view text) { return support::Pars
 
 std::optional<int16_t> TicksFrom(std::string_view text) {
     const auto v = support::ParseNumber(text);
-    if (!v || !IsWhole(*v) || *v < 1 || *v > kMaxTicks) return std::nullopt;
+    if (!WholeIn(v, 1, kMaxTicks)) return std::nullopt;
     return static_cast<int16_t>(*v);
 }
 

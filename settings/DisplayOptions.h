@@ -71,6 +71,8 @@ inline constexpr const char* kMsgRangeOrder =
 
 // Largest tick count the 16-bit option holds.
 inline constexpr int kMaxTicks = 32767;
+// Decimal places run from 0 to this.
+inline constexpr int kMaxDecPlaces = 6;
 
 // The value a field's text stands for, or nothing when it fails its check.
 std::optional<double> NumStDevFrom(std::string_view text);   // a number > 0

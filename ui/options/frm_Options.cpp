@@ -45,7 +45,6 @@ constexpr const char* kLabelStDev = "Pondera.frm_Options.ob_StDev_Click";
 constexpr const char* kLabelEndpoints = "Pondera.frm_Options.ob_Endpoints_Click";
 constexpr const char* kLabelFocus = "Pondera.frm_Options.Form_LostFocus";
 
-constexpr int kLargestPlaces = 6;
 constexpr int kFieldWidth = 96;
 
 std::string Text(const QLineEdit* box) { return box->text().toStdString(); }
@@ -227,8 +226,8 @@ void frm_Options::ConnectEvents() {
 void frm_Options::Form_Load() {
     support::Trap(kLabelFormLoad, [&] {
         dd_Decimal->clear();
-        for (int places = 0; places <= kLargestPlaces; ++places) dd_Decimal->addItem(QString::number(places));
-        dd_Decimal->setCurrentIndex(std::clamp<int>(AppDecPlaces, 0, kLargestPlaces));
+        for (int places = 0; places <= kMaxDecPlaces; ++places) dd_Decimal->addItem(QString::number(places));
+        dd_Decimal->setCurrentIndex(std::clamp<int>(AppDecPlaces, 0, kMaxDecPlaces));
         tb_NumStDev->setText(Q(support::Format(AppNumStDev, "")));
         tb_XTicks->setText(QString::number(AppXTicks));
         tb_YTicks->setText(QString::number(AppYTicks));

@@ -15,8 +15,7 @@ constexpr int kSwatchMargin = 6;
 ColorPicker::ColorPicker(QWidget* parent) : QPushButton(parent) {
     setAutoDefault(false); // Enter in the dialog applies; it never opens a colour dialog
     connect(this, &QPushButton::clicked, this, &ColorPicker::ChooseColor);
-    SetColor(0);
-    setToolTip(look::ToQColor(color_).name(QColor::HexRgb).toUpper());
+    SetColor(0); // gives the tool tip
 }
 
 void ColorPicker::SetColor(uint32_t bgr) {

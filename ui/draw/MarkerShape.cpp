@@ -32,22 +32,8 @@ void MarkerShape::Move(double left, double top) {
     Place();
 }
 
-void MarkerShape::SetSize(int width, int height) {
-    resize(width, height);
-}
-
 void MarkerShape::SetFillColor(uint32_t bgr) {
     fillColor_ = bgr;
-    update();
-}
-
-void MarkerShape::SetBorderColor(uint32_t bgr) {
-    borderColor_ = bgr;
-    update();
-}
-
-void MarkerShape::SetShape(Kind kind) {
-    kind_ = kind;
     update();
 }
 
@@ -83,21 +69,11 @@ void MarkerShape::paintEvent(QPaintEvent*) {
         path.lineTo(r.center().x(), r.top());
         path.closeSubpath();
         break;
-    case Kind::Diamond:
-        path.moveTo(r.center().x(), r.top());
-        path.lineTo(r.right(), r.center().y());
-        path.lineTo(r.center().x(), r.bottom());
-        path.lineTo(r.left(), r.center().y());
-        path.closeSubpath();
-        break;
     case Kind::Circle:
         path.addEllipse(r);
         break;
-    case Kind::Square:
-        path.addRect(r);
-        break;
     }
     p.fillPath(path, look::ToQColor(fillColor_));
-    p.setPen(QPen(look::ToQColor(borderColor_), 1));
+    p.setPen(QPen(look::ToQColor(look::kBlack), 1));
     p.drawPath(path);
 }

@@ -11,7 +11,7 @@ class MarkerShape : public QWidget {
     Q_OBJECT
 
 public:
-    enum class Kind { TriangleDown, TriangleUp, Diamond, Circle, Square };
+    enum class Kind { TriangleDown, TriangleUp, Circle };
 
     explicit MarkerShape(QWidget* parent = nullptr, Kind kind = Kind::TriangleDown,
                          int width = 11, int height = 11);
@@ -25,17 +25,10 @@ public:
     void SetLeft(double left);
     void SetTop(double top);
     void Move(double left, double top);
-    void SetSize(int width, int height);
 
-    // 0x00BBGGRR.
+    // 0x00BBGGRR; the outline is always black.
     uint32_t FillColor() const { return fillColor_; }
     void SetFillColor(uint32_t bgr);
-    // Outline colour, 0x00BBGGRR.
-    uint32_t BorderColor() const { return borderColor_; }
-    void SetBorderColor(uint32_t bgr);
-
-    Kind Shape() const { return kind_; }
-    void SetShape(Kind kind);
 
     bool Visible() const { return visible_; }
     // Unlike QWidget::setVisible this is remembered even while the parent is hidden.
@@ -51,6 +44,5 @@ private:
     double left_ = 0;
     double top_ = 0;
     uint32_t fillColor_ = 0x000000;
-    uint32_t borderColor_ = 0x000000;
     bool visible_ = true;
 };

@@ -72,9 +72,8 @@ void PictureBox::SetPictureSize(int width, int height) {
 }
 
 QFont PictureBox::DrawFont() const {
-    QFont font(fontName_.isEmpty() ? look::AppFontFamily() : fontName_);
-    font.setPointSizeF(fontSize_ > 0 ? fontSize_ : 8.25);
-    font.setBold(fontBold_);
+    QFont font = look::AppFont(fontSize_);
+    if (!fontName_.isEmpty()) font.setFamily(fontName_);
     return font;
 }
 

@@ -46,8 +46,6 @@ public:
     void SetFontName(const QString& name) { fontName_ = name; metrics_.reset(); }
     double FontSize() const { return fontSize_; }
     void SetFontSize(double points) { fontSize_ = points; metrics_.reset(); }
-    bool FontBold() const { return fontBold_; }
-    void SetFontBold(bool bold) { fontBold_ = bold; metrics_.reset(); }
     QFont DrawFont() const;
 
     // Text cursor: the top-left corner of the next Print.
@@ -121,7 +119,6 @@ private:
     bool fontTransparent_ = false;
     QString fontName_;
     double fontSize_ = 8.25;
-    bool fontBold_ = false;
 };
 
 // Old-runtime mouse button and shift codes from Qt's.

@@ -2,6 +2,7 @@
 
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
+#include "ui/draw/Look.h"
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/m_AntiAlias.h"
 #include "ui/draw/m_GetDIBBits.h"
@@ -16,8 +17,7 @@ namespace DensityChart {
 
 namespace {
 
-constexpr uint32_t kBlack = 0x000000;
-constexpr uint32_t kDragRed = 0x0000FF;
+using look::kBlack;
 
 std::size_t PointCount(std::span<const double> x, std::span<const double> y) {
     const std::size_t n = std::min(x.size(), y.size());
@@ -188,7 +188,7 @@ Result Draw(PictureBox& surface, const Input& in) {
         return px;
     };
     if (in.LSL.Ticked) {
-        const double px = limitLine(in.LSL, 2, in.DraggingLSL ? kDragRed : kBlack, "LSL", 10);
+        const double px = limitLine(in.LSL, 2, in.DraggingLSL ? look::kRed : kBlack, "LSL", 10);
         result.LSLMarker = {support::ck(px - in.LSLMarkerWidth / 2), true};
     }
     if (in.Target.Ticked) {
@@ -196,7 +196,7 @@ Result Draw(PictureBox& surface, const Input& in) {
         limitLine(in.Target, 3, kBlack, "Target", 15);
     }
     if (in.USL.Ticked) {
-        const double px = limitLine(in.USL, 2, in.DraggingUSL ? kDragRed : kBlack, "USL", 10);
+        const double px = limitLine(in.USL, 2, in.DraggingUSL ? look::kRed : kBlack, "USL", 10);
         result.USLMarker = {support::ck(px - in.USLMarkerWidth / 2), true};
     }
 

@@ -14,8 +14,8 @@ namespace SkewKurtChart {
 
 namespace {
 
-constexpr uint32_t kBlack = 0x000000;
-constexpr uint32_t kWhite = 0xFFFFFF;
+using look::kBlack;
+using look::kWhite;
 
 void Frame(PictureBox& surface, double w, double h) {
     surface.SetDrawWidth(1);

@@ -94,29 +94,25 @@ bool MarkerHit(double pointerX, double markerLeft, double markerWidth) {
 Result Draw(PictureBox& surface, const Input& in) {
     Result result;
 
-    // 1. Background.
     if (in.Refresh) {
         surface.SetBackColor(in.BackColor);
         surface.Cls();
     }
 
-    // 2. Margins.
     const double w = surface.ScaleWidth();
     const double h = surface.ScaleHeight();
     Geometry g = Geometry::ForSize(w, h);
     surface.SetForeColor(kBlack);
     surface.SetDrawWidth(1);
 
-    // 3. Axes.
     if (in.Refresh) {
         if (in.XAxis) surface.Line(0.15 * w, 0.85 * h, 0.85 * w, 0.85 * h, kBlack);
         if (in.YAxis) surface.Line(0.15 * w, 0.15 * h, 0.15 * w, 0.85 * h, kBlack);
     }
 
-    // 4. Ranges.
     g.SetRanges(in.X, in.Y);
 
-    // 5. Shading: one vertical line per sample, coloured sample by sample. Each
+    // Shading: one vertical line per sample, coloured sample by sample. Each
     // line is as wide as its share of the gaps to its neighbours (at least one
     // pixel), so the area reads as filled without stripes.
     const std::size_t n = PointCount(in.X, in.Y);
@@ -141,7 +137,7 @@ Result Draw(PictureBox& surface, const Input& in) {
     }
     surface.SetForeColor(kBlack);
 
-    // 6. Ticks and their labels.
+    // Ticks and their labels.
     if (in.Refresh) {
         const double fontSize = surface.FontSize();
         if (in.XAxis) {
@@ -168,11 +164,11 @@ Result Draw(PictureBox& surface, const Input& in) {
         }
     }
 
-    // 7. The text cursor is parked; the chart has no axis titles.
+    // The text cursor is parked; the chart has no axis titles.
     surface.CurrentX = 0.04 * w;
     surface.CurrentY = 0.03 * h;
 
-    // 8. Spec-limit lines, labels and markers.
+    // Spec-limit lines, labels and markers.
     auto limitLine = [&](const Limit& limit, int width, uint32_t color, const char* label,
                          double labelShift) -> double {
         const double px = g.Px(limit.Value);
@@ -200,10 +196,10 @@ Result Draw(PictureBox& surface, const Input& in) {
         result.USLMarker = {support::ck(px - in.USLMarkerWidth / 2), true};
     }
 
-    // 9. The baseline over the shading, out to the plot's right end.
+    // The baseline over the shading, out to the plot's right end.
     surface.Line(g.X0, g.Y0, g.X0 + g.PlotWidth, g.Y0, kBlack);
 
-    // 10. The curve as sub-pixel dots; 11. the overlay in light green.
+    // The curve as sub-pixel dots, then the overlay in light green.
     DrawDots(surface, g, in.X, in.Y, 0, 0, 0);
     if (in.Overlay) DrawDots(surface, g, in.OverlayX, in.OverlayY, 125, 255, 125);
 

@@ -50,7 +50,6 @@ Result Draw(PictureBox& surface, const Boundary& boundary, const Input& in) {
     Result result;
     const std::size_t n = std::min(boundary.S.size(), boundary.K.size());
 
-    // 1. White background, black frame.
     surface.SetBackColor(kWhite);
     surface.SetForeColor(kBlack);
     const double w = surface.ScaleWidth();
@@ -60,7 +59,7 @@ Result Draw(PictureBox& surface, const Boundary& boundary, const Input& in) {
         Frame(surface, w, h);
     }
 
-    // 2. The drawing's scale: skewness over the boundary's span, kurtosis from 0.
+    // The drawing's scale: skewness over the boundary's span, kurtosis from 0.
     DrawScale scale;
     scale.W = w;
     scale.H = h;
@@ -74,7 +73,7 @@ Result Draw(PictureBox& surface, const Boundary& boundary, const Input& in) {
     scale.SkewHigh = skewHigh;
     scale.KurtTop = kurtTop;
 
-    // 3. The impossible region: one vertical line per boundary point, wide
+    // The impossible region: one vertical line per boundary point, wide
     // enough that neighbouring lines leave no white column between them.
     const uint32_t shadow = look::kButtonShadow;
     surface.SetForeColor(shadow);
@@ -89,7 +88,7 @@ Result Draw(PictureBox& surface, const Boundary& boundary, const Input& in) {
     surface.SetDrawWidth(1);
     surface.SetForeColor(kBlack);
 
-    // 4. Ticks into the plot from the bottom and the left edge.
+    // Ticks into the plot from the bottom and the left edge.
     if (in.XAxis) {
         for (int j = 0; j <= in.XTicks; ++j) {
             const double x = support::ck(j * w / in.XTicks);
@@ -103,13 +102,13 @@ Result Draw(PictureBox& surface, const Boundary& boundary, const Input& in) {
         }
     }
 
-    // 5. Axis ends; the bottom caption says 1 although the drawing starts at 0.
+    // Axis ends; the bottom caption says 1 although the drawing starts at 0.
     result.Texts.XMin = support::Format(skewLow, "0.0");
     result.Texts.XMax = support::Format(skewHigh, "0.0");
     result.Texts.YMin = support::Format(1, "0.0");
     result.Texts.YMax = support::Format(kurtTop, "0.0");
 
-    // 7. The boundary itself, anti-aliased, each point one pixel lower so it
+    // The boundary itself, anti-aliased, each point one pixel lower so it
     // sits on the grey region's edge under the pixel rule of the buffer.
     if (n > 1 && m_GetDIBBits::InitSetDIBPixel(surface)) {
         for (std::size_t i = 0; i + 1 < n; ++i) {

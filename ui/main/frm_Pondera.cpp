@@ -1038,7 +1038,7 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
 bool frm_Pondera::PlotbyMoments() {
     bool drawn = false;
     support::Trap(kPlotbyMoments, [&] {
-        // 1. Validation; only numericness is tested here, the fit judges the rest.
+        // Only numericness is tested here, the fit judges the rest.
         struct Check {
             QLineEdit* Box;
             const char* Message;

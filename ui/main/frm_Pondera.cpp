@@ -1462,18 +1462,17 @@ void frm_Pondera::cb_LSL_Click() { SpecLimitClick(kcb_LSL_Click, cb_LSL, tb_LSL)
 void frm_Pondera::cb_Target_Click() { SpecLimitClick(kcb_Target_Click, cb_Target, tb_Target); }
 void frm_Pondera::cb_USL_Click() { SpecLimitClick(kcb_USL_Click, cb_USL, tb_USL); }
 
-void frm_Pondera::tb_Mean_Change() {
-    support::Trap(ktb_Mean_Change, [&] { if (cb_DrawbyMoments->isChecked()) but_Plot->setEnabled(true); });
+// Outside moments mode the moment boxes are outputs: a change there means nothing.
+void frm_Pondera::MomentChanged(const char* label) {
+    support::Trap(label, [&] {
+        if (cb_DrawbyMoments->isChecked()) but_Plot->setEnabled(true);
+    });
 }
-void frm_Pondera::tb_StDev_Change() {
-    support::Trap(ktb_StDev_Change, [&] { if (cb_DrawbyMoments->isChecked()) but_Plot->setEnabled(true); });
-}
-void frm_Pondera::tb_Skewness_Change() {
-    support::Trap(ktb_Skewness_Change, [&] { if (cb_DrawbyMoments->isChecked()) but_Plot->setEnabled(true); });
-}
-void frm_Pondera::tb_Kurtosis_Change() {
-    support::Trap(ktb_Kurtosis_Change, [&] { if (cb_DrawbyMoments->isChecked()) but_Plot->setEnabled(true); });
-}
+
+void frm_Pondera::tb_Mean_Change() { MomentChanged(ktb_Mean_Change); }
+void frm_Pondera::tb_StDev_Change() { MomentChanged(ktb_StDev_Change); }
+void frm_Pondera::tb_Skewness_Change() { MomentChanged(ktb_Skewness_Change); }
+void frm_Pondera::tb_Kurtosis_Change() { MomentChanged(ktb_Kurtosis_Change); }
 
 void frm_Pondera::mnuXAxis_Click() {
     support::Trap(kmnuXAxis_Click, [&] {

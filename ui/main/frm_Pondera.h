@@ -220,6 +220,7 @@ private:
     SkewKurtChart::PickScale ReadPickScale() const;
     void ShowResults();
     void EnablePlot(const char* label);
+    void MomentChanged(const char* label);
     void FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box);
     void SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box);
     void DrawChart(const DensityChart::Input& input, PictureBox& surface);

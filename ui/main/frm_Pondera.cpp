@@ -1288,32 +1288,30 @@ void frm_Pondera::pb_SkewKurt_MouseUp(int, int, double, double) {
 // ---------------------------------------------------------------------------
 // Spec-limit markers
 
+std::array<frm_Pondera::DragMarker, 2> frm_Pondera::DragMarkers() {
+    return {{{cb_LSL, tb_LSL, sh_LSL, DragLSL}, {cb_USL, tb_USL, sh_USL, DragUSL}}};
+}
+
+// A press on a ticked limit's marker arms it, a second press releases it;
+// LSL first, then USL, each redrawing before the next is tested.
 void frm_Pondera::DragMouseDown(int button, double x) {
     if (button != 1) return;
-    if (cb_LSL->isChecked() && DensityChart::MarkerHit(x, sh_LSL->Left(), sh_LSL->Width())) {
-        DragLSL = !DragLSL;
-        sh_LSL->SetFillColor(DragLSL ? look::kRed : look::kBlack);
-        NumPoints = DragLSL ? 75 : 500;
-        Plot();
-    }
-    if (cb_USL->isChecked() && DensityChart::MarkerHit(x, sh_USL->Left(), sh_USL->Width())) {
-        DragUSL = !DragUSL;
-        sh_USL->SetFillColor(DragUSL ? look::kRed : look::kBlack);
-        NumPoints = DragUSL ? 75 : 500;
+    for (const DragMarker& m : DragMarkers()) {
+        if (!m.Check->isChecked() || !DensityChart::MarkerHit(x, m.Shape->Left(), m.Shape->Width()))
+            continue;
+        m.Armed = !m.Armed;
+        m.Shape->SetFillColor(m.Armed ? look::kRed : look::kBlack);
+        NumPoints = m.Armed ? 75 : 500;
         Plot();
     }
 }
 
 void frm_Pondera::DragMouseMove(double x) {
     const std::string pattern = m_Interface::FormatDec(DisplayOptions::AppDecPlaces);
-    if (DragLSL && cb_LSL->isChecked()) {
-        sh_LSL->SetLeft(x - sh_LSL->Width() / 2.0);
-        tb_LSL->setText(Q(support::Format(ChartGeometry.ValueAtPixel(x), pattern)));
-        Plot();
-    }
-    if (DragUSL && cb_USL->isChecked()) {
-        sh_USL->SetLeft(x - sh_USL->Width() / 2.0);
-        tb_USL->setText(Q(support::Format(ChartGeometry.ValueAtPixel(x), pattern)));
+    for (const DragMarker& m : DragMarkers()) {
+        if (!m.Armed || !m.Check->isChecked()) continue;
+        m.Shape->SetLeft(x - m.Shape->Width() / 2.0);
+        m.Box->setText(Q(support::Format(ChartGeometry.ValueAtPixel(x), pattern)));
         Plot();
     }
 }

@@ -237,6 +237,14 @@ private:
     std::array<LimitField, 3> LimitFields() const;
     // False, after the message and with the field focused, when a ticked limit is not a number.
     bool LimitFieldsAreNumbers();
+    // The LSL and USL markers with their boxes and drag flags.
+    struct DragMarker {
+        QCheckBox* Check;
+        QLineEdit* Box;
+        MarkerShape* Shape;
+        bool& Armed;
+    };
+    std::array<DragMarker, 2> DragMarkers();
     void DragMouseDown(int button, double x);
     void DragMouseMove(double x);
     void DragMouseUp();

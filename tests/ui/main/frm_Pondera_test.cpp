@@ -475,6 +475,21 @@ TEST_F(DragTest, APressBesideTheMarkerOrOnAnUntickedOneArmsNothing) {
     EXPECT_EQ(w->NumPoints, points);
 }
 
+TEST_F(DragTest, TheUSLMarkerDragsTheUpperLimitAlone) {
+    QTest::mousePress(w->pb_Slider, Qt::LeftButton, {}, On(w->sh_USL));
+    const QPoint to(static_cast<int>(w->ChartGeometry.Px(2.0)), 8); // on the 75-point chart
+    EXPECT_TRUE(w->DragUSL);
+    EXPECT_FALSE(w->DragLSL);
+    EXPECT_EQ(w->sh_USL->FillColor(), 0x0000FFu);
+    QTest::mouseMove(w->pb_Slider, to);
+    EXPECT_NEAR(Num(w->tb_USL), 2.0, w->ChartGeometry.XRange / w->ChartGeometry.PlotWidth);
+    EXPECT_EQ(Text(w->tb_LSL), "-1");
+    Release(w->pb_Slider, to);
+    EXPECT_FALSE(w->DragUSL);
+    EXPECT_EQ(w->sh_USL->FillColor(), 0u);
+    EXPECT_LT(RelErr(Num(w->tb_UpperPNC), Phi(-Num(w->tb_USL))), 1e-6);
+}
+
 TEST_F(DragTest, DraggingLSLPastUSLEmptiesThePNC) {
     const QPoint past(static_cast<int>(w->ChartGeometry.Px(1.5)), 100);
     QTest::mousePress(w->pb_PDF, Qt::LeftButton, {}, On(w->sh_LSL));

@@ -807,17 +807,19 @@ void frm_Pondera::ShowResults() {
     const bool lsl = cb_LSL->isChecked();
     const bool usl = cb_USL->isChecked();
     if (lsl && usl && !(ValOf(tb_LSL) < ValOf(tb_USL))) {
-        tb_PNC->clear();
-        tb_LowerPNC->clear();
-        tb_UpperPNC->clear();
+        ShowPNC({}, {}, {});
     } else if (lsl || usl) {
         CalcPercent();
     } else {
         const QString zero = Q(support::Format(0.0, DisplayOptions::Pattern()));
-        tb_LowerPNC->setText(zero);
-        tb_UpperPNC->setText(zero);
-        tb_PNC->setText(zero);
+        ShowPNC(zero, zero, zero);
     }
+}
+
+void frm_Pondera::ShowPNC(const QString& lower, const QString& upper, const QString& total) {
+    tb_LowerPNC->setText(lower);
+    tb_UpperPNC->setText(upper);
+    tb_PNC->setText(total);
 }
 
 void frm_Pondera::CalcMomentsforDistribution() {
@@ -879,9 +881,7 @@ void frm_Pondera::CalcPercent() {
             // z = gamma + delta x (any code but 7, 8, 9), which is what its
             // delta and gamma describe; a fit without a curve has no figures.
             if (!fit_.Valid) {
-                tb_LowerPNC->clear();
-                tb_UpperPNC->clear();
-                tb_PNC->clear();
+                ShowPNC({}, {}, {});
                 return;
             }
             if (fit_.Type == "SB") pc::CurrentDistribution = m_Distributions::kJohnsonSB;
@@ -912,9 +912,8 @@ void frm_Pondera::CalcPercent() {
             upper = pc::CalcUSLPNC();
         }
         const std::string pattern = DisplayOptions::Pattern();
-        tb_LowerPNC->setText(Q(support::Format(lower, pattern)));
-        tb_UpperPNC->setText(Q(support::Format(upper, pattern)));
-        tb_PNC->setText(Q(support::Format(support::ck(lower + upper), pattern)));
+        ShowPNC(Q(support::Format(lower, pattern)), Q(support::Format(upper, pattern)),
+                Q(support::Format(support::ck(lower + upper), pattern)));
     });
 }
 

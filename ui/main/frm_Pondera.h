@@ -219,6 +219,7 @@ private:
     void SkewKurtLockClick();
     SkewKurtChart::PickScale ReadPickScale() const;
     void ShowResults();
+    void ShowPNC(const QString& lower, const QString& upper, const QString& total);
     void EnablePlot(const char* label);
     void MomentChanged(const char* label);
     void FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box);

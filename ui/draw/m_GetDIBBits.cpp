@@ -160,15 +160,6 @@ uint32_t PixelBuffer::Get(int x, int y) const {
 
 // ---- Pixel access --------------------------------------------------------------
 
-bool InitSetDIBPixel(PictureBox& surface) {
-    bool opened = false;
-    support::Trap(kInitSetDIBPixel, [&] {
-        Close();
-        opened = OpenOn(surface.Image());
-    });
-    return opened;
-}
-
 bool InitSetDIBPixel(QImage& image) {
     bool opened = false;
     support::Trap(kInitSetDIBPixel, [&] {
@@ -176,6 +167,10 @@ bool InitSetDIBPixel(QImage& image) {
         opened = OpenOn(image);
     });
     return opened;
+}
+
+bool InitSetDIBPixel(PictureBox& surface) {
+    return InitSetDIBPixel(surface.Image());
 }
 
 bool InitSetDIBPixel(PixelBuffer& buffer) {

@@ -44,7 +44,9 @@ TEST_F(AntiAliasTest, IntPartIsTheLargestWholeNumberNotAboveAndReportsNoNumber) 
     EXPECT_TRUE(ErrorLabels().empty());
     for (double v : testing_support::BadValues()) {
         const long long r = m_AntiAlias::IntPart(v);
-        if (std::isfinite(v) && std::fabs(v) < 1e15) EXPECT_EQ(r, static_cast<long long>(std::floor(v))) << v;
+        if (std::isfinite(v) && std::fabs(v) < 1e15) {
+            EXPECT_EQ(r, static_cast<long long>(std::floor(v))) << v;
+        }
     }
     // NaN, both infinities and the four huge values.
     EXPECT_EQ(ErrorLabels(), std::vector<std::string>(7, "Pondera.m_AntiAlias.IntPart"));

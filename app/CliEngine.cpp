@@ -48,8 +48,10 @@ std::string Parse(const Args& args, int maxParams, bool limits, bool grid, Reque
         };
         std::string problem;
         if (a.rfind("--", 0) == 0) {
-            if (limits && a == "--lsl") problem = value(r.LSL);
-            else if (limits && a == "--usl") problem = value(r.USL);
+            if (limits && a == "--lsl")
+                problem = value(r.LSL);
+            else if (limits && a == "--usl")
+                problem = value(r.USL);
             else if (grid && a == "--range") {
                 problem = value(r.Low);
                 if (problem.empty()) problem = value(r.High);
@@ -77,7 +79,8 @@ std::string Parse(const Args& args, int maxParams, bool limits, bool grid, Reque
 
 // The three checks in the order Plot runs them; the first that fails has shown its message.
 bool ParametersPass(const Request& r) {
-    return CheckParam1(r.Dist, r.P[0], r.P[1], r.P[2]) && CheckParam2(r.Dist, r.P[0], r.P[1], r.P[2]) &&
+    return CheckParam1(r.Dist, r.P[0], r.P[1], r.P[2]) &&
+           CheckParam2(r.Dist, r.P[0], r.P[1], r.P[2]) &&
            CheckParam3(r.Dist, r.P[0], r.P[1], r.P[2]);
 }
 
@@ -122,7 +125,8 @@ std::string ParseLine(const std::string& line, Request& r) {
     while (true) {
         const size_t bar = line.find('|', start);
         if (count == 7) return "more than seven fields";
-        fields[count++] = line.substr(start, bar == std::string::npos ? std::string::npos : bar - start);
+        fields[count++] =
+            line.substr(start, bar == std::string::npos ? std::string::npos : bar - start);
         if (bar == std::string::npos) break;
         start = bar + 1;
     }
@@ -134,12 +138,14 @@ std::string ParseLine(const std::string& line, Request& r) {
         return text.find_first_not_of(" \t") == std::string::npos || ParseArg(text, out);
     };
     for (int i = 0; i < 4; ++i)
-        if (!number(fields[i + 1], r.P[i])) return "parameter \"" + fields[i + 1] + "\" is not a number";
+        if (!number(fields[i + 1], r.P[i]))
+            return "parameter \"" + fields[i + 1] + "\" is not a number";
     for (int i = 0; i < 2; ++i) {
         const std::string& text = fields[5 + i];
         if (text.find_first_not_of(" \t") == std::string::npos) continue;
         double v;
-        if (!ParseArg(text, v)) return std::string(i ? "USL" : "LSL") + " \"" + text + "\" is not a number";
+        if (!ParseArg(text, v))
+            return std::string(i ? "USL" : "LSL") + " \"" + text + "\" is not a number";
         (i ? r.USL : r.LSL) = v;
     }
     return "";
@@ -151,7 +157,8 @@ int RunMoments(const Args& args) {
     Request r;
     if (const std::string problem = Parse(args, 3, false, false, r); !problem.empty())
         return Fail("moments", problem);
-    if (!IsClassical(r.Dist)) return Fail("moments", "moments are given for the six classical distributions");
+    if (!IsClassical(r.Dist))
+        return Fail("moments", "moments are given for the six classical distributions");
     JsonObject out;
     support::Recorder().Clear();
     {
@@ -187,17 +194,20 @@ int RunPdf(const Args& args) {
             const double low = *r.Low, high = *r.High;
             const int n = r.Points;
             std::vector<double> x(static_cast<size_t>(n)), density(static_cast<size_t>(n), 0.0);
-            for (int i = 1; i <= n; ++i) x[static_cast<size_t>(i - 1)] = GridX(low, high, n, i);
+            for (int i = 1; i <= n; ++i)
+                x[static_cast<size_t>(i - 1)] = GridX(low, high, n, i);
             const double d = r.P[0], g = r.P[1], l = r.P[2], xi = r.P[3];
             if (IsClassical(r.Dist)) {
-                const auto values = GetPDFData(r.Dist, low, high, n, r.P[0], r.P[1], r.P[2], r.P[3]);
+                const auto values =
+                    GetPDFData(r.Dist, low, high, n, r.P[0], r.P[1], r.P[2], r.P[3]);
                 for (int i = 1; i <= n && i < static_cast<int>(values.size()); ++i)
                     density[static_cast<size_t>(i - 1)] = values[static_cast<size_t>(i)];
             } else {
-                auto pdf = r.Dist == "Johnson SB" ? JohnsonSB_PDF
+                auto pdf = r.Dist == "Johnson SB"   ? JohnsonSB_PDF
                            : r.Dist == "Johnson SL" ? JohnsonSL_PDF
                                                     : JohnsonSU_PDF;
-                for (size_t i = 0; i < x.size(); ++i) density[i] = pdf(x[i], d, g, l, xi);
+                for (size_t i = 0; i < x.size(); ++i)
+                    density[i] = pdf(x[i], d, g, l, xi);
             }
             out.AddRaw("x", NumberArray(x)).AddRaw("density", NumberArray(density));
         }
@@ -211,7 +221,8 @@ int RunPnc(const Args& args) {
         Request r;
         if (const std::string problem = Parse(args, 4, true, false, r); !problem.empty())
             return Fail("pnc", problem);
-        if (!FindDistribution(r.Dist)) return Fail("pnc", "unknown distribution \"" + r.Dist + "\"");
+        if (!FindDistribution(r.Dist))
+            return Fail("pnc", "unknown distribution \"" + r.Dist + "\"");
         JsonObject out = Pnc(r);
         Print(out);
         return 0;

@@ -19,8 +19,8 @@ constexpr const char* kFields[4] = {"MEAN", "SD", "SKEW", "KURT"};
 // The four moments from four words; empty on success, else what is wrong.
 std::string ParseMoments(const std::vector<std::string>& words, double (&m)[4]) {
     if (words.size() != 4)
-        return "four numbers are needed, MEAN SD SKEW KURT (got " +
-               std::to_string(words.size()) + ")";
+        return "four numbers are needed, MEAN SD SKEW KURT (got " + std::to_string(words.size()) +
+               ")";
     for (int i = 0; i < 4; ++i)
         if (!ParseArg(words[i], m[i]))
             return std::string(kFields[i]) + " \"" + words[i] + "\" is not a number";
@@ -60,7 +60,8 @@ int RunFit(const Args& args) {
     return AnswerLines("fit", [&](const std::string& line) {
         std::istringstream in(line);
         std::vector<std::string> words;
-        for (std::string w; in >> w;) words.push_back(w);
+        for (std::string w; in >> w;)
+            words.push_back(w);
         if (std::string problem = ParseMoments(words, m); !problem.empty()) return problem;
         PrintFit(m);
         return std::string();

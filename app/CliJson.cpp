@@ -15,13 +15,27 @@ std::string Quote(std::string_view text) {
     for (const char ch : text) {
         const auto c = static_cast<unsigned char>(ch);
         switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        case '\b': out += "\\b"; break;
-        case '\f': out += "\\f"; break;
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
+        case '\b':
+            out += "\\b";
+            break;
+        case '\f':
+            out += "\\f";
+            break;
         default:
             if (c < 0x20) {
                 char buf[8];
@@ -51,7 +65,9 @@ std::string NumberArray(const std::vector<double>& values) {
     return out + "]";
 }
 
-JsonObject& JsonObject::Add(std::string_view key, double value) { return AddRaw(key, Number(value)); }
+JsonObject& JsonObject::Add(std::string_view key, double value) {
+    return AddRaw(key, Number(value));
+}
 
 JsonObject& JsonObject::AddRaw(std::string_view key, std::string_view json) {
     if (!body_.empty()) body_ += ",";
@@ -104,7 +120,9 @@ JsonObject& JsonObject::AddRecorded() {
     return *this;
 }
 
-std::string JsonObject::Str() const { return "{" + body_ + "}"; }
+std::string JsonObject::Str() const {
+    return "{" + body_ + "}";
+}
 
 bool ParseArg(const std::string& text, double& value) {
     const auto parsed = support::ParseNumber(text);
@@ -114,24 +132,23 @@ bool ParseArg(const std::string& text, double& value) {
 }
 
 int Usage() {
-    std::fputs(
-        "usage: pondera-cli COMMAND ARGUMENTS\n"
-        "  moments DIST P1 [P2 [P3]]\n"
-        "      mean, stdev, skewness and kurtosis of a classical distribution\n"
-        "  pdf DIST P1 P2 P3 P4 --range LOW HIGH --points N\n"
-        "      the density on x(i) = LOW + (i - 1)(HIGH - LOW)/N, i = 1..N (N up to 32767)\n"
-        "  pnc DIST P1 P2 P3 P4 [--lsl X] [--usl X]\n"
-        "      fraction nonconforming below the LSL, above the USL and in total;\n"
-        "      with no arguments, one line DIST|P1|P2|P3|P4|LSL|USL per request on\n"
-        "      standard input (an empty field is absent)\n"
-        "  fit MEAN SD SKEW KURT\n"
-        "      the Johnson curve with these moments (or lines on standard input)\n"
-        "  plot --dist NAME ...\n"
-        "      the window's plot, headless (not in builds without the window)\n"
-        "DIST: Normal, LogNormal, Exponential, Weibull, Uniform, Triangular (moments),\n"
-        "      and Johnson SB, Johnson SL, Johnson SU (pdf, pnc). Missing trailing\n"
-        "      parameters are 0. Output: one JSON object per answer on standard output.\n",
-        stderr);
+    std::fputs("usage: pondera-cli COMMAND ARGUMENTS\n"
+               "  moments DIST P1 [P2 [P3]]\n"
+               "      mean, stdev, skewness and kurtosis of a classical distribution\n"
+               "  pdf DIST P1 P2 P3 P4 --range LOW HIGH --points N\n"
+               "      the density on x(i) = LOW + (i - 1)(HIGH - LOW)/N, i = 1..N (N up to 32767)\n"
+               "  pnc DIST P1 P2 P3 P4 [--lsl X] [--usl X]\n"
+               "      fraction nonconforming below the LSL, above the USL and in total;\n"
+               "      with no arguments, one line DIST|P1|P2|P3|P4|LSL|USL per request on\n"
+               "      standard input (an empty field is absent)\n"
+               "  fit MEAN SD SKEW KURT\n"
+               "      the Johnson curve with these moments (or lines on standard input)\n"
+               "  plot --dist NAME ...\n"
+               "      the window's plot, headless (not in builds without the window)\n"
+               "DIST: Normal, LogNormal, Exponential, Weibull, Uniform, Triangular (moments),\n"
+               "      and Johnson SB, Johnson SL, Johnson SU (pdf, pnc). Missing trailing\n"
+               "      parameters are 0. Output: one JSON object per answer on standard output.\n",
+               stderr);
     return 2;
 }
 

@@ -15,7 +15,7 @@ std::string NumberArray(const std::vector<double>& values);
 
 // Builds one JSON object member by member.
 class JsonObject {
-public:
+  public:
     JsonObject& Add(std::string_view key, double value);
     JsonObject& AddRaw(std::string_view key, std::string_view json);
     JsonObject& AddString(std::string_view key, std::string_view value);
@@ -23,7 +23,7 @@ public:
     JsonObject& AddRecorded();
     std::string Str() const;
 
-private:
+  private:
     std::string body_;
 };
 

@@ -34,7 +34,7 @@ namespace {
 // Records as the other commands do, and also puts status texts on the window's
 // status panel as the window's own face does.
 class PlotFace : public support::UserFace {
-public:
+  public:
     frm_Pondera* Window = nullptr;
     void ShowMessage(const std::string& title, const std::string& text,
                      support::BoxIcon icon) override {
@@ -52,9 +52,10 @@ public:
 // A private settings store for the run, removed afterwards: the user's real
 // settings are neither read nor written.
 class TempStore {
-public:
+  public:
     TempStore() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "pondera-cli-XXXXXX").string();
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "pondera-cli-XXXXXX").string();
         if (mkdtemp(pattern.data())) {
             dir_ = pattern;
             setenv("PONDERA_REGISTRY", (dir_ / "registry.sqlite3").c_str(), 1);
@@ -65,7 +66,7 @@ public:
         if (!dir_.empty()) std::filesystem::remove_all(dir_, ec);
     }
 
-private:
+  private:
     std::filesystem::path dir_;
 };
 
@@ -85,20 +86,19 @@ struct PlotArgs {
 };
 
 int PlotUsage() {
-    std::fputs(
-        "usage: pondera-cli plot [OPTIONS]\n"
-        "  --dist NAME            Normal (default), Exponential, LogNormal, Uniform,\n"
-        "                         Triangular or Weibull; fills its default parameters\n"
-        "  --param1..--param4 T   parameter texts, typed as into the fields\n"
-        "  --lsl T --target T --usl T   spec limits (a given limit is ticked)\n"
-        "  --moments              draw using Johnson distributions, with\n"
-        "    --mean T --stdev T --skewness T --kurtosis T\n"
-        "  --decimals N (0-6)  --display decimal|scientific\n"
-        "  --range stdev|endpoints  --num-stdev K  --xmin A  --xmax B\n"
-        "  --xticks N  --yticks N  --size WxH  --png FILE\n"
-        "Presses Plot and prints one JSON object: fields, status, messages, errors,\n"
-        "range, points, focus.\n",
-        stderr);
+    std::fputs("usage: pondera-cli plot [OPTIONS]\n"
+               "  --dist NAME            Normal (default), Exponential, LogNormal, Uniform,\n"
+               "                         Triangular or Weibull; fills its default parameters\n"
+               "  --param1..--param4 T   parameter texts, typed as into the fields\n"
+               "  --lsl T --target T --usl T   spec limits (a given limit is ticked)\n"
+               "  --moments              draw using Johnson distributions, with\n"
+               "    --mean T --stdev T --skewness T --kurtosis T\n"
+               "  --decimals N (0-6)  --display decimal|scientific\n"
+               "  --range stdev|endpoints  --num-stdev K  --xmin A  --xmax B\n"
+               "  --xticks N  --yticks N  --size WxH  --png FILE\n"
+               "Presses Plot and prints one JSON object: fields, status, messages, errors,\n"
+               "range, points, focus.\n",
+               stderr);
     return 2;
 }
 
@@ -118,10 +118,10 @@ bool Parse(const Args& args, PlotArgs& p, std::string& error) {
             continue;
         }
         static const char* const kValued[] = {
-            "--dist",  "--param1",   "--param2", "--param3",   "--param4", "--lsl",
-            "--target", "--usl",     "--mean",   "--stdev",    "--skewness", "--kurtosis",
-            "--decimals", "--display", "--range", "--num-stdev", "--xmin",  "--xmax",
-            "--xticks", "--yticks",  "--size",   "--png"};
+            "--dist",     "--param1",  "--param2", "--param3",    "--param4",   "--lsl",
+            "--target",   "--usl",     "--mean",   "--stdev",     "--skewness", "--kurtosis",
+            "--decimals", "--display", "--range",  "--num-stdev", "--xmin",     "--xmax",
+            "--xticks",   "--yticks",  "--size",   "--png"};
         if (std::find(std::begin(kValued), std::end(kValued), flag) == std::end(kValued)) {
             error = "unknown option " + flag;
             return false;
@@ -137,16 +137,23 @@ bool Parse(const Args& args, PlotArgs& p, std::string& error) {
             if (!m_Distributions::FindDistribution(value))
                 return error = "unknown distribution " + value, false;
             p.Dist = value;
-        }
-        else if (flag.rfind("--param", 0) == 0 && flag.size() == 8 && flag[7] >= '1' && flag[7] <= '4')
+        } else if (flag.rfind("--param", 0) == 0 && flag.size() == 8 && flag[7] >= '1' &&
+                   flag[7] <= '4')
             p.Param[flag[7] - '1'] = value;
-        else if (flag == "--lsl") p.LSL = value;
-        else if (flag == "--target") p.Target = value;
-        else if (flag == "--usl") p.USL = value;
-        else if (flag == "--mean") p.Mean = value;
-        else if (flag == "--stdev") p.StDev = value;
-        else if (flag == "--skewness") p.Skewness = value;
-        else if (flag == "--kurtosis") p.Kurtosis = value;
+        else if (flag == "--lsl")
+            p.LSL = value;
+        else if (flag == "--target")
+            p.Target = value;
+        else if (flag == "--usl")
+            p.USL = value;
+        else if (flag == "--mean")
+            p.Mean = value;
+        else if (flag == "--stdev")
+            p.StDev = value;
+        else if (flag == "--skewness")
+            p.Skewness = value;
+        else if (flag == "--kurtosis")
+            p.Kurtosis = value;
         else if (flag == "--decimals") {
             if (!WholeNumber(value, 0, 6, whole)) return error = "--decimals takes 0 to 6", false;
             p.Decimals = whole;
@@ -264,8 +271,9 @@ int RunPlot(const Args& args) {
         QCheckBox* Check;
         QLineEdit* Box;
     };
-    for (const Limit& l : {Limit{p.LSL, w.cb_LSL, w.tb_LSL}, Limit{p.Target, w.cb_Target, w.tb_Target},
-                           Limit{p.USL, w.cb_USL, w.tb_USL}}) {
+    for (const Limit& l :
+         {Limit{p.LSL, w.cb_LSL, w.tb_LSL}, Limit{p.Target, w.cb_Target, w.tb_Target},
+          Limit{p.USL, w.cb_USL, w.tb_USL}}) {
         if (!l.Text) continue;
         l.Box->setText(QString::fromStdString(*l.Text));
         l.Check->setChecked(true);
@@ -284,18 +292,25 @@ int RunPlot(const Args& args) {
 
     JsonObject fields;
     fields.AddRaw("dd_Distribution", Field(w.dd_Distribution, w.dd_Distribution->Text()));
-    const std::pair<const char*, QLabel*> labels[] = {
-        {"lb_Param1", w.lb_Param1}, {"lb_Param2", w.lb_Param2},
-        {"lb_Param3", w.lb_Param3}, {"lb_Param4", w.lb_Param4}};
-    for (const auto& [key, label] : labels) fields.AddRaw(key, Field(label, label->text()));
-    const std::pair<const char*, QLineEdit*> boxes[] = {
-        {"tb_Param1", w.tb_Param1},     {"tb_Param2", w.tb_Param2},
-        {"tb_Param3", w.tb_Param3},     {"tb_Param4", w.tb_Param4},
-        {"tb_Mean", w.tb_Mean},         {"tb_StDev", w.tb_StDev},
-        {"tb_Skewness", w.tb_Skewness}, {"tb_Kurtosis", w.tb_Kurtosis},
-        {"tb_LowerPNC", w.tb_LowerPNC}, {"tb_UpperPNC", w.tb_UpperPNC},
-        {"tb_PNC", w.tb_PNC}};
-    for (const auto& [key, box] : boxes) fields.AddRaw(key, Field(box, box->text()));
+    const std::pair<const char*, QLabel*> labels[] = {{"lb_Param1", w.lb_Param1},
+                                                      {"lb_Param2", w.lb_Param2},
+                                                      {"lb_Param3", w.lb_Param3},
+                                                      {"lb_Param4", w.lb_Param4}};
+    for (const auto& [key, label] : labels)
+        fields.AddRaw(key, Field(label, label->text()));
+    const std::pair<const char*, QLineEdit*> boxes[] = {{"tb_Param1", w.tb_Param1},
+                                                        {"tb_Param2", w.tb_Param2},
+                                                        {"tb_Param3", w.tb_Param3},
+                                                        {"tb_Param4", w.tb_Param4},
+                                                        {"tb_Mean", w.tb_Mean},
+                                                        {"tb_StDev", w.tb_StDev},
+                                                        {"tb_Skewness", w.tb_Skewness},
+                                                        {"tb_Kurtosis", w.tb_Kurtosis},
+                                                        {"tb_LowerPNC", w.tb_LowerPNC},
+                                                        {"tb_UpperPNC", w.tb_UpperPNC},
+                                                        {"tb_PNC", w.tb_PNC}};
+    for (const auto& [key, box] : boxes)
+        fields.AddRaw(key, Field(box, box->text()));
 
     JsonObject out;
     out.AddRaw("fields", fields.Str());

@@ -30,9 +30,8 @@ int main(int argc, char** argv) {
     QtFace face;
     support::SetFace(&face);
 
-    support::Trap(kMain, [&] {
-        AppSettings().Init(DisplayOptions::kCompanyName, DisplayOptions::kAppName);
-    });
+    support::Trap(
+        kMain, [&] { AppSettings().Init(DisplayOptions::kCompanyName, DisplayOptions::kAppName); });
     DisplayOptions::LoadDecPlaces();
     m_Interface::SetupErrorHandling();
     MExceptionHandler::InstallExceptionFilter();

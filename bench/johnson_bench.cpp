@@ -16,23 +16,24 @@ struct Moments {
 };
 
 // Points of one region, taken in turn so no single easy point sets the pace.
-const std::vector<Moments> kSU = {{0, 1, 1, 6},      {10, 2, -0.5, 5}, {0, 1, 0.3, 8},
-                                  {5, 3, 2, 15},     {0, 1, -3, 25},   {1, 0.5, 0.8, 4.5},
-                                  {-2, 1, 0, 4},     {0, 1, 3, 28}};
+const std::vector<Moments> kSU = {{0, 1, 1, 6},  {10, 2, -0.5, 5}, {0, 1, 0.3, 8},
+                                  {5, 3, 2, 15}, {0, 1, -3, 25},   {1, 0.5, 0.8, 4.5},
+                                  {-2, 1, 0, 4}, {0, 1, 3, 28}};
 // Converged SB fits (the failing ones stop early and would flatter the figure).
-const std::vector<Moments> kSB = {{0, 1, 0, 2.5},      {0, 1, 0.5, 2.8},  {0, 1, 1, 4},
-                                  {0, 1, -0.8, 3.2},   {10, 2, 0.3, 2.2}, {0, 1, 1.5, 4.5},
-                                  {5, 2, -1.2, 3.5},   {0, 1, 2, 9}};
+const std::vector<Moments> kSB = {{0, 1, 0, 2.5},    {0, 1, 0.5, 2.8},  {0, 1, 1, 4},
+                                  {0, 1, -0.8, 3.2}, {10, 2, 0.3, 2.2}, {0, 1, 1.5, 4.5},
+                                  {5, 2, -1.2, 3.5}, {0, 1, 2, 9}};
 // On the lognormal line: a negative kurtosis asks for it.
-const std::vector<Moments> kSL = {{1, 1, 2, -1}, {2, 0.5, -0.6, -1}, {0, 1, 1, -1},
-                                  {3, 2, 0.2, -1}};
+const std::vector<Moments> kSL = {
+    {1, 1, 2, -1}, {2, 0.5, -0.6, -1}, {0, 1, 1, -1}, {3, 2, 0.2, -1}};
 
 // skewness -4..4 by 0.1, kurtosis from just inside the boundary to 30 by 0.25.
 std::vector<Moments> Grid() {
     std::vector<Moments> points;
     for (int i = -40; i <= 40; ++i) {
         const double s = i * 0.1;
-        for (double k = s * s + 1 + 0.05; k <= 30; k += 0.25) points.push_back({0, 1, s, k});
+        for (double k = s * s + 1 + 0.05; k <= 30; k += 0.25)
+            points.push_back({0, 1, s, k});
     }
     return points;
 }
@@ -49,9 +50,15 @@ void RunFits(benchmark::State& state, const std::vector<Moments>& points) {
     state.SetItemsProcessed(state.iterations());
 }
 
-void BM_FitSU(benchmark::State& state) { RunFits(state, kSU); }
-void BM_FitSB(benchmark::State& state) { RunFits(state, kSB); }
-void BM_FitSL(benchmark::State& state) { RunFits(state, kSL); }
+void BM_FitSU(benchmark::State& state) {
+    RunFits(state, kSU);
+}
+void BM_FitSB(benchmark::State& state) {
+    RunFits(state, kSB);
+}
+void BM_FitSL(benchmark::State& state) {
+    RunFits(state, kSL);
+}
 void BM_FitGrid(benchmark::State& state) {
     static const std::vector<Moments> grid = Grid();
     RunFits(state, grid);

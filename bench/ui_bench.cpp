@@ -29,7 +29,8 @@ QApplication& App() {
     // Kept to the end of the process: destroyed among the static objects it
     // would outlive Qt's own and crash on the way out.
     static QApplication* app = [] {
-        dir = std::filesystem::temp_directory_path() / ("pondera-bench-" + std::to_string(getpid()));
+        dir =
+            std::filesystem::temp_directory_path() / ("pondera-bench-" + std::to_string(getpid()));
         std::atexit([] {
             std::error_code ec;
             std::filesystem::remove_all(dir, ec);
@@ -65,13 +66,18 @@ std::unique_ptr<frm_Pondera> MakeWindow() {
 void PlotAt(benchmark::State& state, int n) {
     auto w = MakeWindow();
     w->NumPoints = n;
-    for (auto _ : state) w->Plot();
+    for (auto _ : state)
+        w->Plot();
     state.counters["width"] = w->pb_PDF->ScaleWidth();
     support::Recorder().Clear();
 }
 
-void BM_Plot_N75_800x500(benchmark::State& state) { PlotAt(state, 75); }
-void BM_Plot_N500_800x500(benchmark::State& state) { PlotAt(state, 500); }
+void BM_Plot_N75_800x500(benchmark::State& state) {
+    PlotAt(state, 75);
+}
+void BM_Plot_N500_800x500(benchmark::State& state) {
+    PlotAt(state, 500);
+}
 
 void BM_MomentsDragStep_SB(benchmark::State& state) {
     auto w = MakeWindow();
@@ -82,7 +88,8 @@ void BM_MomentsDragStep_SB(benchmark::State& state) {
     w->tb_Skewness->setText("0.5");
     w->tb_Kurtosis->setText("2.8"); // bounded: an SB fit
     w->NumPoints = 50;
-    for (auto _ : state) w->PlotbyMoments();
+    for (auto _ : state)
+        w->PlotbyMoments();
     support::Recorder().Clear();
 }
 

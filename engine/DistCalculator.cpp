@@ -32,10 +32,14 @@ Family Resolve(const std::string& key) {
     if (key == "Triangular") return Family::Triangular;
     if (key == "Johnson") {
         switch (m_PercentCertainty::CurrentDistribution) {
-        case 7: return Family::JohnsonSB;
-        case 8: return Family::JohnsonSU;
-        case 9: return Family::JohnsonSL;
-        default: return Family::JohnsonNormal;
+        case 7:
+            return Family::JohnsonSB;
+        case 8:
+            return Family::JohnsonSU;
+        case 9:
+            return Family::JohnsonSL;
+        default:
+            return Family::JohnsonNormal;
         }
     }
     return Family::None;
@@ -45,17 +49,23 @@ int UsedSlots(Family f) {
     switch (f) {
     case Family::Normal:
     case Family::Exponential:
-    case Family::Uniform: return 2;
+    case Family::Uniform:
+        return 2;
     case Family::Lognormal:
     case Family::Weibull:
-    case Family::Triangular: return 3;
-    case Family::None: return 0;
-    default: return 4;
+    case Family::Triangular:
+        return 3;
+    case Family::None:
+        return 0;
+    default:
+        return 4;
     }
 }
 
 // Halves first, so no difference of two finite numbers can overflow.
-inline double HalfDiff(double a, double b) { return 0.5 * a - 0.5 * b; }
+inline double HalfDiff(double a, double b) {
+    return 0.5 * a - 0.5 * b;
+}
 
 // u^k for u > 0, k > 0: the exact power where it is representable, else a value
 // large or small enough that exp(-t) and expm1(-t) come out right.
@@ -101,7 +111,8 @@ bool DistCalculator::Prepare() {
         break;
     case Family::Exponential:
         if (!(p1 > 0))
-            return refuse("Scale parameter for an Exponential distribution must be greater than zero.");
+            return refuse(
+                "Scale parameter for an Exponential distribution must be greater than zero.");
         break;
     case Family::Weibull:
         if (!(p1 > 0))
@@ -110,7 +121,8 @@ bool DistCalculator::Prepare() {
             return refuse("Scale parameter for a Weibull distribution must be greater than zero.");
         break;
     case Family::Uniform:
-        if (!(p1 <= p2)) return refuse("Minimum must be less than Maximum for a Uniform distribution.");
+        if (!(p1 <= p2))
+            return refuse("Minimum must be less than Maximum for a Uniform distribution.");
         pointMass_ = p1 == p2;
         break;
     case Family::Triangular:
@@ -133,7 +145,8 @@ bool DistCalculator::Prepare() {
         if (family_ == Family::JohnsonSL && p3 == 0)
             return refuse("Lamda must not be zero for a Johnson SL distribution.");
         break;
-    case Family::None: break;
+    case Family::None:
+        break;
     }
     return true;
 }
@@ -157,8 +170,12 @@ bool DistCalculator::ComputeDensities(double low, double high) {
 namespace {
 // The grid loop's quick forms hold while every piece is well inside the double
 // range; any other point goes through DensityAt, which handles the extremes.
-inline bool Moderate(double v) { return v >= 1e-100 && v <= 1e100; }
-inline bool ModerateWide(double v) { return v >= 1e-150 && v <= 1e150; }
+inline bool Moderate(double v) {
+    return v >= 1e-100 && v <= 1e100;
+}
+inline bool ModerateWide(double v) {
+    return v >= 1e-150 && v <= 1e150;
+}
 constexpr double kQuickZ = 37; // exp(-z^2/2) stays a normal number
 } // namespace
 
@@ -188,7 +205,8 @@ void DistCalculator::FillGrid(double low, double high, int n) {
         });
     }
     case Family::Lognormal: {
-        if (!Moderate(p2) || !(std::fabs(p1) < 1e300) || !(std::fabs(p3) < 1e300)) return fill(none);
+        if (!Moderate(p2) || !(std::fabs(p1) < 1e300) || !(std::fabs(p3) < 1e300))
+            return fill(none);
         const double c = kInvSqrt2Pi / p2;
         return fill([&](double x, double& v) {
             const double d = x - p3;
@@ -201,7 +219,8 @@ void DistCalculator::FillGrid(double low, double high, int n) {
     }
     case Family::Weibull: {
         const double k = p1, eta = p2, min = p3;
-        if (!(k >= 1e-50 && k <= 1e50) || !(eta >= 1e-50 && eta <= 1e50) || !(std::fabs(min) < 1e300))
+        if (!(k >= 1e-50 && k <= 1e50) || !(eta >= 1e-50 && eta <= 1e50) ||
+            !(std::fabs(min) < 1e300))
             return fill(none);
         const double c = k / eta, inv = 1 / eta;
         if (k == std::floor(k) && k <= 8) {
@@ -211,7 +230,8 @@ void DistCalculator::FillGrid(double low, double high, int n) {
                 const double u = (x - min) * inv;
                 if (!(u >= 1e-30 && u <= 1e30)) return false;
                 double t = u;
-                for (int j = 1; j < whole; ++j) t *= u;
+                for (int j = 1; j < whole; ++j)
+                    t *= u;
                 v = c * (t / u) * std::exp(-t);
                 return true;
             });
@@ -229,7 +249,8 @@ void DistCalculator::FillGrid(double low, double high, int n) {
     }
     case Family::JohnsonSB: {
         const double delta = p1, gamma = p2, lamda = p3, xi = p4;
-        if (!Moderate(delta) || !Moderate(lamda) || !(std::fabs(gamma) < 1e100) || !(std::fabs(xi) < 1e300))
+        if (!Moderate(delta) || !Moderate(lamda) || !(std::fabs(gamma) < 1e100) ||
+            !(std::fabs(xi) < 1e300))
             return fill(none);
         const double c = kInvSqrt2Pi * delta * lamda;
         return fill([&](double x, double& v) {
@@ -243,7 +264,8 @@ void DistCalculator::FillGrid(double low, double high, int n) {
     }
     case Family::JohnsonSU: {
         const double delta = p1, gamma = p2, lamda = p3, xi = p4;
-        if (!Moderate(delta) || !Moderate(lamda) || !(std::fabs(gamma) < 1e100) || !(std::fabs(xi) < 1e300))
+        if (!Moderate(delta) || !Moderate(lamda) || !(std::fabs(gamma) < 1e100) ||
+            !(std::fabs(xi) < 1e300))
             return fill(none);
         const double c = kInvSqrt2Pi * delta / lamda, inv = 1 / lamda;
         return fill([&](double x, double& v) {
@@ -273,7 +295,8 @@ void DistCalculator::FillGrid(double low, double high, int n) {
             return true;
         });
     }
-    default: return fill(none);
+    default:
+        return fill(none);
     }
 }
 
@@ -294,9 +317,13 @@ bool DistCalculator::Calculate() {
     return true;
 }
 
-double DistCalculator::CumulativeProbability(double x) const { return support::ck(Tail(x, false)); }
+double DistCalculator::CumulativeProbability(double x) const {
+    return support::ck(Tail(x, false));
+}
 
-double DistCalculator::UpperTailProbability(double x) const { return support::ck(Tail(x, true)); }
+double DistCalculator::UpperTailProbability(double x) const {
+    return support::ck(Tail(x, true));
+}
 
 double DistCalculator::Density(double x) const {
     if (!ready_) Fail(support::kErrInvalidCall, "The distribution has not been calculated.");
@@ -308,7 +335,8 @@ double DistCalculator::DensityAt(double x) const {
     if (std::isinf(x)) return 0;
     const double p1 = p_[0], p2 = p_[1], p3 = p_[2], p4 = p_[3];
     switch (family_) {
-    case Family::Normal: return PhiScaled(DivZ(x - p1, p2), {}, {p2});
+    case Family::Normal:
+        return PhiScaled(DivZ(x - p1, p2), {}, {p2});
     case Family::Lognormal: {
         const double d = x - p3;
         if (!(d > 0)) return 0;
@@ -326,8 +354,8 @@ double DistCalculator::DensityAt(double x) const {
         const double u = DivZ(d, eta);
         if (u == 0) return k == 1 ? 1 / eta : 0; // d / eta below the double range
         const int e = std::ilogb(u);
-        if (k <= 200 / (((e < 0 ? -e : e) + 1) * kLn2) && u >= 1e-100 && u <= 1e100 &&
-            k >= 1e-50 && k <= 1e50 && eta >= 1e-50 && eta <= 1e50) {
+        if (k <= 200 / (((e < 0 ? -e : e) + 1) * kLn2) && u >= 1e-100 && u <= 1e100 && k >= 1e-50 &&
+            k <= 1e50 && eta >= 1e-50 && eta <= 1e50) {
             const double t = std::pow(u, k); // below e^200
             return (k / eta) * (t / u) * std::exp(-t);
         }
@@ -369,8 +397,10 @@ double DistCalculator::DensityAt(double x) const {
         const double z = MulZ(lamda, LinearZ(gamma, delta, LogProduct(al, ad)));
         return PhiScaled(z, {delta, al}, {ad}, true);
     }
-    case Family::JohnsonNormal: return PhiScaled(LinearZ(p2, p1, x), {p1}, {});
-    case Family::None: break;
+    case Family::JohnsonNormal:
+        return PhiScaled(LinearZ(p2, p1, x), {p1}, {});
+    case Family::None:
+        break;
     }
     return 0;
 }
@@ -384,7 +414,8 @@ double DistCalculator::Tail(double x, bool upper) const {
     const double above = upper ? 0.0 : 1.0; // ... and above it
     auto normal = [upper](double z) { return upper ? NormalUpper(z) : NormalCdf(z); };
     switch (family_) {
-    case Family::Normal: return normal(DivZ(x - p1, p2));
+    case Family::Normal:
+        return normal(DivZ(x - p1, p2));
     case Family::Lognormal: {
         const double d = x - p3;
         if (!(d > 0)) return below;
@@ -430,7 +461,8 @@ double DistCalculator::Tail(double x, bool upper) const {
         if (!(v > 0)) return above;
         return normal(LinearZ(p2, p1, LogRatio(d, v)));
     }
-    case Family::JohnsonSU: return normal(LinearZ(p2, p1, AsinhRatio(x - p4, p3)));
+    case Family::JohnsonSU:
+        return normal(LinearZ(p2, p1, AsinhRatio(x - p4, p3)));
     case Family::JohnsonSL: {
         const double lamda = p3, d = x - p4;
         if (lamda > 0 && !(d > 0)) return below;
@@ -438,8 +470,10 @@ double DistCalculator::Tail(double x, bool upper) const {
         const double l = LogProduct(std::fabs(lamda), std::fabs(d));
         return normal(MulZ(lamda, LinearZ(p2, p1, l)));
     }
-    case Family::JohnsonNormal: return normal(LinearZ(p2, p1, x));
-    case Family::None: break;
+    case Family::JohnsonNormal:
+        return normal(LinearZ(p2, p1, x));
+    case Family::None:
+        break;
     }
     return 0;
 }

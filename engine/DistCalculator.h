@@ -23,7 +23,7 @@
 #include <vector>
 
 class DistCalculator {
-public:
+  public:
     void SetDistribution(const std::string& key) {
         key_ = key;
         ready_ = false;
@@ -48,11 +48,20 @@ public:
     double Density(double x) const;
 
     enum class Family {
-        None, Normal, Lognormal, Exponential, Weibull, Uniform, Triangular,
-        JohnsonSB, JohnsonSU, JohnsonSL, JohnsonNormal
+        None,
+        Normal,
+        Lognormal,
+        Exponential,
+        Weibull,
+        Uniform,
+        Triangular,
+        JohnsonSB,
+        JohnsonSU,
+        JohnsonSL,
+        JohnsonNormal
     };
 
-private:
+  private:
     // Resolves the key (and the Johnson form) and checks the parameters.
     bool Prepare();
     double DensityAt(double x) const;

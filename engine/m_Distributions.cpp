@@ -46,10 +46,16 @@ using support::ck;
 
 // Quiet comparisons: a NaN fails the rule (and shows its message) instead of
 // raising an invalid-operation fault.
-inline bool Gt(double a, double b) { return std::isgreater(a, b); }
-inline bool Le(double a, double b) { return std::islessequal(a, b); }
+inline bool Gt(double a, double b) {
+    return std::isgreater(a, b);
+}
+inline bool Le(double a, double b) {
+    return std::islessequal(a, b);
+}
 
-bool Classical(int code) { return code >= kNormal && code <= kUniform; }
+bool Classical(int code) {
+    return code >= kNormal && code <= kUniform;
+}
 
 // Gamma(1 + n/k) for the Weibull moments, afresh on every call.
 double WeibullG(int n, double k) {
@@ -66,15 +72,19 @@ double TriangularSpread(double a, double c, double b) {
     return ck((std::pow(a - b, 2) + std::pow(b - c, 2) + std::pow(c - a, 2)) / 2);
 }
 
-void SetUpCalculator(DistCalculator& calc, const std::string& key, double p1, double p2,
-                     double p3, double p4) {
+void SetUpCalculator(DistCalculator& calc, const std::string& key, double p1, double p2, double p3,
+                     double p4) {
     calc.SetDistribution(key);
     int slots = 0;
-    if (key == "Normal" || key == "Exponential" || key == "Uniform") slots = 2;
-    else if (key == "Lognormal" || key == "Triangular" || key == "Weibull") slots = 3;
-    else if (key == "Johnson") slots = 4;
+    if (key == "Normal" || key == "Exponential" || key == "Uniform")
+        slots = 2;
+    else if (key == "Lognormal" || key == "Triangular" || key == "Weibull")
+        slots = 3;
+    else if (key == "Johnson")
+        slots = 4;
     const double p[4] = {p1, p2, p3, p4};
-    for (int i = 0; i < slots; ++i) calc.SetParam(i + 1, p[i]);
+    for (int i = 0; i < slots; ++i)
+        calc.SetParam(i + 1, p[i]);
 }
 
 // Sets up the calculator for a cumulative probability; when it refuses, its
@@ -93,21 +103,42 @@ bool ReadyForTail(DistCalculator& calc, const std::string& key, double p1, doubl
 const std::vector<CatalogueEntry>& Catalogue() {
     static const std::vector<CatalogueEntry> entries = {
         {"Normal", kNormal, "Normal", {{{"Mean:", "0"}, {"Std. Deviation:", "1"}, {}, {}}}, ""},
-        {"LogNormal", kLogNormal, "Lognormal",
-         {{{"Mean:", "0"}, {"Std. Deviation:", "1"}, {"Minimum:", "0"}, {}}}, "3"},
-        {"Exponential", kExponential, "Exponential",
-         {{{"Scale:", "1"}, {"Minimum:", "0"}, {}, {}}}, "2"},
-        {"Weibull", kWeibull, "Weibull",
-         {{{"Shape:", "2"}, {"Scale:", "10"}, {"Minimum:", "0"}, {}}}, "3"},
+        {"LogNormal",
+         kLogNormal,
+         "Lognormal",
+         {{{"Mean:", "0"}, {"Std. Deviation:", "1"}, {"Minimum:", "0"}, {}}},
+         "3"},
+        {"Exponential",
+         kExponential,
+         "Exponential",
+         {{{"Scale:", "1"}, {"Minimum:", "0"}, {}, {}}},
+         "2"},
+        {"Weibull",
+         kWeibull,
+         "Weibull",
+         {{{"Shape:", "2"}, {"Scale:", "10"}, {"Minimum:", "0"}, {}}},
+         "3"},
         {"Uniform", kUniform, "Uniform", {{{"Minimum:", "-1"}, {"Maximum:", "1"}, {}, {}}}, ""},
-        {"Triangular", kTriangular, "Triangular",
-         {{{"Minimum:", "-1"}, {"Likeliest:", "0.5"}, {"Maximum:", "1"}, {}}}, ""},
-        {"Johnson SB", kJohnsonSB, "Johnson",
-         {{{"Delta:", nullptr}, {"Gamma:", nullptr}, {"Lamda:", nullptr}, {"Xi:", nullptr}}}, ""},
-        {"Johnson SL", kJohnsonSL, "Johnson",
-         {{{"Delta:", nullptr}, {"Gamma:", nullptr}, {"Lamda:", nullptr}, {"Xi:", nullptr}}}, ""},
-        {"Johnson SU", kJohnsonSU, "Johnson",
-         {{{"Delta:", nullptr}, {"Gamma:", nullptr}, {"Lamda:", nullptr}, {"Xi:", nullptr}}}, ""},
+        {"Triangular",
+         kTriangular,
+         "Triangular",
+         {{{"Minimum:", "-1"}, {"Likeliest:", "0.5"}, {"Maximum:", "1"}, {}}},
+         ""},
+        {"Johnson SB",
+         kJohnsonSB,
+         "Johnson",
+         {{{"Delta:", nullptr}, {"Gamma:", nullptr}, {"Lamda:", nullptr}, {"Xi:", nullptr}}},
+         ""},
+        {"Johnson SL",
+         kJohnsonSL,
+         "Johnson",
+         {{{"Delta:", nullptr}, {"Gamma:", nullptr}, {"Lamda:", nullptr}, {"Xi:", nullptr}}},
+         ""},
+        {"Johnson SU",
+         kJohnsonSU,
+         "Johnson",
+         {{{"Delta:", nullptr}, {"Gamma:", nullptr}, {"Lamda:", nullptr}, {"Xi:", nullptr}}},
+         ""},
     };
     return entries;
 }
@@ -139,14 +170,17 @@ bool CheckParam1(const std::string& name, double p1, double p2, double p3) {
         const char* message = nullptr;
         if (name == "Exponential") {
             if (!Gt(p1, 0))
-                message = "Scale parameter for an Exponential distribution must be greater than zero.";
+                message =
+                    "Scale parameter for an Exponential distribution must be greater than zero.";
         } else if (name == "Weibull") {
             if (!Gt(p1, 0))
                 message = "Shape parameter for a Weibull distribution must be greater than zero.";
         } else if (name == "Triangular") {
-            if (!Le(p1, p3)) message = "Minimum must be less than Maximum for a Triangular distribution.";
+            if (!Le(p1, p3))
+                message = "Minimum must be less than Maximum for a Triangular distribution.";
         } else if (name == "Uniform") {
-            if (!Le(p1, p2)) message = "Minimum must be less than Maximum for a Uniform distribution.";
+            if (!Le(p1, p2))
+                message = "Minimum must be less than Maximum for a Uniform distribution.";
         }
         if (message) {
             result = false;
@@ -171,7 +205,8 @@ bool CheckParam2(const std::string& name, double p1, double p2, double p3) {
                           "distribution.";
         } else if (name == "Uniform") {
             // The text says the reverse of what it guards; it is shown as it always was.
-            if (!Le(p1, p2)) message = "Maximum must be less than Minimum for a Uniform distribution.";
+            if (!Le(p1, p2))
+                message = "Maximum must be less than Minimum for a Uniform distribution.";
         }
         if (message) {
             result = false;
@@ -203,12 +238,24 @@ double mean(int code, double p1, double p2, double p3) {
         if (!Classical(code)) return;
         RequireFinite({p1, p2, p3});
         switch (code) {
-        case kNormal: result = ck(p1); break;
-        case kTriangular: result = ck((p1 + p2 + p3) / 3); break;
-        case kExponential: result = ck(1 / p1 + p2); break;
-        case kLogNormal: result = ck(std::exp(p1 + std::pow(p2, 2) / 2) + p3); break;
-        case kWeibull: result = ck(WeibullG(1, p1) * p2 + p3); break;
-        case kUniform: result = ck((p1 + p2) / 2); break;
+        case kNormal:
+            result = ck(p1);
+            break;
+        case kTriangular:
+            result = ck((p1 + p2 + p3) / 3);
+            break;
+        case kExponential:
+            result = ck(1 / p1 + p2);
+            break;
+        case kLogNormal:
+            result = ck(std::exp(p1 + std::pow(p2, 2) / 2) + p3);
+            break;
+        case kWeibull:
+            result = ck(WeibullG(1, p1) * p2 + p3);
+            break;
+        case kUniform:
+            result = ck((p1 + p2) / 2);
+            break;
         }
     });
     return result;
@@ -220,10 +267,16 @@ double StDev(int code, double p1, double p2, double p3) {
         if (!Classical(code)) return;
         RequireFinite({p1, p2, p3});
         switch (code) {
-        case kNormal: result = ck(p2); break;
-        case kTriangular: result = ck(std::sqrt(TriangularSpread(p1, p2, p3) / 18)); break;
+        case kNormal:
+            result = ck(p2);
+            break;
+        case kTriangular:
+            result = ck(std::sqrt(TriangularSpread(p1, p2, p3) / 18));
+            break;
         // sqrt(1 / lambda^2): positive even for a negative rate.
-        case kExponential: result = ck(std::fabs(1 / p1)); break;
+        case kExponential:
+            result = ck(std::fabs(1 / p1));
+            break;
         case kLogNormal: {
             const double s2 = ck(std::pow(p2, 2));
             result = ck(std::exp(p1 + s2 / 2) * std::sqrt(std::expm1(s2)));
@@ -234,7 +287,9 @@ double StDev(int code, double p1, double p2, double p3) {
             result = ck(std::sqrt(g2 - std::pow(g1, 2)) * std::fabs(p2));
             break;
         }
-        case kUniform: result = ck(std::fabs(p2 - p1) / std::sqrt(12.0)); break;
+        case kUniform:
+            result = ck(std::fabs(p2 - p1) / std::sqrt(12.0));
+            break;
         }
     });
     return result;
@@ -247,7 +302,9 @@ double Skewness(int code, double p1, double p2, double p3) {
         RequireFinite({p1, p2, p3});
         switch (code) {
         case kNormal:
-        case kUniform: result = 0; break;
+        case kUniform:
+            result = 0;
+            break;
         case kTriangular: {
             const double a = p1, c = p2, b = p3;
             // Scale-free, so the differences are taken relative to the largest one;
@@ -259,7 +316,9 @@ double Skewness(int code, double p1, double p2, double p3) {
             result = ck(std::sqrt(2.0) * (u + v) * (w + u) * (w - v) / (5 * std::pow(q, 1.5)));
             break;
         }
-        case kExponential: result = 2; break;
+        case kExponential:
+            result = 2;
+            break;
         case kLogNormal: {
             const double s2 = ck(std::pow(p2, 2));
             const double wm1 = ck(std::expm1(s2)); // w - 1, w = exp(s^2)
@@ -268,8 +327,8 @@ double Skewness(int code, double p1, double p2, double p3) {
         }
         case kWeibull: {
             const double g1 = WeibullG(1, p1), g2 = WeibullG(2, p1), g3 = WeibullG(3, p1);
-            result = ck((g3 - 3 * g1 * g2 + 2 * std::pow(g1, 3)) /
-                        std::pow(g2 - std::pow(g1, 2), 1.5));
+            result =
+                ck((g3 - 3 * g1 * g2 + 2 * std::pow(g1, 3)) / std::pow(g2 - std::pow(g1, 2), 1.5));
             break;
         }
         }
@@ -283,9 +342,15 @@ double Kurtosis(int code, double p1, double p2, double p3) {
         if (!Classical(code)) return;
         RequireFinite({p1, p2, p3});
         switch (code) {
-        case kNormal: result = 3; break;
-        case kTriangular: result = 2.4; break;
-        case kExponential: result = 9; break;
+        case kNormal:
+            result = 3;
+            break;
+        case kTriangular:
+            result = 2.4;
+            break;
+        case kExponential:
+            result = 9;
+            break;
         case kLogNormal: {
             const double s2 = ck(std::pow(p2, 2));
             const double wm1 = ck(std::expm1(s2));
@@ -300,7 +365,9 @@ double Kurtosis(int code, double p1, double p2, double p3) {
                         std::pow(g2 - std::pow(g1, 2), 2));
             break;
         }
-        case kUniform: result = 1.8; break;
+        case kUniform:
+            result = 1.8;
+            break;
         }
         if (ExcessKurtosis) result = ck(result - 3);
     });
@@ -330,7 +397,8 @@ std::vector<double> GetPDFData(const std::string& name, double low, double high,
         if (!calc.ComputeDensities(low, high))
             support::Raise(support::kErrInvalidCall, "DistCalculator", calc.Message());
         std::vector<double> values(static_cast<size_t>(count) + 1, 0.0);
-        for (int i = 1; i <= count; ++i) values[static_cast<size_t>(i)] = calc.DensityValue(i);
+        for (int i = 1; i <= count; ++i)
+            values[static_cast<size_t>(i)] = calc.DensityValue(i);
         result = std::move(values);
     });
     return result;
@@ -387,7 +455,8 @@ double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double 
 
 // ---- Cumulative probability at a limit -------------------------------------------
 
-double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4) {
+double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3,
+               double p4) {
     double result = 0;
     support::Trap(kPNC_LSL, [&] {
         DistCalculator calc;
@@ -399,7 +468,8 @@ double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, do
     return result;
 }
 
-double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4) {
+double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3,
+               double p4) {
     double result = 0;
     support::Trap(kPNC_USL, [&] {
         DistCalculator calc;

@@ -16,11 +16,11 @@ struct ParamSlot {
 };
 
 struct CatalogueEntry {
-    const char* Name;           // user-facing name, compared exactly
-    int Code;                   // distribution code (1..9)
-    const char* CalculatorKey;  // key of the distribution calculator
+    const char* Name;          // user-facing name, compared exactly
+    int Code;                  // distribution code (1..9)
+    const char* CalculatorKey; // key of the distribution calculator
     std::array<ParamSlot, 4> Slots;
-    const char* MinimumSlot;    // which parameter is the support's minimum: "", "2" or "3"
+    const char* MinimumSlot; // which parameter is the support's minimum: "", "2" or "3"
 };
 
 // The nine distributions in the order of the start-up list.
@@ -34,9 +34,8 @@ const std::vector<std::string>& ClassicalListOrder();
 const std::vector<std::string>& MomentsListOrder();
 
 // Distribution codes.
-inline constexpr int kNormal = 1, kTriangular = 2, kExponential = 3, kLogNormal = 4,
-                     kWeibull = 5, kUniform = 6, kJohnsonSB = 7, kJohnsonSU = 8,
-                     kJohnsonSL = 9;
+inline constexpr int kNormal = 1, kTriangular = 2, kExponential = 3, kLogNormal = 4, kWeibull = 5,
+                     kUniform = 6, kJohnsonSB = 7, kJohnsonSU = 8, kJohnsonSL = 9;
 
 // ---- Parameter checks (true = valid; a message box has been shown otherwise) ----
 bool CheckParam1(const std::string& name, double p1, double p2, double p3);
@@ -56,7 +55,8 @@ double Kurtosis(int code, double p1, double p2, double p3);
 // Point i (1..N) of the sampling grid; the calculator samples on exactly these
 // points, so a chart that uses this function lines up with the densities.
 inline double GridX(double low, double high, int n, int i) {
-    if (std::fabs(low) < 8e307 && std::fabs(high) < 8e307) return low + (i - 1) * ((high - low) / n);
+    if (std::fabs(low) < 8e307 && std::fabs(high) < 8e307)
+        return low + (i - 1) * ((high - low) / n);
     // high - low itself would overflow: the same points, taken in two halves.
     const double half = (i - 1) * ((0.5 * high - 0.5 * low) / n);
     return low + half + half;
@@ -67,8 +67,8 @@ inline constexpr int kMaxPoints = 32767;
 
 // Density values on x(i) = low + (i - 1)(high - low)/N, returned 1-based in a
 // vector of N + 1 elements (element 0 unused).
-std::vector<double> GetPDFData(const std::string& name, double low, double high, int n,
-                               double p1, double p2, double p3, double p4);
+std::vector<double> GetPDFData(const std::string& name, double low, double high, int n, double p1,
+                               double p2, double p3, double p4);
 
 double Normal_PDF(double x, double mean, double sd);
 double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double xi);
@@ -76,10 +76,8 @@ double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double 
 double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double xi);
 
 // ---- Cumulative probability at a limit (calculator key, limit, parameters) ----
-double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3,
-               double p4);
-double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3,
-               double p4);
+double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4);
+double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4);
 // The same probability as 1 - PNC_USL, computed directly so the upper tail keeps its digits.
 double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double p2, double p3,
                      double p4);

@@ -13,8 +13,8 @@ namespace {
 constexpr const char* kGammln = "Pondera.m_NumRecipes.gammln";
 constexpr const char* kGamma = "Pondera.m_NumRecipes.Gamma";
 
-constexpr double kCof[6] = {76.1800917294715,    -86.5053203294168,   24.0140982408309,
-                            -1.23173957245015,   0.00120865097386618, -5.395239384953E-06};
+constexpr double kCof[6] = {76.1800917294715,  -86.5053203294168,   24.0140982408309,
+                            -1.23173957245015, 0.00120865097386618, -5.395239384953E-06};
 constexpr double kSerStart = 1.00000000019001;
 constexpr double kSqrt2PiFactor = 2.506628274631;
 } // namespace
@@ -66,9 +66,13 @@ void RequireFinite(std::initializer_list<double> values) {
         if (!std::isfinite(v)) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
 }
 
-double NormalCdf(double z) { return 0.5 * std::erfc(-z * kSqrtHalf); }
+double NormalCdf(double z) {
+    return 0.5 * std::erfc(-z * kSqrtHalf);
+}
 
-double NormalUpper(double z) { return 0.5 * std::erfc(z * kSqrtHalf); }
+double NormalUpper(double z) {
+    return 0.5 * std::erfc(z * kSqrtHalf);
+}
 
 double PhiScaled(double z, std::initializer_list<double> num, std::initializer_list<double> den,
                  bool nearPole) {
@@ -78,17 +82,23 @@ double PhiScaled(double z, std::initializer_list<double> num, std::initializer_l
     // logarithmic form otherwise (a few ulps of the exponent, only in far tails
     // or at extreme scales).
     bool direct = e > -400;
-    for (double f : num) direct = direct && f >= 1e-30 && f <= 1e30;
-    for (double f : den) direct = direct && f >= 1e-30 && f <= 1e30;
+    for (double f : num)
+        direct = direct && f >= 1e-30 && f <= 1e30;
+    for (double f : den)
+        direct = direct && f >= 1e-30 && f <= 1e30;
     if (direct) {
         double factor = 1;
-        for (double f : num) factor *= f;
-        for (double f : den) factor /= f;
+        for (double f : num)
+            factor *= f;
+        for (double f : den)
+            factor /= f;
         return std::exp(e) * kInvSqrt2Pi * factor;
     }
     double le = e - kLogSqrt2Pi;
-    for (double f : num) le += std::log(f);
-    for (double f : den) le -= std::log(f);
+    for (double f : num)
+        le += std::log(f);
+    for (double f : den)
+        le -= std::log(f);
     if (le < -746) return 0;
     if (nearPole && le > 709.7) return 0;
     return std::exp(le); // an overflow here is genuine: the density is beyond the double range

@@ -90,12 +90,23 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
                 Alpha = 0;
                 Reflected = false;
                 switch (itype) {
-                case kST: JDistribution = "ST"; break;
-                case kNormal: JDistribution = "Normal"; break;
-                case kSL: JDistribution = "SL"; break;
-                case kSU: JDistribution = "SU"; break;
-                case kSB: JDistribution = "SB"; break;
-                default: break; // kept as it was
+                case kST:
+                    JDistribution = "ST";
+                    break;
+                case kNormal:
+                    JDistribution = "Normal";
+                    break;
+                case kSL:
+                    JDistribution = "SL";
+                    break;
+                case kSU:
+                    JDistribution = "SU";
+                    break;
+                case kSB:
+                    JDistribution = "SB";
+                    break;
+                default:
+                    break; // kept as it was
                 }
             }
             // Fault 3 (a replaced SB fit) leaves the curve as it was; jnsn never
@@ -131,14 +142,21 @@ const char* JohnsonDist::FitMessage(int16_t fault) {
     const char* text = "";
     support::Trap(kFitMessage, [&] {
         switch (fault) {
-        case 0: text = "Success"; break;
-        case 1: text = "Error: standard deviation less than zero."; break;
-        case 2: text = "Error: Kurtosis < SQRT(Skewness) + 1"; break;
+        case 0:
+            text = "Success";
+            break;
+        case 1:
+            text = "Error: standard deviation less than zero.";
+            break;
+        case 2:
+            text = "Error: Kurtosis < SQRT(Skewness) + 1";
+            break;
         case 3:
             text = "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
                    "intead.  Check that the SL or ST fit is adequate.";
             break;
-        default: break;
+        default:
+            break;
         }
     });
     return text;
@@ -148,13 +166,26 @@ const char* JohnsonDist::FixedEndpointMessage(int16_t fault) {
     const char* text = "";
     support::Trap(kFixedEndpointMessage, [&] {
         switch (fault) {
-        case 0: text = "Success"; break;
-        case 1: text = "Error: Input error in Xlower or XUpper or number of moments."; break;
-        case 2: text = "Error: Input error in moments."; break;
-        case 3: text = "Error: Parameter values out of bounds during the iteration process."; break;
-        case 4: text = "Error: breakdown of Newton-Rhapson process."; break;
-        case 5: text = "Error: indicates a failure to converge in 1000 iterations."; break;
-        default: break;
+        case 0:
+            text = "Success";
+            break;
+        case 1:
+            text = "Error: Input error in Xlower or XUpper or number of moments.";
+            break;
+        case 2:
+            text = "Error: Input error in moments.";
+            break;
+        case 3:
+            text = "Error: Parameter values out of bounds during the iteration process.";
+            break;
+        case 4:
+            text = "Error: breakdown of Newton-Rhapson process.";
+            break;
+        case 5:
+            text = "Error: indicates a failure to converge in 1000 iterations.";
+            break;
+        default:
+            break;
         }
     });
     return text;
@@ -177,8 +208,7 @@ double JohnsonDist::JohnsontoNormal(double data, double delta, double gamma, dou
 double JohnsonDist::NormaltoJohnson(double data, double delta, double gamma, double lamda,
                                     double xi, int jDist) {
     double result = 0;
-    support::Trap(kNormaltoJohnson,
-                  [&] { result = AJV(data, jDist, gamma, delta, lamda, xi); });
+    support::Trap(kNormaltoJohnson, [&] { result = AJV(data, jDist, gamma, delta, lamda, xi); });
     return result;
 }
 
@@ -206,8 +236,8 @@ void JohnsonDist::CalculateFromData(const std::vector<double>& data, bool fixedE
 // AS 99: fitting by moments
 // ---------------------------------------------------------------------------
 
-void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& itype,
-                       double& gamma, double& delta, double& xlam, double& xi, int16_t& ifault) {
+void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& itype, double& gamma,
+                       double& delta, double& xlam, double& xi, int16_t& ifault) {
     support::Trap(kJnsn, [&] {
         const double tols = kTol; // skewness tests
         const double tolb = kTol; // kurtosis tests
@@ -310,8 +340,8 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
     });
 }
 
-void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& gamma,
-                        double& delta, double& xlam, double& xi, long* rounds) {
+void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& gamma, double& delta,
+                        double& xlam, double& xi, long* rounds) {
     support::Trap(kSUFIT, [&] {
         const double tol = kTol; // published 0.01
         if (rounds) *rounds = 0;
@@ -372,15 +402,14 @@ void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& g
 }
 
 void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, double& gamma,
-                        double& delta, double& xlam, double& xi, bool fault,
-                        SbfitTrace* trace) {
+                        double& delta, double& xlam, double& xi, bool fault, SbfitTrace* trace) {
     support::Trap(kSbfit, [&] {
         // Starting-value constants A1..A22 of AS 99, with 0.485 (A6) and 1.7973 (A17).
-        constexpr double a1 = 0.0124, a2 = 0.0623, a3 = 0.4043, a4 = 0.408, a5 = 0.479,
-                         a6 = 0.485, a7 = 0.5291, a8 = 0.5955, a9 = 0.626, a10 = 0.64,
-                         a11 = 0.7077, a12 = 0.7466, a13 = 0.8, a14 = 0.9281, a15 = 1.0614,
-                         a16 = 1.25, a17 = 1.7973, a18 = 1.8, a19 = 2.163, a20 = 2.5,
-                         a21 = 8.5245, a22 = 11.346;
+        constexpr double a1 = 0.0124, a2 = 0.0623, a3 = 0.4043, a4 = 0.408, a5 = 0.479, a6 = 0.485,
+                         a7 = 0.5291, a8 = 0.5955, a9 = 0.626, a10 = 0.64, a11 = 0.7077,
+                         a12 = 0.7466, a13 = 0.8, a14 = 0.9281, a15 = 1.0614, a16 = 1.25,
+                         a17 = 1.7973, a18 = 1.8, a19 = 2.163, a20 = 2.5, a21 = 8.5245,
+                         a22 = 11.346;
         const double tt = kTol;  // beta1 threshold for a starting gamma; Newton-step test
         const double tol = kTol; // |rb1| threshold for the starting delta (published 0.01)
         const int limit = 500;   // published 50
@@ -503,8 +532,7 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
                     if (j == 0)
                         s = hmu[k] - hmu[k - 1];
                     else
-                        s = ((w - t) * (hmu[k - 1] - hmu[k]) + (t + 1) * (hmu[k] - hmu[k + 1])) /
-                            u;
+                        s = ((w - t) * (hmu[k - 1] - hmu[k]) + (t + 1) * (hmu[k] - hmu[k + 1])) / u;
                     dd[k - 1] = t * s / d;
                 }
                 t = 2 * hmu[0] * dd[0];
@@ -568,7 +596,8 @@ void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* pass
             double y = h * h;
             const double x = 2 * y;
             a[0] = 1 / e;
-            for (int i = 1; i < 6; ++i) a[i] = a[i - 1] / e;
+            for (int i = 1; i < 6; ++i)
+                a[i] = a[i - 1] / e;
             double v = y;
             const double f = r * h;
             int m = 0;
@@ -576,7 +605,8 @@ void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* pass
             for (;;) {
                 ++m;
                 if (m > limit) return;
-                for (int i = 0; i < 6; ++i) b[i] = a[i];
+                for (int i = 0; i < 6; ++i)
+                    b[i] = a[i];
                 u = u - f;
                 double z = 1;
                 if (u > -expb) z = std::exp(u) + z;
@@ -614,7 +644,8 @@ void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* pass
                 if (!more) break;
             }
             v = rrtpi * h;
-            for (int i = 0; i < 6; ++i) a[i] = v * a[i];
+            for (int i = 0; i < 6; ++i)
+                a[i] = v * a[i];
             if (passes) *passes = k;
             bool converged = true;
             for (int i = 0; i < 6; ++i) {
@@ -632,7 +663,8 @@ void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* pass
             // No convergence yet: halve h and start the sums again.
             ++k;
             if (k > limit) return;
-            for (int i = 0; i < 6; ++i) c[i] = a[i];
+            for (int i = 0; i < 6; ++i)
+                c[i] = a[i];
             h = 0.5 * h;
         }
     });
@@ -642,8 +674,7 @@ void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* pass
 // AS 100 and AS 111: transforms and normal quantiles
 // ---------------------------------------------------------------------------
 
-double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double xlam,
-                        double xi) {
+double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double xlam, double xi) {
     double result = 0;
     support::Trap(kSNV, [&] {
         RequireFinite({x, gamma, delta, xlam, xi});
@@ -673,15 +704,17 @@ double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double 
             result = ck(std::log(w / v) * delta + gamma);
             break;
         }
-        case kNormal: result = ck(x * delta + gamma); break;
-        default: break;
+        case kNormal:
+            result = ck(x * delta + gamma);
+            break;
+        default:
+            break;
         }
     });
     return result;
 }
 
-double JohnsonDist::AJV(double z, int itype, double gamma, double delta, double xlam,
-                        double xi) {
+double JohnsonDist::AJV(double z, int itype, double gamma, double delta, double xlam, double xi) {
     double result = 0;
     support::Trap(kAJV, [&] {
         if (itype < kSL || itype > kNormal) return;
@@ -689,7 +722,9 @@ double JohnsonDist::AJV(double z, int itype, double gamma, double delta, double 
         const double w = ck((z - gamma) / delta);
         double v;
         switch (itype) {
-        case kSL: result = ck(xlam * std::exp(w) + xi); break;
+        case kSL:
+            result = ck(xlam * std::exp(w) + xi);
+            break;
         case kSU:
             v = ck(std::exp(w));
             result = ck(xlam * 0.5 * (v - 1 / v) + xi);
@@ -699,15 +734,18 @@ double JohnsonDist::AJV(double z, int itype, double gamma, double delta, double 
             v = (1 - v) / (1 + v);
             result = ck(0.5 * xlam * (sign(v, w) + 1) + xi);
             break;
-        case kNormal: result = w; break;
-        default: break;
+        case kNormal:
+            result = w;
+            break;
+        default:
+            break;
         }
     });
     return result;
 }
 
-double JohnsonDist::Johnson5ToNormal(double x, double delta, double gamma, double xlam,
-                                     double xi, double alpha, bool mirrored, int16_t& fault) {
+double JohnsonDist::Johnson5ToNormal(double x, double delta, double gamma, double xlam, double xi,
+                                     double alpha, bool mirrored, int16_t& fault) {
     double result = 0;
     support::Trap(kJohnson5ToNormal, [&] {
         fault = 0;
@@ -768,14 +806,15 @@ double JohnsonDist::sign(double a, double b) {
 // Sample moments
 // ---------------------------------------------------------------------------
 
-void JohnsonDist::MOMENT(const std::vector<double>& data, double& ave, double& sdev,
-                         double& skew, double& curt, bool& fault) {
+void JohnsonDist::MOMENT(const std::vector<double>& data, double& ave, double& sdev, double& skew,
+                         double& curt, bool& fault) {
     support::Trap(kMOMENT, [&] {
         fault = true;
         const std::size_t n = data.size();
         if (n < 2) return;
         double sum = 0;
-        for (double x : data) sum += x;
+        for (double x : data)
+            sum += x;
         const double mean = ck(sum / n);
         // Second pass about the mean; ep corrects the round-off in the mean.
         double ep = 0, s2 = 0, s3 = 0, s4 = 0;
@@ -940,9 +979,9 @@ constexpr double kMaxGamma = 1e6;
 constexpr int kMaxNewton = 1000;
 
 bool InBounds(const double (&p)[3]) {
-    return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]) &&
-           p[0] >= kMinDelta && p[0] <= kMaxDelta && std::fabs(p[1]) <= kMaxGamma &&
-           p[2] >= kMinAlpha && p[2] <= kMaxAlpha;
+    return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]) && p[0] >= kMinDelta &&
+           p[0] <= kMaxDelta && std::fabs(p[1]) <= kMaxGamma && p[2] >= kMinAlpha &&
+           p[2] <= kMaxAlpha;
 }
 
 // Solves the leading n x n block of J x = f by elimination with partial
@@ -958,13 +997,15 @@ bool SolveLinear(int n, double (&j)[3][3], double (&f)[3], double (&x)[3]) {
         if (!(std::fabs(pivot) > 1e-300)) return false;
         for (int r = col + 1; r < n; ++r) {
             const double m = j[row[r]][col] / pivot;
-            for (int k = col; k < n; ++k) j[row[r]][k] -= m * j[row[col]][k];
+            for (int k = col; k < n; ++k)
+                j[row[r]][k] -= m * j[row[col]][k];
             f[row[r]] -= m * f[row[col]];
         }
     }
     for (int col = n - 1; col >= 0; --col) {
         double s = f[row[col]];
-        for (int k = col + 1; k < n; ++k) s -= j[row[col]][k] * x[k];
+        for (int k = col + 1; k < n; ++k)
+            s -= j[row[col]][k] * x[k];
         x[col] = s / j[row[col]][col];
         if (!std::isfinite(x[col])) return false;
     }
@@ -974,7 +1015,7 @@ bool SolveLinear(int n, double (&j)[3][3], double (&f)[3], double (&x)[3]) {
 // One orientation's fit: the wanted mean, sd and skewness of V, and the Newton
 // steps spent so far.
 class Sb3Fit {
-public:
+  public:
     Sb3Fit(double mean, double sd, double skew, double tol)
         : mean_(mean), sd_(sd), skew_(skew), tol_(tol) {}
 
@@ -988,7 +1029,7 @@ public:
         return Newton(3, tol_, p) ? 0 : fault_;
     }
 
-private:
+  private:
     // Residuals in units that make one tolerance fit all three: mean and sd errors
     // relative to the wanted sd, the skewness error as it is.
     bool Residuals(const double (&p)[3], bool derivatives, double (&f)[3],
@@ -1021,7 +1062,8 @@ private:
         double f[3], jac[3][3];
         if (!Residuals(p, true, f, jac)) return Fail(3);
         double ss = 0;
-        for (int i = 0; i < n; ++i) ss += f[i] * f[i];
+        for (int i = 0; i < n; ++i)
+            ss += f[i] * f[i];
         while (ss > tol) {
             if (++steps_ > kMaxNewton) return Fail(5);
             double step[3] = {0, 0, 0};
@@ -1032,12 +1074,14 @@ private:
             double scale = 1;
             for (int half = 0; half < 40 && !accepted; ++half, scale *= 0.5) {
                 double trial[3] = {p[0], p[1], p[2]};
-                for (int i = 0; i < n; ++i) trial[i] -= scale * step[i];
+                for (int i = 0; i < n; ++i)
+                    trial[i] -= scale * step[i];
                 double ft[3], jt[3][3];
                 outOfBounds = !InBounds(trial) || !Residuals(trial, true, ft, jt);
                 if (outOfBounds) continue;
                 double sst = 0;
-                for (int i = 0; i < n; ++i) sst += ft[i] * ft[i];
+                for (int i = 0; i < n; ++i)
+                    sst += ft[i] * ft[i];
                 if (sst < ss) {
                     accepted = true;
                     std::copy(trial, trial + 3, p);
@@ -1129,8 +1173,8 @@ private:
 
 } // namespace
 
-void JohnsonDist::SB3Moments(double delta, double gamma, double alpha, double& mean,
-                             double& sd, double& skew) {
+void JohnsonDist::SB3Moments(double delta, double gamma, double alpha, double& mean, double& sd,
+                             double& skew) {
     support::Trap(kSB3Moments, [&] {
         const double p[3] = {delta, gamma, alpha};
         if (!InBounds(p)) return;
@@ -1149,13 +1193,12 @@ void JohnsonDist::FitSB3(int nmom, double xLower, double xUpper, double mean, do
         fault = 1;
         params[0] = params[1] = params[2] = 0;
         reflected = false;
-        if (nmom != 3 || !std::isfinite(xLower) || !std::isfinite(xUpper) ||
-            !(xUpper > xLower) || !(tol > 0))
+        if (nmom != 3 || !std::isfinite(xLower) || !std::isfinite(xUpper) || !(xUpper > xLower) ||
+            !(tol > 0))
             return;
         const double range = ck(xUpper - xLower);
         fault = 2;
-        if (!std::isfinite(mean) || !std::isfinite(sd) || !std::isfinite(skew) || !(sd > 0))
-            return;
+        if (!std::isfinite(mean) || !std::isfinite(sd) || !std::isfinite(skew) || !(sd > 0)) return;
         const double m = ck((mean - xLower) / range);
         const double s = ck(sd / range);
         // A variable on (0, 1) with mean m has a variance below m (1 - m).

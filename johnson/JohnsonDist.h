@@ -14,7 +14,7 @@
 #include <vector>
 
 class JohnsonDist {
-public:
+  public:
     // Fits a curve to the moments. Skewness is the signed root of beta1, Kurtosis
     // is beta2. Both end points given: the fixed-end-point SB fit; exactly one: nothing.
     void Calculate(double mean, double stDev, double skewness, double kurtosis);
@@ -66,8 +66,8 @@ public:
     static void jnsn(double xbar, double sd, double rb1, double bb2, int& itype, double& gamma,
                      double& delta, double& xlam, double& xi, int16_t& ifault);
     // AS 99 SUFIT. `rounds`, when given, receives the number of passes.
-    static void SUFIT(double xbar, double sd, double rb1, double b2, double& gamma,
-                      double& delta, double& xlam, double& xi, long* rounds = nullptr);
+    static void SUFIT(double xbar, double sd, double rb1, double b2, double& gamma, double& delta,
+                      double& xlam, double& xi, long* rounds = nullptr);
     // AS 99 SBFIT. The fault flag is taken by value, so a caller never learns of a
     // failure: an unconverged fit comes back as it stands (see the .cpp).
     static void sbfit(double xbar, double sigma, double rtb1, double b2, double& gamma,
@@ -80,8 +80,8 @@ public:
     static double SNV(double x, int itype, double gamma, double delta, double xlam, double xi);
     static double AJV(double z, int itype, double gamma, double delta, double xlam, double xi);
     // The five-parameter SB form: z = gamma + delta ln(p / (1 - p)), p = u^(1/alpha).
-    static double Johnson5ToNormal(double x, double delta, double gamma, double xlam,
-                                   double xi, double alpha, bool mirrored, int16_t& fault);
+    static double Johnson5ToNormal(double x, double delta, double gamma, double xlam, double xi,
+                                   double alpha, bool mirrored, int16_t& fault);
     // AS 111: z with P(Z <= z) = p; fault 1 (result 0) for p outside (0, 1).
     static double PPND(double p, int16_t& ifault);
     // Fortran SIGN: |a| with the sign of b (b = 0 counts as positive).
@@ -98,9 +98,8 @@ public:
     // params = {delta, gamma, alpha} so that the curve has the given mean, sd and
     // skewness. fault: 0 success, 1 bad end points or nmom != 3, 2 bad moments,
     // 3 parameters out of bounds, 4 Newton breakdown, 5 no convergence in 1000 steps.
-    static void FitSB3(int nmom, double xLower, double xUpper, double mean, double sd,
-                       double skew, double tol, double (&params)[3], bool& reflected,
-                       int16_t& fault);
+    static void FitSB3(int nmom, double xLower, double xUpper, double mean, double sd, double skew,
+                       double tol, double (&params)[3], bool& reflected, int16_t& fault);
     // Mean, standard deviation and skewness of V = p^alpha on (0, 1), with
     // p = 1 / (1 + exp(-(Z - gamma) / delta)) and Z standard normal.
     static void SB3Moments(double delta, double gamma, double alpha, double& mean, double& sd,

@@ -48,7 +48,7 @@ template <class Body> void Guarded(const std::string& source, Body&& body) {
 
 // Closes a key handle when the operation leaves, however it leaves.
 class OpenKey {
-public:
+  public:
     OpenKey() = default;
     ~OpenKey() {
         if (handle_) RegCloseKey(handle_);
@@ -58,7 +58,7 @@ public:
     HKEY* Out() { return &handle_; }
     HKEY Get() const { return handle_; }
 
-private:
+  private:
     HKEY handle_ = 0;
 };
 
@@ -76,7 +76,9 @@ LONG WriteText(HKEY key, const std::string& name, const std::string& text) {
 
 } // namespace
 
-uint32_t CAppSettings::RootKey() const { return rootKey_; }
+uint32_t CAppSettings::RootKey() const {
+    return rootKey_;
+}
 
 void CAppSettings::SetRootKey(uint32_t root) {
     if (root != HKEY_CURRENT_USER && root != HKEY_LOCAL_MACHINE)
@@ -84,14 +86,19 @@ void CAppSettings::SetRootKey(uint32_t root) {
     rootKey_ = root;
 }
 
-std::string CAppSettings::MainBranch() const { return mainBranch_; }
+std::string CAppSettings::MainBranch() const {
+    return mainBranch_;
+}
 
 void CAppSettings::SetMainBranch(const std::string& v) {
-    if (v.empty()) support::Raise(kErrInvalidMainBranch, kPropertySource, "Invalid MainBranch value");
+    if (v.empty())
+        support::Raise(kErrInvalidMainBranch, kPropertySource, "Invalid MainBranch value");
     mainBranch_ = v;
 }
 
-std::string CAppSettings::CompanyName() const { return companyName_; }
+std::string CAppSettings::CompanyName() const {
+    return companyName_;
+}
 
 void CAppSettings::SetCompanyName(const std::string& v) {
     if (v.empty())
@@ -99,7 +106,9 @@ void CAppSettings::SetCompanyName(const std::string& v) {
     companyName_ = v;
 }
 
-std::string CAppSettings::AppName() const { return appName_; }
+std::string CAppSettings::AppName() const {
+    return appName_;
+}
 
 void CAppSettings::SetAppName(const std::string& v) {
     if (v.empty()) support::Raise(kErrInvalidAppName, kPropertySource, "Invalid AppName value");
@@ -138,8 +147,7 @@ void CAppSettings::SaveSetting(const std::string& section, const std::string& se
     });
 }
 
-CAppSettings::Value CAppSettings::GetSetting(const std::string& section,
-                                             const std::string& setting,
+CAppSettings::Value CAppSettings::GetSetting(const std::string& section, const std::string& setting,
                                              const Value& defaultValue) {
     Value result = defaultValue;
     Guarded(kOperationSource, [&] {
@@ -178,7 +186,8 @@ void CAppSettings::DeleteSetting(const std::string& section, const std::string& 
         // the old component did so and stored settings rely on surviving it.
         const std::string path = SectionPath(section) + (key.empty() ? "" : "\\Key");
         if (RegDeleteKeyA(rootKey_, path) != ERROR_SUCCESS)
-            support::Raise(kErrDeleting, kOperationSource, "Failed deleting the application setting");
+            support::Raise(kErrDeleting, kOperationSource,
+                           "Failed deleting the application setting");
     });
 }
 

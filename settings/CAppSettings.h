@@ -8,7 +8,7 @@
 #include <vector>
 
 class CAppSettings {
-public:
+  public:
     // A setting's value: text, number, Boolean.
     using Value = std::variant<std::string, double, int64_t, bool>;
 
@@ -34,7 +34,7 @@ public:
     // The names of the section's values, in the order they were first written.
     void GetAllKeys(const std::string& section, std::vector<std::string>& keys);
 
-private:
+  private:
     // MainBranch\CompanyName\AppName\section below the root.
     std::string SectionPath(const std::string& section) const;
 

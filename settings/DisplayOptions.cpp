@@ -118,7 +118,9 @@ std::optional<double> NumStDevFrom(std::string_view text) {
     return v && *v > 0 ? v : std::nullopt;
 }
 
-std::optional<double> RangeEndFrom(std::string_view text) { return support::ParseNumber(text); }
+std::optional<double> RangeEndFrom(std::string_view text) {
+    return support::ParseNumber(text);
+}
 
 std::optional<int16_t> TicksFrom(std::string_view text) {
     const auto v = support::ParseNumber(text);

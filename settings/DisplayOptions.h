@@ -29,18 +29,18 @@ inline constexpr const char* kAppXMax = "AppXMax";
 inline constexpr const char* kAppDisplay = "AppDisplay";
 inline constexpr const char* kAppRangeMode = "AppRangeMode";
 
-extern uint32_t AppBackColor;    // 0x00BBGGRR
+extern uint32_t AppBackColor; // 0x00BBGGRR
 extern uint32_t AppInSpecColor;
 extern uint32_t AppOutSpecColor;
 extern int16_t AppXTicks;
 extern int16_t AppYTicks;
 extern int16_t AppDecPlaces;
-extern int32_t AppXRange;        // 0 standard deviations, 1 fixed endpoints
+extern int32_t AppXRange; // 0 standard deviations, 1 fixed endpoints
 extern double AppNumStDev;
 extern double AppXMin;
 extern double AppXMax;
-extern bool AppDisplay;          // true = scientific
-extern bool AppRangeMode;        // true = fixed endpoints
+extern bool AppDisplay;   // true = scientific
+extern bool AppRangeMode; // true = fixed endpoints
 
 // Puts the start values back (as the window does before it reads the store).
 void SetDefaults();
@@ -75,8 +75,8 @@ inline constexpr int kMaxTicks = 32767;
 inline constexpr int kMaxDecPlaces = 6;
 
 // The value a field's text stands for, or nothing when it fails its check.
-std::optional<double> NumStDevFrom(std::string_view text);   // a number > 0
-std::optional<double> RangeEndFrom(std::string_view text);   // any number
-std::optional<int16_t> TicksFrom(std::string_view text);     // an integer 1..kMaxTicks
+std::optional<double> NumStDevFrom(std::string_view text); // a number > 0
+std::optional<double> RangeEndFrom(std::string_view text); // any number
+std::optional<int16_t> TicksFrom(std::string_view text);   // an integer 1..kMaxTicks
 
 } // namespace DisplayOptions

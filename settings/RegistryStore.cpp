@@ -33,7 +33,7 @@ constexpr const char* kSource = "Pondera.RegistryStore";
 // Long enough for another Pondera to finish its write, short enough that a
 // stuck lock does not freeze the window for good.
 constexpr int kBusyTimeoutMs = 10000;
-constexpr int kBusyOpenRetries = 250;  // with the pause: about five seconds
+constexpr int kBusyOpenRetries = 250; // with the pause: about five seconds
 constexpr int kBusyOpenPauseMs = 20;
 
 // Row ids of the two roots in the key table.
@@ -118,7 +118,7 @@ void Exec(sqlite3* db, const char* sql) {
 }
 
 class Statement {
-public:
+  public:
     Statement(sqlite3* db, const char* sql) : db_(db) {
         const int rc = sqlite3_prepare_v2(db, sql, -1, &stmt_, nullptr);
         if (rc != SQLITE_OK) Fail(db, rc);
@@ -163,7 +163,7 @@ public:
         return p ? std::vector<unsigned char>(p, p + n) : std::vector<unsigned char>();
     }
 
-private:
+  private:
     void Check(int rc) {
         if (rc != SQLITE_OK) Fail(db_, rc);
     }
@@ -173,8 +173,10 @@ private:
 
 // One transaction; rolled back unless committed.
 class Transaction {
-public:
-    Transaction(sqlite3* db, bool write) : db_(db) { Exec(db, write ? "BEGIN IMMEDIATE" : "BEGIN"); }
+  public:
+    Transaction(sqlite3* db, bool write) : db_(db) {
+        Exec(db, write ? "BEGIN IMMEDIATE" : "BEGIN");
+    }
     ~Transaction() {
         if (open_) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
     }
@@ -185,7 +187,7 @@ public:
         open_ = false;
     }
 
-private:
+  private:
     sqlite3* db_;
     bool open_ = true;
 };
@@ -228,9 +230,9 @@ void Verify(sqlite3* db) {
 // file cannot be written. Returns the connection or throws DbError.
 sqlite3* OpenReadWrite(const std::string& path, bool& readOnly) {
     sqlite3* db = nullptr;
-    int rc = sqlite3_open_v2(path.c_str(), &db,
-                             SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
-                             nullptr);
+    int rc =
+        sqlite3_open_v2(path.c_str(), &db,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
     try {
         if (rc != SQLITE_OK) Fail(db, rc);
         sqlite3_busy_timeout(db, kBusyTimeoutMs);
@@ -289,8 +291,8 @@ sqlite3* OpenImmutable(const std::string& path) {
     }
     uri += "?immutable=1";
     sqlite3* db = nullptr;
-    const int rc = sqlite3_open_v2(uri.c_str(), &db, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI,
-                                   nullptr);
+    const int rc =
+        sqlite3_open_v2(uri.c_str(), &db, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
     try {
         if (rc != SQLITE_OK) Fail(db, rc);
         Verify(db);
@@ -314,7 +316,8 @@ std::string MoveAside(const std::string& path) {
         target = path + ".damaged-" + stamp + "-" + std::to_string(n);
     if (std::rename(path.c_str(), target.c_str()) != 0) return {};
     for (const char* suffix : {"-wal", "-shm"})
-        if (FileExists(path + suffix)) std::rename((path + suffix).c_str(), (target + suffix).c_str());
+        if (FileExists(path + suffix))
+            std::rename((path + suffix).c_str(), (target + suffix).c_str());
     return target;
 }
 
@@ -359,7 +362,8 @@ void Open() {
             s.CurrentMode = readOnly ? Mode::ReadOnly : Mode::ReadWrite;
             if (readOnly)
                 Log(kLabelOpen, SQLITE_READONLY,
-                    "The settings store \"" + s.Path + "\" cannot be written; settings will not be saved.");
+                    "The settings store \"" + s.Path +
+                        "\" cannot be written; settings will not be saved.");
             return;
         } catch (const DbError& e) {
             failure = e;
@@ -370,8 +374,8 @@ void Open() {
             std::this_thread::sleep_for(std::chrono::milliseconds(kBusyOpenPauseMs));
             continue;
         }
-        const bool damaged = IsDamage(failure.Code) ||
-                             (FileExists(s.Path) && !FileReadable(s.Path));
+        const bool damaged =
+            IsDamage(failure.Code) || (FileExists(s.Path) && !FileReadable(s.Path));
         if (attempt > 0 || !damaged) break;
         Replace(s.Path, failure);
     }
@@ -491,7 +495,8 @@ int64_t Resolve(sqlite3* db, int64_t root, const std::vector<std::string>& path)
 
 HKEY NewHandle(const Handle& h) {
     HKEY key = S().NextHandle;
-    while (S().Handles.count(key) || RootId(key)) key += 4;
+    while (S().Handles.count(key) || RootId(key))
+        key += 4;
     S().NextHandle = key + 4;
     S().Handles[key] = h;
     return key;
@@ -595,7 +600,10 @@ LONG RegSetValueExA(HKEY key, const std::string& valueName, uint32_t type, const
         Statement upsert(db, "INSERT INTO vals(key, name, type, data) VALUES(?1, ?2, ?3, ?4) "
                              "ON CONFLICT(key, name) DO UPDATE SET type = excluded.type, "
                              "data = excluded.data");
-        upsert.Bind(1, id).Bind(2, name).Bind(3, static_cast<int64_t>(type)).BindBlob(4, data, cbData);
+        upsert.Bind(1, id)
+            .Bind(2, name)
+            .Bind(3, static_cast<int64_t>(type))
+            .BindBlob(4, data, cbData);
         upsert.Step();
         txn.Commit();
         return ERROR_SUCCESS;

@@ -37,7 +37,9 @@ void ErrorReporter::Report(const std::string& label, int32_t number, const std::
     if (depth_ == 0) Flush();
 }
 
-void ErrorReporter::BeginAction() { ++depth_; }
+void ErrorReporter::BeginAction() {
+    ++depth_;
+}
 
 void ErrorReporter::EndAction() {
     if (depth_ > 0) --depth_;
@@ -86,7 +88,8 @@ void ErrorReporter::AppendLog(const std::string& label, int32_t number, const st
         char stamp[40] = "";
         const std::time_t now = std::time(nullptr);
         std::tm local{};
-        if (localtime_r(&now, &local)) std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S%z", &local);
+        if (localtime_r(&now, &local))
+            std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S%z", &local);
         char code[48];
         std::snprintf(code, sizeof code, "%d (&H%08X)", number, static_cast<uint32_t>(number));
         const std::string line = std::string(stamp) + " | " + label + " | " + code + " | " +

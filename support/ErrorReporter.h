@@ -10,7 +10,7 @@
 namespace support {
 
 class ErrorReporter {
-public:
+  public:
     static ErrorReporter& Instance();
 
     // The application object the component is given: title, folder and version.
@@ -37,7 +37,7 @@ public:
     void AppendLog(const std::string& label, int32_t number, const std::string& source,
                    const std::string& description) const noexcept;
 
-private:
+  private:
     std::string title_ = "Pondera";
     std::string path_;
     std::string version_;
@@ -48,7 +48,7 @@ private:
 // Brackets one user action (an event handler run): errors raised inside it are
 // shown together, once, when the outermost scope ends.
 class ActionScope {
-public:
+  public:
     ActionScope() { ErrorReporter::Instance().BeginAction(); }
     ~ActionScope() { ErrorReporter::Instance().EndAction(); }
     ActionScope(const ActionScope&) = delete;

@@ -13,13 +13,17 @@ namespace {
 constexpr unsigned kInvalid = 0x01, kDivZero = 0x04, kOverflow = 0x08;
 constexpr unsigned kAllFlags = 0x3F;
 
-inline unsigned ReadFlags() { return __builtin_ia32_stmxcsr() & kAllFlags; }
+inline unsigned ReadFlags() {
+    return __builtin_ia32_stmxcsr() & kAllFlags;
+}
 inline void WriteFlags(unsigned flags) {
     __builtin_ia32_ldmxcsr((__builtin_ia32_stmxcsr() & ~kAllFlags) | (flags & kAllFlags));
 }
 #else
 constexpr unsigned kInvalid = FE_INVALID, kDivZero = FE_DIVBYZERO, kOverflow = FE_OVERFLOW;
-inline unsigned ReadFlags() { return std::fetestexcept(FE_ALL_EXCEPT); }
+inline unsigned ReadFlags() {
+    return std::fetestexcept(FE_ALL_EXCEPT);
+}
 inline void WriteFlags(unsigned flags) {
     std::feclearexcept(FE_ALL_EXCEPT);
     if (flags) std::feraiseexcept(static_cast<int>(flags));
@@ -38,14 +42,22 @@ void Raise(int32_t number, const std::string& source, const std::string& descrip
 
 std::string DescriptionOf(int32_t number) {
     switch (number) {
-    case 5: return "Invalid procedure call or argument";
-    case 6: return "Overflow";
-    case 7: return "Out of memory";
-    case 9: return "Subscript out of range";
-    case 11: return "Division by zero";
-    case 13: return "Type mismatch";
-    case 51: return "Internal error";
-    default: return "Application-defined or object-defined error";
+    case 5:
+        return "Invalid procedure call or argument";
+    case 6:
+        return "Overflow";
+    case 7:
+        return "Out of memory";
+    case 9:
+        return "Subscript out of range";
+    case 11:
+        return "Division by zero";
+    case 13:
+        return "Type mismatch";
+    case 51:
+        return "Internal error";
+    default:
+        return "Application-defined or object-defined error";
     }
 }
 
@@ -53,7 +65,7 @@ void CheckFp() {
     const unsigned flags = ReadFlags();
     if (!(flags & (kInvalid | kDivZero | kOverflow))) return;
     WriteFlags(0); // reported once; the trap puts the caller's flags back
-    const int32_t number = (flags & kDivZero)   ? kErrDivByZero
+    const int32_t number = (flags & kDivZero)    ? kErrDivByZero
                            : (flags & kOverflow) ? kErrOverflow
                                                  : kErrInvalidCall;
     throw RunTimeError(number, kAppTitle, DescriptionOf(number));
@@ -66,7 +78,9 @@ FpScope::FpScope() {
     WriteFlags(0);
 }
 
-FpScope::~FpScope() { WriteFlags(static_cast<unsigned>(saved_)); }
+FpScope::~FpScope() {
+    WriteFlags(static_cast<unsigned>(saved_));
+}
 
 int& TrapDepth() {
     thread_local int depth = 0;

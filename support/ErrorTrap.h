@@ -71,13 +71,13 @@ namespace detail {
 // Saves and clears the floating-point flags for the scope of one trap and puts
 // the caller's flags back afterwards, so every procedure sees only its own faults.
 class FpScope {
-public:
+  public:
     FpScope();
     ~FpScope();
     FpScope(const FpScope&) = delete;
     FpScope& operator=(const FpScope&) = delete;
 
-private:
+  private:
     std::fexcept_t saved_{};
 };
 

@@ -12,8 +12,8 @@ namespace support {
 namespace {
 
 struct Pattern {
-    int intDigits = 1;   // '0' placeholders before the point
-    int decimals = 0;    // '0' placeholders after the point
+    int intDigits = 1; // '0' placeholders before the point
+    int decimals = 0;  // '0' placeholders after the point
     bool scientific = false;
     bool expAlwaysSigned = true; // "E+00" shows the sign always, "E-00" only when negative
     int expDigits = 2;
@@ -68,7 +68,8 @@ std::string FormatFixed(double value, const Pattern& p) {
     std::string whole = digits.substr(0, point);
     const std::string fraction = point == std::string::npos ? "" : digits.substr(point);
     if (whole == "0" && p.intDigits == 0) whole.clear();
-    while (static_cast<int>(whole.size()) < p.intDigits) whole.insert(0, "0");
+    while (static_cast<int>(whole.size()) < p.intDigits)
+        whole.insert(0, "0");
     return (negative ? "-" : "") + whole + fraction;
 }
 
@@ -81,7 +82,8 @@ std::string FormatScientific(double value, const Pattern& p) {
     if (mantissa.front() == '-' && AllZeroDigits(mantissa)) mantissa.erase(0, 1);
     if (value == 0) exponent = 0;
     std::string digits = std::to_string(std::abs(exponent));
-    while (static_cast<int>(digits.size()) < p.expDigits) digits.insert(0, "0");
+    while (static_cast<int>(digits.size()) < p.expDigits)
+        digits.insert(0, "0");
     std::string sign = exponent < 0 ? "-" : (p.expAlwaysSigned ? "+" : "");
     return mantissa + p.expLetter + sign + digits;
 }
@@ -112,9 +114,13 @@ std::string Format(double value, std::string_view pattern) {
 std::optional<double> ParseNumber(std::string_view text) {
     size_t i = 0, n = text.size();
     auto space = [&](size_t k) { return std::isspace(static_cast<unsigned char>(text[k])) != 0; };
-    auto digit = [&](size_t k) { return k < n && std::isdigit(static_cast<unsigned char>(text[k])); };
-    while (i < n && space(i)) ++i;
-    while (n > i && space(n - 1)) --n;
+    auto digit = [&](size_t k) {
+        return k < n && std::isdigit(static_cast<unsigned char>(text[k]));
+    };
+    while (i < n && space(i))
+        ++i;
+    while (n > i && space(n - 1))
+        --n;
     if (i == n) return std::nullopt;
 
     bool negative = false;
@@ -145,7 +151,8 @@ std::optional<double> ParseNumber(std::string_view text) {
         bool negativeExponent = false;
         if (i < n && (text[i] == '+' || text[i] == '-')) negativeExponent = text[i++] == '-';
         if (!digit(i)) return std::nullopt;
-        for (; digit(i); ++i) exponent = std::min(exponent * 10 + (text[i] - '0'), 1000000000000LL);
+        for (; digit(i); ++i)
+            exponent = std::min(exponent * 10 + (text[i] - '0'), 1000000000000LL);
         if (negativeExponent) exponent = -exponent;
     }
     if (i != n) return std::nullopt;
@@ -165,6 +172,8 @@ std::optional<double> ParseNumber(std::string_view text) {
     return negative ? -value : value;
 }
 
-double Val(std::string_view text) { return ParseNumber(text).value_or(0.0); }
+double Val(std::string_view text) {
+    return ParseNumber(text).value_or(0.0);
+}
 
 } // namespace support

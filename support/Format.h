@@ -18,7 +18,9 @@ std::string Format(double value, std::string_view pattern);
 // point, an optional exponent; empty text, "nan", "inf", hexadecimal and values
 // beyond the double range are not numbers.
 std::optional<double> ParseNumber(std::string_view text);
-inline bool IsNumeric(std::string_view text) { return ParseNumber(text).has_value(); }
+inline bool IsNumeric(std::string_view text) {
+    return ParseNumber(text).has_value();
+}
 
 // The value of a field as the old runtime's Val would give it, for fields that
 // are read without a check: the number, or 0 when the text is not one.

@@ -68,21 +68,29 @@ bool installed = false;
 constexpr int kSignals[] = {SIGSEGV, SIGFPE, SIGILL, SIGBUS};
 struct sigaction previous[std::size(kSignals)];
 thread_local bool inHandler = false;
-char* mainStackLow = nullptr;   // lowest address of the main thread's stack
+char* mainStackLow = nullptr; // lowest address of the main thread's stack
 char altStack[64 * 1024];
 
 uint32_t CodeOf(int sig, const siginfo_t* info) {
     switch (sig) {
     case SIGFPE:
         switch (info->si_code) {
-        case FPE_INTDIV: return EXCEPTION_INT_DIVIDE_BY_ZERO;
-        case FPE_INTOVF: return EXCEPTION_INT_OVERFLOW;
-        case FPE_FLTDIV: return EXCEPTION_FLT_DIVIDE_BY_ZERO;
-        case FPE_FLTOVF: return EXCEPTION_FLT_OVERFLOW;
-        case FPE_FLTUND: return EXCEPTION_FLT_UNDERFLOW;
-        case FPE_FLTRES: return EXCEPTION_FLT_INEXACT_RESULT;
-        case FPE_FLTSUB: return EXCEPTION_ARRAY_BOUNDS_EXCEEDED;
-        default: return EXCEPTION_FLT_INVALID_OPERATION;
+        case FPE_INTDIV:
+            return EXCEPTION_INT_DIVIDE_BY_ZERO;
+        case FPE_INTOVF:
+            return EXCEPTION_INT_OVERFLOW;
+        case FPE_FLTDIV:
+            return EXCEPTION_FLT_DIVIDE_BY_ZERO;
+        case FPE_FLTOVF:
+            return EXCEPTION_FLT_OVERFLOW;
+        case FPE_FLTUND:
+            return EXCEPTION_FLT_UNDERFLOW;
+        case FPE_FLTRES:
+            return EXCEPTION_FLT_INEXACT_RESULT;
+        case FPE_FLTSUB:
+            return EXCEPTION_ARRAY_BOUNDS_EXCEEDED;
+        default:
+            return EXCEPTION_FLT_INVALID_OPERATION;
         }
     case SIGILL:
         return (info->si_code == ILL_PRVOPC || info->si_code == ILL_PRVREG)
@@ -91,7 +99,8 @@ uint32_t CodeOf(int sig, const siginfo_t* info) {
     case SIGBUS:
         return info->si_code == BUS_ADRALN ? EXCEPTION_DATATYPE_MISALIGNMENT
                                            : EXCEPTION_IN_PAGE_ERROR;
-    default: return EXCEPTION_ACCESS_VIOLATION;
+    default:
+        return EXCEPTION_ACCESS_VIOLATION;
     }
 }
 
@@ -147,7 +156,8 @@ void FindMainStack() {
     if (pthread_getattr_np(pthread_self(), &attr) != 0) return;
     void* address = nullptr;
     size_t size = 0;
-    if (pthread_attr_getstack(&attr, &address, &size) == 0) mainStackLow = static_cast<char*>(address);
+    if (pthread_attr_getstack(&attr, &address, &size) == 0)
+        mainStackLow = static_cast<char*>(address);
     pthread_attr_destroy(&attr);
 }
 
@@ -176,7 +186,8 @@ EXCEPTION_RECORD InnermostRecord(const EXCEPTION_RECORD& record) {
 
 void ExceptionFilter(const EXCEPTION_RECORD& record) {
     const EXCEPTION_RECORD innermost = InnermostRecord(record);
-    throw support::RunTimeError(support::kErrException, kSource, ShortName(innermost.ExceptionCode));
+    throw support::RunTimeError(support::kErrException, kSource,
+                                ShortName(innermost.ExceptionCode));
 }
 
 void RaiseException(uint32_t code, uint32_t flags, uint32_t numberOfArguments,
@@ -184,7 +195,8 @@ void RaiseException(uint32_t code, uint32_t flags, uint32_t numberOfArguments,
     EXCEPTION_RECORD record;
     record.ExceptionCode = code;
     record.ExceptionFlags = flags;
-    record.NumberParameters = numberOfArguments < kMaxParameters ? numberOfArguments : kMaxParameters;
+    record.NumberParameters =
+        numberOfArguments < kMaxParameters ? numberOfArguments : kMaxParameters;
     for (uint32_t i = 0; i < record.NumberParameters && arguments; ++i)
         record.ExceptionInformation[i] = arguments[i];
     if (installed) ExceptionFilter(record);
@@ -200,7 +212,7 @@ void InstallExceptionFilter() {
     stack.ss_size = sizeof altStack;
     sigaltstack(&stack, nullptr);
     for (size_t i = 0; i < std::size(kSignals); ++i) {
-        struct sigaction action{};
+        struct sigaction action {};
         action.sa_sigaction = OnSignal;
         action.sa_flags = SA_SIGINFO | SA_ONSTACK;
         sigemptyset(&action.sa_mask);
@@ -211,10 +223,13 @@ void InstallExceptionFilter() {
 
 void RemoveExceptionFilter() {
     if (!installed) return;
-    for (size_t i = 0; i < std::size(kSignals); ++i) sigaction(kSignals[i], &previous[i], nullptr);
+    for (size_t i = 0; i < std::size(kSignals); ++i)
+        sigaction(kSignals[i], &previous[i], nullptr);
     installed = false;
 }
 
-bool FilterInstalled() { return installed; }
+bool FilterInstalled() {
+    return installed;
+}
 
 } // namespace MExceptionHandler

@@ -10,7 +10,9 @@ void RecordingFace::ShowErrorReport(const std::vector<ErrorEntry>& entries) {
     Reports.push_back(entries);
 }
 
-void RecordingFace::SetStatusText(const std::string& text) { Status = text; }
+void RecordingFace::SetStatusText(const std::string& text) {
+    Status = text;
+}
 
 void RecordingFace::Clear() {
     Messages.clear();
@@ -20,7 +22,8 @@ void RecordingFace::Clear() {
 
 std::vector<ErrorEntry> RecordingFace::AllErrors() const {
     std::vector<ErrorEntry> all;
-    for (const auto& report : Reports) all.insert(all.end(), report.begin(), report.end());
+    for (const auto& report : Reports)
+        all.insert(all.end(), report.begin(), report.end());
     return all;
 }
 
@@ -33,9 +36,13 @@ RecordingFace& Recorder() {
     return recorder;
 }
 
-UserFace& Face() { return installed ? *installed : Recorder(); }
+UserFace& Face() {
+    return installed ? *installed : Recorder();
+}
 
-void SetFace(UserFace* face) { installed = face; }
+void SetFace(UserFace* face) {
+    installed = face;
+}
 
 void MsgBox(const std::string& text, const std::string& title) {
     Face().ShowMessage(title, text, BoxIcon::Information);

@@ -20,7 +20,7 @@ struct ErrorEntry {
 enum class BoxIcon { Information, Critical };
 
 class UserFace {
-public:
+  public:
     virtual ~UserFace() = default;
     virtual void ShowMessage(const std::string& title, const std::string& text,
                              BoxIcon icon = BoxIcon::Information) = 0;
@@ -29,7 +29,7 @@ public:
 };
 
 class RecordingFace : public UserFace {
-public:
+  public:
     struct Message {
         std::string Title;
         std::string Text;

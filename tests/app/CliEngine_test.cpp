@@ -22,7 +22,8 @@ struct CliRun {
 
 std::string Quoted(const std::string& s) {
     std::string out = "'";
-    for (char c : s) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    for (char c : s)
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return out + "'";
 }
 
@@ -37,9 +38,11 @@ CliRun Cli(const std::vector<std::string>& args, const std::string& input = "") 
     std::system(("mkdir -p " + Quoted(dir)).c_str());
     std::ofstream(dir + "/in") << input;
     std::string cmd = Quoted(PONDERA_CLI);
-    for (const auto& a : args) cmd += " " + Quoted(a);
-    const int raw = std::system((cmd + " <" + Quoted(dir + "/in") + " >" + Quoted(dir + "/out") + " 2>" +
-                                 Quoted(dir + "/err")).c_str());
+    for (const auto& a : args)
+        cmd += " " + Quoted(a);
+    const int raw = std::system((cmd + " <" + Quoted(dir + "/in") + " >" + Quoted(dir + "/out") +
+                                 " 2>" + Quoted(dir + "/err"))
+                                    .c_str());
     CliRun r{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Slurp(dir + "/out"), Slurp(dir + "/err"), {}};
     std::istringstream lines(r.Out);
     for (std::string line; std::getline(lines, line);) {
@@ -52,7 +55,9 @@ CliRun Cli(const std::vector<std::string>& args, const std::string& input = "") 
     return r;
 }
 
-double Rel(double a, long double b) { return static_cast<double>(std::fabs((a - b) / b)); }
+double Rel(double a, long double b) {
+    return static_cast<double>(std::fabs((a - b) / b));
+}
 
 long double Phi(long double z) {
     return std::exp(-z * z / 2) / std::sqrt(2 * 3.141592653589793238462643383279502884L);
@@ -60,7 +65,8 @@ long double Phi(long double z) {
 
 // Every number in the answer is finite (a NaN or infinity would print as null).
 void ExpectNoNull(const Value& v, const std::string& where) {
-    for (const auto& path : v.Nulls) ADD_FAILURE() << where << ": null at " << path;
+    for (const auto& path : v.Nulls)
+        ADD_FAILURE() << where << ": null at " << path;
 }
 
 TEST(CliEngine, MomentsAndFitAnswerWithTheirFigures) {
@@ -71,7 +77,8 @@ TEST(CliEngine, MomentsAndFitAnswerWithTheirFigures) {
         {{"LogNormal", "0", "1", "3"},
          {std::sqrt(e) + 3, std::sqrt(e * (e - 1)), (e + 2) * std::sqrt(e - 1),
           e * e * e * e + 2 * e * e * e + 3 * e * e - 3}},
-        {{"Triangular", "0", "0", "1"}, {1 / 3.0, std::sqrt(1 / 18.0), 2 * std::sqrt(2.0) / 5, 2.4}},
+        {{"Triangular", "0", "0", "1"},
+         {1 / 3.0, std::sqrt(1 / 18.0), 2 * std::sqrt(2.0) / 5, 2.4}},
         {{"Weibull", "1", "1", "0"}, {1, 1, 2, 9}},
     };
     for (const auto& [args, want] : rows) {
@@ -82,7 +89,8 @@ TEST(CliEngine, MomentsAndFitAnswerWithTheirFigures) {
         ASSERT_EQ(r.Objects.size(), 1u);
         const Value& v = r.Objects[0];
         const char* keys[] = {"mean", "stdev", "skewness", "kurtosis"};
-        for (int i = 0; i < 4; ++i) EXPECT_NEAR(v.N(keys[i]), want[i], 1e-9 * std::max(1.0, want[i])) << r.Out;
+        for (int i = 0; i < 4; ++i)
+            EXPECT_NEAR(v.N(keys[i]), want[i], 1e-9 * std::max(1.0, want[i])) << r.Out;
         EXPECT_EQ(v.Size.at("errors"), 0u);
     }
     // fit: table 6.1 of the fitting note.
@@ -121,15 +129,18 @@ TEST(CliEngine, FailedChecksAndRunTimeErrorsAreReported) {
     EXPECT_EQ(v.S("errors.0.description"), "Overflow");
     EXPECT_EQ(v.S("errors.3.label"), "Pondera.m_Distributions.Kurtosis");
     // The same overflow at several grid points is one entry.
-    const Value w = Cli({"pdf", "Johnson SB", "1", "0", "1", "1e308", "--range", "-1e308", "-9e307", "--points",
-                         "5"}).Objects.at(0);
+    const Value w = Cli({"pdf", "Johnson SB", "1", "0", "1", "1e308", "--range", "-1e308", "-9e307",
+                         "--points", "5"})
+                        .Objects.at(0);
     ASSERT_EQ(w.Size.at("errors"), 1u);
     EXPECT_EQ(w.S("errors.0.label"), "Pondera.m_Distributions.JohnsonSB_PDF");
-    for (double d : w.Numbers("density")) EXPECT_EQ(d, 0);
+    for (double d : w.Numbers("density"))
+        EXPECT_EQ(d, 0);
 }
 
 TEST(CliEngine, PdfSamplesThePlotGrid) {
-    const Value v = Cli({"pdf", "Normal", "1", "2", "--range", "-3", "5", "--points", "8"}).Objects.at(0);
+    const Value v =
+        Cli({"pdf", "Normal", "1", "2", "--range", "-3", "5", "--points", "8"}).Objects.at(0);
     const auto x = v.Numbers("x"), d = v.Numbers("density");
     ASSERT_EQ(x.size(), 8u);
     ASSERT_EQ(d.size(), 8u);
@@ -139,7 +150,8 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
     }
     // Johnson names use the engine's own densities: SL keeps lamda inside the logarithm.
     const Value sl =
-        Cli({"pdf", "Johnson SL", "2", "0.5", "3", "1", "--range", "1", "7", "--points", "3"}).Objects.at(0);
+        Cli({"pdf", "Johnson SL", "2", "0.5", "3", "1", "--range", "1", "7", "--points", "3"})
+            .Objects.at(0);
     const auto sx = sl.Numbers("x"), sd = sl.Numbers("density");
     EXPECT_EQ(sd[0], 0); // x = xi
     for (int i = 1; i < 3; ++i) {
@@ -149,7 +161,8 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
 }
 
 TEST(CliEngine, PncFigures) {
-    const Value v = Cli({"pnc", "Normal", "0", "1", "0", "0", "--lsl", "-3", "--usl", "9"}).Objects.at(0);
+    const Value v =
+        Cli({"pnc", "Normal", "0", "1", "0", "0", "--lsl", "-3", "--usl", "9"}).Objects.at(0);
     EXPECT_LE(Rel(v.N("lower"), 0.00134989803163009452665L), 1e-14);
     EXPECT_LE(Rel(v.N("upper"), 1.128588405953840647735e-19L), 1e-13);
     EXPECT_EQ(v.N("total"), v.N("lower") + v.N("upper"));
@@ -158,23 +171,27 @@ TEST(CliEngine, PncFigures) {
     EXPECT_EQ(only.N("lower"), 0);
     EXPECT_EQ(only.N("total"), only.N("upper"));
     // Log-normal limits at or below the threshold.
-    const Value ln = Cli({"pnc", "LogNormal", "0", "1", "5", "0", "--lsl", "5", "--usl", "4"}).Objects.at(0);
+    const Value ln =
+        Cli({"pnc", "LogNormal", "0", "1", "5", "0", "--lsl", "5", "--usl", "4"}).Objects.at(0);
     EXPECT_EQ(ln.N("lower"), 0);
     EXPECT_EQ(ln.N("upper"), 1);
     // A Johnson name picks its form: SL with lamda -1 lives below xi.
-    const Value sl = Cli({"pnc", "Johnson SL", "3", "0.5", "-1", "2", "--lsl", "1", "--usl", "2"}).Objects.at(0);
+    const Value sl =
+        Cli({"pnc", "Johnson SL", "3", "0.5", "-1", "2", "--lsl", "1", "--usl", "2"}).Objects.at(0);
     EXPECT_LE(Rel(sl.N("lower"), 0.30853753872598689637L), 1e-14); // Phi(-0.5)
     EXPECT_EQ(sl.N("upper"), 0);
 }
 
 TEST(CliEngine, LinesOnStandardInputAreAnsweredOneByOne) {
-    const CliRun r = Cli({"pnc"}, "Normal|0|1|||-3|3\r\n\nUniform|4|4|||3|5\nJohnson SB|1|0|1|0|0.5|\n"
-                                  "Exponential|1|0||||\n");
+    const CliRun r =
+        Cli({"pnc"}, "Normal|0|1|||-3|3\r\n\nUniform|4|4|||3|5\nJohnson SB|1|0|1|0|0.5|\n"
+                     "Exponential|1|0||||\n");
     ASSERT_EQ(r.Status, 0) << r.Err;
     ASSERT_EQ(r.Objects.size(), 4u); // the blank line asks nothing
     EXPECT_NEAR(r.Objects[0].N("total"), 0.0026997960632601891, 1e-17);
     EXPECT_EQ(r.Objects[1].N("total"), 0);
-    EXPECT_EQ(r.Objects[1].S("status"), "Minimum equals Maximum: the Uniform distribution has no spread.");
+    EXPECT_EQ(r.Objects[1].S("status"),
+              "Minimum equals Maximum: the Uniform distribution has no spread.");
     EXPECT_DOUBLE_EQ(r.Objects[2].N("lower"), 0.5); // the symmetric SB's median
     EXPECT_EQ(r.Objects[2].N("upper"), 0);
     EXPECT_EQ(r.Objects[3].N("total"), 0);
@@ -197,21 +214,30 @@ TEST(CliEngine, LinesOnStandardInputAreAnsweredOneByOne) {
 
 TEST(CliEngine, UsageErrorsExitWithTwo) {
     const std::vector<std::vector<std::string>> cases = {
-        {}, {"frobnicate"}, {"moments"}, {"moments", "Johnson SB", "1"}, {"moments", "Normal", "abc"},
-        {"moments", "Normal", "0", "1", "2", "3"}, {"pdf", "Normal", "0", "1"},
+        {},
+        {"frobnicate"},
+        {"moments"},
+        {"moments", "Johnson SB", "1"},
+        {"moments", "Normal", "abc"},
+        {"moments", "Normal", "0", "1", "2", "3"},
+        {"pdf", "Normal", "0", "1"},
         {"pdf", "Normal", "0", "1", "--range", "0", "--points", "5"},
         {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "0"},
         {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "40000"},
         {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "1e300"},
         {"pdf", "Normal", "0", "1", "--range", "0", "1", "--points", "2.5"},
         {"pdf", "Johnson", "1", "0", "1", "0", "--range", "0", "1", "--points", "5"},
-        {"pnc", "Normal", "0", "1", "--lsl"}, {"pnc", "Normal", "0", "1", "--lsl", "nan"},
-        {"pnc", "Normal", "0", "1", "--target", "0"}, {"pnc", "Lognormal", "0", "1"},
-        {"fit", "0", "1", "0.5"}, {"fit", "0", "1", "0.5", "1e400"}};
+        {"pnc", "Normal", "0", "1", "--lsl"},
+        {"pnc", "Normal", "0", "1", "--lsl", "nan"},
+        {"pnc", "Normal", "0", "1", "--target", "0"},
+        {"pnc", "Lognormal", "0", "1"},
+        {"fit", "0", "1", "0.5"},
+        {"fit", "0", "1", "0.5", "1e400"}};
     for (const auto& args : cases) {
         const CliRun r = Cli(args);
         std::string joined;
-        for (const auto& a : args) joined += a + " ";
+        for (const auto& a : args)
+            joined += a + " ";
         EXPECT_EQ(r.Status, 2) << joined;
         EXPECT_TRUE(r.Out.empty()) << joined << r.Out;
         EXPECT_NE(r.Err.find("usage: pondera-cli"), std::string::npos) << joined;
@@ -230,7 +256,8 @@ TEST(CliEngine, BadValuesNeverPrintNullOrCrash) {
                 std::string fields[6] = {"1", "2", "3", "0.5", "-1", "4"};
                 fields[slot] = value;
                 input += std::string(name);
-                for (const auto& f : fields) input += "|" + f;
+                for (const auto& f : fields)
+                    input += "|" + f;
                 input += "\n";
             }
     const CliRun r = Cli({"pnc"}, input);
@@ -252,12 +279,15 @@ TEST(CliEngine, BadValuesNeverPrintNullOrCrash) {
                 ASSERT_EQ(m.Objects.size(), 1u) << names[n] << " " << value;
                 ExpectNoNull(m.Objects[0], std::string(names[n]) + " " + value);
             }
-    const CliRun p = Cli({"pdf", "Weibull", "1e-3", "1", "0", "--range", "-1e308", "1e308", "--points", "500"});
+    const CliRun p =
+        Cli({"pdf", "Weibull", "1e-3", "1", "0", "--range", "-1e308", "1e308", "--points", "500"});
     ASSERT_EQ(p.Objects.size(), 1u);
     ExpectNoNull(p.Objects[0], "pdf");
-    const CliRun fit = Cli({"fit"}, "0 1e-300 0.5 4\n0 1 0 1e6\n0 1 1e3 30\n1e300 1e300 0.5 4\n0 1 0.5 3e15\n");
+    const CliRun fit =
+        Cli({"fit"}, "0 1e-300 0.5 4\n0 1 0 1e6\n0 1 1e3 30\n1e300 1e300 0.5 4\n0 1 0.5 3e15\n");
     ASSERT_EQ(fit.Objects.size(), 5u);
-    for (const auto& v : fit.Objects) ExpectNoNull(v, "fit");
+    for (const auto& v : fit.Objects)
+        ExpectNoNull(v, "fit");
 }
 
 } // namespace

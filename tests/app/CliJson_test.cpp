@@ -31,8 +31,9 @@ TEST_F(CliJsonTest, StringsAreEscaped) {
 
 TEST_F(CliJsonTest, RecordedMessagesAndDistinctErrorsAreAddedAndCleared) {
     support::MsgBox("Standard deviation must be greater than zero.");
-    Rec().ShowErrorReport({{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 3},
-                           {"Pondera.m_Distributions.StDev", 11, "Pondera", "Division by zero", 1}});
+    Rec().ShowErrorReport(
+        {{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 3},
+         {"Pondera.m_Distributions.StDev", 11, "Pondera", "Division by zero", 1}});
     Rec().ShowErrorReport({{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 1}});
     const auto v = json_reader::Parse(cli::JsonObject().Add("x", 1).AddRecorded().Str());
     ASSERT_EQ(v.Size.at("messages"), 1u);

@@ -20,18 +20,21 @@ struct Value {
     std::map<std::string, size_t> Size;     // arrays and objects: how many members
     std::vector<std::string> Nulls;         // where a null stood (a NaN or infinity prints so)
 
-    bool Has(const std::string& path) const { return Num.count(path) || Str.count(path) || Size.count(path); }
+    bool Has(const std::string& path) const {
+        return Num.count(path) || Str.count(path) || Size.count(path);
+    }
     double N(const std::string& path) const { return Num.at(path); }
     const std::string& S(const std::string& path) const { return Str.at(path); }
     std::vector<double> Numbers(const std::string& path) const {
         std::vector<double> out;
-        for (size_t i = 0; i < Size.at(path); ++i) out.push_back(N(path + "." + std::to_string(i)));
+        for (size_t i = 0; i < Size.at(path); ++i)
+            out.push_back(N(path + "." + std::to_string(i)));
         return out;
     }
 };
 
 class Parser {
-public:
+  public:
     explicit Parser(const std::string& text) : s_(text) {}
     Value ParseAll() {
         ParseValue("");
@@ -39,12 +42,13 @@ public:
         return v_;
     }
 
-private:
+  private:
     [[noreturn]] void Fail(const std::string& what) const {
         throw std::runtime_error(what + " at " + std::to_string(pos_));
     }
     char Peek() { // the next non-blank character, '\0' at the end
-        while (pos_ < s_.size() && std::strchr(" \t\r\n", s_[pos_])) ++pos_;
+        while (pos_ < s_.size() && std::strchr(" \t\r\n", s_[pos_]))
+            ++pos_;
         return pos_ < s_.size() ? s_[pos_] : '\0';
     }
     char Next() {
@@ -66,7 +70,8 @@ private:
             if (e == 'u') {
                 c = static_cast<char>(std::stoi(s_.substr(pos_, 4), nullptr, 16));
                 pos_ += 4;
-            } else if (const char* at = std::strchr(escapes, e); e && at && (at - escapes) % 2 == 0) {
+            } else if (const char* at = std::strchr(escapes, e);
+                       e && at && (at - escapes) % 2 == 0) {
                 c = at[1];
             } else {
                 Fail("bad escape");
@@ -106,7 +111,8 @@ private:
         // Numbers: JSON grammar only (no nan, inf, hex or leading +).
         static const std::regex number(R"(-?(0|[1-9]\d*)(\.\d+)?([eE][+-]?\d+)?)");
         std::smatch m;
-        if (!std::regex_search(s_.begin() + pos_, s_.end(), m, number, std::regex_constants::match_continuous))
+        if (!std::regex_search(s_.begin() + pos_, s_.end(), m, number,
+                               std::regex_constants::match_continuous))
             Fail("bad value");
         v_.Num[path] = std::strtod(m.str().c_str(), nullptr);
         pos_ += m.length();
@@ -117,6 +123,8 @@ private:
     Value v_;
 };
 
-inline Value Parse(const std::string& text) { return Parser(text).ParseAll(); }
+inline Value Parse(const std::string& text) {
+    return Parser(text).ParseAll();
+}
 
 } // namespace json_reader

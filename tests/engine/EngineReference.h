@@ -8,7 +8,9 @@ namespace engine_ref {
 
 inline constexpr long double kPi = 3.141592653589793238462643383279502884L;
 
-inline long double Phi(long double z) { return std::exp(-z * z / 2) / std::sqrt(2 * kPi); }
+inline long double Phi(long double z) {
+    return std::exp(-z * z / 2) / std::sqrt(2 * kPi);
+}
 
 // P(Z > z) for the standard normal: the Taylor series of the integral for small
 // |z| (Abramowitz & Stegun 26.2.10) and Laplace's continued fraction for the
@@ -24,11 +26,14 @@ inline long double NormalUpper(long double z) {
         return 0.5L - Phi(z) * sum;
     }
     long double f = 0;
-    for (int n = 4000; n >= 1; --n) f = n / (z + f);
+    for (int n = 4000; n >= 1; --n)
+        f = n / (z + f);
     return Phi(z) / (z + f);
 }
 
-inline long double NormalLower(long double z) { return NormalUpper(-z); }
+inline long double NormalLower(long double z) {
+    return NormalUpper(-z);
+}
 
 inline double Rel(long double actual, long double expected) {
     if (expected == 0) return static_cast<double>(std::fabs(actual));

@@ -35,26 +35,30 @@ TEST_F(DistributionsTest, CatalogueCodesKeysAndOrders) {
     std::vector<std::string> rows;
     for (const auto& e : Catalogue()) {
         int slots = 0;
-        for (const auto& slot : e.Slots) slots += slot.Label != nullptr;
-        rows.push_back(std::string(e.Name) + "|" + std::to_string(e.Code) + "|" + e.CalculatorKey + "|" +
-                       std::to_string(slots) + "|" + e.MinimumSlot);
+        for (const auto& slot : e.Slots)
+            slots += slot.Label != nullptr;
+        rows.push_back(std::string(e.Name) + "|" + std::to_string(e.Code) + "|" + e.CalculatorKey +
+                       "|" + std::to_string(slots) + "|" + e.MinimumSlot);
         EXPECT_EQ(FindDistribution(e.Name), &e);
     }
-    EXPECT_EQ(rows, (std::vector<std::string>{
-                        "Normal|1|Normal|2|", "LogNormal|4|Lognormal|3|3", "Exponential|3|Exponential|2|2",
-                        "Weibull|5|Weibull|3|3", "Uniform|6|Uniform|2|", "Triangular|2|Triangular|3|",
-                        "Johnson SB|7|Johnson|4|", "Johnson SL|9|Johnson|4|", "Johnson SU|8|Johnson|4|"}));
+    EXPECT_EQ(rows,
+              (std::vector<std::string>{"Normal|1|Normal|2|", "LogNormal|4|Lognormal|3|3",
+                                        "Exponential|3|Exponential|2|2", "Weibull|5|Weibull|3|3",
+                                        "Uniform|6|Uniform|2|", "Triangular|2|Triangular|3|",
+                                        "Johnson SB|7|Johnson|4|", "Johnson SL|9|Johnson|4|",
+                                        "Johnson SU|8|Johnson|4|"}));
     EXPECT_EQ(FindDistribution("Lognormal"), nullptr); // names compare exactly
     EXPECT_EQ(FindDistribution("normal"), nullptr);
     EXPECT_EQ(ClassicalListOrder(), (std::vector<std::string>{"Normal", "Exponential", "LogNormal",
-                                                               "Uniform", "Triangular", "Weibull"}));
+                                                              "Uniform", "Triangular", "Weibull"}));
     EXPECT_EQ(MomentsListOrder(),
               (std::vector<std::string>{"Johnson SB", "Johnson SL", "Johnson SU", "Normal"}));
 }
 
 TEST_F(DistributionsTest, ChecksPassOrShowTheirExactMessage) {
     const char* kUni = "Minimum must be less than Maximum for a Uniform distribution.";
-    const char* kTriMode = "Likeliest value must be between Minimum and Maximum for a Triangular distribution.";
+    const char* kTriMode =
+        "Likeliest value must be between Minimum and Maximum for a Triangular distribution.";
     const char* kTri = "Minimum must be less than Maximum for a Triangular distribution.";
     const char* kExp = "Scale parameter for an Exponential distribution must be greater than zero.";
     const char* kSd = "Standard deviation must be greater than zero.";
@@ -66,25 +70,35 @@ TEST_F(DistributionsTest, ChecksPassOrShowTheirExactMessage) {
     };
     const Row rows[] = {
         {"Uniform", 3, 3, 0, 0, nullptr}, // equal ends pass on purpose
-        {"Uniform", 5, 4, 0, 1, kUni},       {"Uniform", NAN, 1, 0, 1, kUni},
+        {"Uniform", 5, 4, 0, 1, kUni},
+        {"Uniform", NAN, 1, 0, 1, kUni},
         // The likeliest may equal either end, or both.
-        {"Triangular", 0, 0, 0, 0, nullptr}, {"Triangular", 0, 0, 1, 0, nullptr},
-        {"Triangular", 0, 1, 1, 0, nullptr}, {"Triangular", 0, 2, 1, 2, kTriMode},
-        {"Triangular", 0, -1, 1, 2, kTriMode}, {"Triangular", 2, 1, 1, 1, kTri},
-        {"Exponential", 0, 0, 0, 1, kExp},   {"Exponential", -1, 0, 0, 1, kExp},
-        {"Exponential", NAN, 0, 0, 1, kExp}, {"Exponential", 1e-300, -5, 0, 0, nullptr},
-        {"Weibull", 0, 1, 0, 1, "Shape parameter for a Weibull distribution must be greater than zero."},
-        {"Weibull", 1, 0, 0, 2, "Scale parameter for a Weibull distribution must be greater than zero."},
-        {"Weibull", 1e-3, 1e3, -7, 0, nullptr}, {"Normal", -1e300, 0, 0, 2, kSd},
-        {"Normal", 0, NAN, 0, 2, kSd},       {"LogNormal", 0, -2, 0, 2, kSd},
+        {"Triangular", 0, 0, 0, 0, nullptr},
+        {"Triangular", 0, 0, 1, 0, nullptr},
+        {"Triangular", 0, 1, 1, 0, nullptr},
+        {"Triangular", 0, 2, 1, 2, kTriMode},
+        {"Triangular", 0, -1, 1, 2, kTriMode},
+        {"Triangular", 2, 1, 1, 1, kTri},
+        {"Exponential", 0, 0, 0, 1, kExp},
+        {"Exponential", -1, 0, 0, 1, kExp},
+        {"Exponential", NAN, 0, 0, 1, kExp},
+        {"Exponential", 1e-300, -5, 0, 0, nullptr},
+        {"Weibull", 0, 1, 0, 1,
+         "Shape parameter for a Weibull distribution must be greater than zero."},
+        {"Weibull", 1, 0, 0, 2,
+         "Scale parameter for a Weibull distribution must be greater than zero."},
+        {"Weibull", 1e-3, 1e3, -7, 0, nullptr},
+        {"Normal", -1e300, 0, 0, 2, kSd},
+        {"Normal", 0, NAN, 0, 2, kSd},
+        {"LogNormal", 0, -2, 0, 2, kSd},
         {"Normal", 1e308, 1e-320, 0, 0, nullptr}, // p1 is never checked
         {"Johnson SB", -1, -1, -1, 0, nullptr},   // Johnson parameters are not checked
         {"Johnson SU", 0, 0, 0, 0, nullptr},
         {"Lognormal", 0, -1, 0, 0, nullptr}, // not a name of the table
     };
     for (const Row& r : rows) {
-        SCOPED_TRACE(std::string(r.Name) + " " + std::to_string(r.P1) + " " +
-                     std::to_string(r.P2) + " " + std::to_string(r.P3));
+        SCOPED_TRACE(std::string(r.Name) + " " + std::to_string(r.P1) + " " + std::to_string(r.P2) +
+                     " " + std::to_string(r.P3));
         Rec().Clear();
         const bool ok1 = CheckParam1(r.Name, r.P1, r.P2, r.P3);
         const bool ok2 = ok1 && CheckParam2(r.Name, r.P1, r.P2, r.P3);
@@ -103,8 +117,9 @@ TEST_F(DistributionsTest, ChecksPassOrShowTheirExactMessage) {
     EXPECT_FALSE(CheckParam2("Uniform", 2, 1, 0));
     EXPECT_FALSE(CheckParam3("Triangular", 2, 0, 1));
     EXPECT_EQ(MessageTexts(),
-              (std::vector<std::string>{"Maximum must be less than Minimum for a Uniform distribution.",
-                                        "Maximum must be greater than Minimum for a Triangular distribution."}));
+              (std::vector<std::string>{
+                  "Maximum must be less than Minimum for a Uniform distribution.",
+                  "Maximum must be greater than Minimum for a Triangular distribution."}));
 }
 
 struct MomentRow {
@@ -118,16 +133,30 @@ struct MomentRow {
 MomentRow Weibull(double k, double eta, double min) { // from the exact gamma function
     auto g = [k](int n) { return std::tgamma(1 + n / static_cast<L>(k)); };
     const L v = g(2) - g(1) * g(1);
-    return {"Weibull", 5, k, eta, min, g(1) * eta + min, std::sqrt(v) * eta,
+    return {"Weibull",
+            5,
+            k,
+            eta,
+            min,
+            g(1) * eta + min,
+            std::sqrt(v) * eta,
             (g(3) - 3 * g(1) * g(2) + 2 * g(1) * g(1) * g(1)) / std::pow(v, 1.5L),
-            (g(4) - 4 * g(1) * g(3) + 6 * g(1) * g(1) * g(2) - 3 * std::pow(g(1), 4)) / (v * v), 1e-9};
+            (g(4) - 4 * g(1) * g(3) + 6 * g(1) * g(1) * g(2) - 3 * std::pow(g(1), 4)) / (v * v),
+            1e-9};
 }
 
 MomentRow LogNormal(double mu, double s, double min) {
     const L w = std::exp(static_cast<L>(s) * s);
-    return {"LogNormal", 4, mu, s, min, std::exp(mu + s * static_cast<L>(s) / 2) + min,
-            std::sqrt(std::exp(2 * mu + static_cast<L>(s) * s) * (w - 1)), (w + 2) * std::sqrt(w - 1),
-            w * w * w * w + 2 * w * w * w + 3 * w * w - 3, 1e-12};
+    return {"LogNormal",
+            4,
+            mu,
+            s,
+            min,
+            std::exp(mu + s * static_cast<L>(s) / 2) + min,
+            std::sqrt(std::exp(2 * mu + static_cast<L>(s) * s) * (w - 1)),
+            (w + 2) * std::sqrt(w - 1),
+            w * w * w * w + 2 * w * w * w + 3 * w * w - 3,
+            1e-12};
 }
 
 TEST_F(DistributionsTest, MomentsMatchClosedForms) {
@@ -150,20 +179,26 @@ TEST_F(DistributionsTest, MomentsMatchClosedForms) {
         LogNormal(0.5, 0.1, 3),
         LogNormal(400, 1, 0),  // exp(2 mu + s^2) alone would overflow
         LogNormal(0, 1e-6, 0), // exp(s^2) - 1 needs expm1
-        Weibull(1, 1, 0), Weibull(0.5, 2, 0), Weibull(2, 10, 0), Weibull(3.6, 1, 5), Weibull(10, 1, 0),
+        Weibull(1, 1, 0),
+        Weibull(0.5, 2, 0),
+        Weibull(2, 10, 0),
+        Weibull(3.6, 1, 5),
+        Weibull(10, 1, 0),
     };
     for (const MomentRow& r : rows) {
-        SCOPED_TRACE(std::string(r.Name) + " " + std::to_string(r.P1) + " " +
-                     std::to_string(r.P2) + " " + std::to_string(r.P3));
+        SCOPED_TRACE(std::string(r.Name) + " " + std::to_string(r.P1) + " " + std::to_string(r.P2) +
+                     " " + std::to_string(r.P3));
         const double got[4] = {mean(r.Code, r.P1, r.P2, r.P3), StDev(r.Code, r.P1, r.P2, r.P3),
-                               Skewness(r.Code, r.P1, r.P2, r.P3), Kurtosis(r.Code, r.P1, r.P2, r.P3)};
+                               Skewness(r.Code, r.P1, r.P2, r.P3),
+                               Kurtosis(r.Code, r.P1, r.P2, r.P3)};
         const L want[4] = {r.Mean, r.Sd, r.Skew, r.Kurt};
         for (int i = 0; i < 4; ++i)
             EXPECT_LE(std::fabs(got[i] - want[i]) / std::max(1.0L, std::fabs(want[i])), r.Tol) << i;
     }
     // The Johnson codes and any other have no closed form here: 0.
     for (int code : {0, 7, 8, 9, -1, 100})
-        for (auto f : {mean, StDev, Skewness, Kurtosis}) EXPECT_EQ(f(code, 1, 2, 3), 0) << code;
+        for (auto f : {mean, StDev, Skewness, Kurtosis})
+            EXPECT_EQ(f(code, 1, 2, 3), 0) << code;
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
@@ -171,7 +206,8 @@ TEST_F(DistributionsTest, MomentFaultsReportTheirOwnLabelAndLeaveZero) {
     const std::tuple<const char*, int, double, double, std::vector<std::string>> rows[] = {
         {"triangular 0,0,0: skewness 0/0", 2, 0, 0, Labels("Skewness")},
         {"lognormal sigma 50: exp(1250)", 4, 0, 50, Labels("mean StDev Skewness Kurtosis")},
-        {"weibull shape 1e-3: Gamma(1001)", 5, 1e-3, 1, Labels("G mean G StDev G Skewness G Kurtosis")},
+        {"weibull shape 1e-3: Gamma(1001)", 5, 1e-3, 1,
+         Labels("G mean G StDev G Skewness G Kurtosis")},
         {"weibull shape 0: 1/0", 5, 0, 1, Labels("mean StDev Skewness Kurtosis")},
         {"exponential rate 0", 3, 0, 0, Labels("mean StDev")},
     };
@@ -193,7 +229,8 @@ TEST_F(DistributionsTest, BadValuesNeverGiveNaNOrInfinity) {
                 double p[3] = {1, 2, 3};
                 p[slot] = bad;
                 for (auto f : {mean, StDev, Skewness, Kurtosis})
-                    EXPECT_TRUE(std::isfinite(f(code, p[0], p[1], p[2]))) << code << " " << slot << " " << bad;
+                    EXPECT_TRUE(std::isfinite(f(code, p[0], p[1], p[2])))
+                        << code << " " << slot << " " << bad;
             }
         for (double v : {Normal_PDF(bad, 0, 1), Normal_PDF(0, bad, 1), Normal_PDF(0, 0, bad),
                          JohnsonSB_PDF(bad, 1, 0, 1, 0), JohnsonSB_PDF(0.5, bad, 0, 1, 0),
@@ -229,21 +266,28 @@ TEST_F(DistributionsTest, DensitiesMatchClosedForms) {
     }
     for (double x : {-0.5, 1.0, 9.0}) { // SL: xi -1, lamda 2.5 (kept inside the logarithm)
         const L y = (x + 1) / 2.5L, z = 0.3L + 2.2L * std::log(y);
-        EXPECT_LE(Rel(JohnsonSL_PDF(x, 2.2, 0.3, 2.5, -1), 2.2L * c / 2.5L / y * std::exp(-z * z / 2)), 1e-13);
+        EXPECT_LE(
+            Rel(JohnsonSL_PDF(x, 2.2, 0.3, 2.5, -1), 2.2L * c / 2.5L / y * std::exp(-z * z / 2)),
+            1e-13);
     }
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(DistributionsTest, JohnsonDensityGuardsGiveZeroWithoutError) {
     const double zeros[] = {
-        JohnsonSB_PDF(1, 1, 0, 2, 1), JohnsonSB_PDF(3, 1, 0, 2, 1), // x = xi, xi + lamda
-        JohnsonSB_PDF(0, 1, 0, 2, 1), JohnsonSB_PDF(2, 1, 0, 0, 1), // outside; lamda 0
+        JohnsonSB_PDF(1, 1, 0, 2, 1),
+        JohnsonSB_PDF(3, 1, 0, 2, 1), // x = xi, xi + lamda
+        JohnsonSB_PDF(0, 1, 0, 2, 1),
+        JohnsonSB_PDF(2, 1, 0, 0, 1), // outside; lamda 0
         JohnsonSB_PDF(0.5, 1, 0, -2, 1),
-        JohnsonSB_PDF(1e-320, 0.001, 0, 1, 0),                    // beside the pole: beyond any double
-        JohnsonSL_PDF(1, 1, 0, 1, 1), JohnsonSL_PDF(2, 0, 0, 1, 1), // x = xi; delta 0
-        JohnsonSL_PDF(0, 1, 0, -1, 1),                            // lamda must be positive here
-        JohnsonSU_PDF(0, 1, 0, 0, 0), JohnsonSU_PDF(0, -1, 0, 1, 0)};
-    for (size_t i = 0; i < std::size(zeros); ++i) EXPECT_EQ(zeros[i], 0) << i;
+        JohnsonSB_PDF(1e-320, 0.001, 0, 1, 0), // beside the pole: beyond any double
+        JohnsonSL_PDF(1, 1, 0, 1, 1),
+        JohnsonSL_PDF(2, 0, 0, 1, 1),  // x = xi; delta 0
+        JohnsonSL_PDF(0, 1, 0, -1, 1), // lamda must be positive here
+        JohnsonSU_PDF(0, 1, 0, 0, 0),
+        JohnsonSU_PDF(0, -1, 0, 1, 0)};
+    for (size_t i = 0; i < std::size(zeros); ++i)
+        EXPECT_EQ(zeros[i], 0) << i;
     EXPECT_TRUE(ErrorLabels().empty());
     // The normal density without spread is a division by zero.
     EXPECT_EQ(Normal_PDF(0, 0, 0), 0);
@@ -257,7 +301,8 @@ TEST_F(DistributionsTest, GetPDFDataSamplesTheGridThroughTheCalculator) {
     const auto normal = GetPDFData("Normal", -2, 2, 4, 0, 1, 0, 0);
     ASSERT_EQ(normal.size(), 5u);
     EXPECT_EQ(normal[0], 0);
-    for (int i = 1; i <= 4; ++i) EXPECT_LE(Rel(normal[i], Phi(-2.0L + (i - 1))), 1e-15) << i;
+    for (int i = 1; i <= 4; ++i)
+        EXPECT_LE(Rel(normal[i], Phi(-2.0L + (i - 1))), 1e-15) << i;
     EXPECT_EQ(GridX(-2, 2, 4, 4), 1);
     // "LogNormal" is passed to the calculator as "Lognormal".
     EXPECT_LE(Rel(GetPDFData("LogNormal", 0, 4, 4, 0, 1, 0, 0)[2], Phi(0)), 1e-15);

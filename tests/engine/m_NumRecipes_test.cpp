@@ -16,16 +16,24 @@ class NumRecipesTest : public testing_support::RecordingTest {};
 
 TEST_F(NumRecipesTest, GammaMatchesFactorialsAndHalfIntegers) {
     const long double rootPi = std::sqrt(3.141592653589793238462643383279502884L);
-    const std::pair<double, long double> rows[] = {
-        {1, 1},  {2, 1}, {3, 2}, {5, 24}, {11, 3628800}, {21, 2432902008176640000.0L},
-        {0.5, rootPi}, {1.5, rootPi / 2}, {2.5, 3 * rootPi / 4}, {10.5, 1133278.38894878556733L}};
+    const std::pair<double, long double> rows[] = {{1, 1},
+                                                   {2, 1},
+                                                   {3, 2},
+                                                   {5, 24},
+                                                   {11, 3628800},
+                                                   {21, 2432902008176640000.0L},
+                                                   {0.5, rootPi},
+                                                   {1.5, rootPi / 2},
+                                                   {2.5, 3 * rootPi / 4},
+                                                   {10.5, 1133278.38894878556733L}};
     for (const auto& [x, exact] : rows) {
         // The Numerical Recipes series is good to about 2e-10 relative.
         EXPECT_LE(std::fabs((Gamma(x) - exact) / exact), 2e-10) << x;
         EXPECT_NEAR(gammln(x), std::log(exact), 2e-10) << x;
     }
     for (double x = 0.01; x < 1e6; x *= 1.7)
-        EXPECT_NEAR(gammln(x), std::lgamma(x), 2e-10 * std::max(1.0, std::fabs(std::lgamma(x)))) << x;
+        EXPECT_NEAR(gammln(x), std::lgamma(x), 2e-10 * std::max(1.0, std::fabs(std::lgamma(x))))
+            << x;
     EXPECT_TRUE(ErrorLabels().empty());
 }
 

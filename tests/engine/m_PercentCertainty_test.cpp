@@ -16,7 +16,7 @@ using namespace m_PercentCertainty;
 using engine_ref::Rel;
 
 class PercentCertaintyTest : public testing_support::RecordingTest {
-protected:
+  protected:
     // The distribution and limits as the window sets them.
     void Use(int code, std::array<double, 4> p, double lsl = 0, double usl = 0) {
         CurrentDistribution = code;
@@ -61,7 +61,9 @@ TEST_F(PercentCertaintyTest, EveryCodeReachesItsCalculatorKey) {
         {8, "Johnson", {1.2, 0.3, 2, -1}, 1}, {0, "Johnson", {1.2, 0.3, 0, 0}, 1}};
     for (const auto& [code, key, p, usl] : rows) {
         Use(code, p, 0, usl);
-        EXPECT_NEAR(CalcUSLPNC(), 1 - m_Distributions::PNC_USL(key, usl, p[0], p[1], p[2], p[3]), 1e-15) << key;
+        EXPECT_NEAR(CalcUSLPNC(), 1 - m_Distributions::PNC_USL(key, usl, p[0], p[1], p[2], p[3]),
+                    1e-15)
+            << key;
     }
     EXPECT_TRUE(ErrorLabels().empty());
 }

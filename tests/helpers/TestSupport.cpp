@@ -26,22 +26,33 @@ void RecordingTest::SetUp() {
 std::vector<std::string> RecordingTest::ErrorLabels() const {
     std::vector<std::string> labels;
     for (const auto& e : support::Recorder().AllErrors())
-        for (int i = 0; i < e.Count; ++i) labels.push_back(e.Label);
+        for (int i = 0; i < e.Count; ++i)
+            labels.push_back(e.Label);
     return labels;
 }
 
 std::vector<std::string> RecordingTest::MessageTexts() const {
     std::vector<std::string> texts;
-    for (const auto& m : support::Recorder().Messages) texts.push_back(m.Text);
+    for (const auto& m : support::Recorder().Messages)
+        texts.push_back(m.Text);
     return texts;
 }
 
 const std::vector<double>& BadValues() {
-    static const std::vector<double> values = {
-        std::numeric_limits<double>::quiet_NaN(),
-        std::numeric_limits<double>::infinity(),
-        -std::numeric_limits<double>::infinity(),
-        1e308, -1e308, 1e-300, -1e-300, 1e-320, -0.0, 0.0, -1.0, 1e150, -1e150, 5e-324};
+    static const std::vector<double> values = {std::numeric_limits<double>::quiet_NaN(),
+                                               std::numeric_limits<double>::infinity(),
+                                               -std::numeric_limits<double>::infinity(),
+                                               1e308,
+                                               -1e308,
+                                               1e-300,
+                                               -1e-300,
+                                               1e-320,
+                                               -0.0,
+                                               0.0,
+                                               -1.0,
+                                               1e150,
+                                               -1e150,
+                                               5e-324};
     return values;
 }
 

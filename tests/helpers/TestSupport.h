@@ -17,7 +17,7 @@ void IsolateUserFiles();
 
 // Fixture: the recording face is installed and emptied before each test.
 class RecordingTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override;
     support::RecordingFace& Rec() { return support::Recorder(); }
     // Labels of every error reported so far, in order.

@@ -14,7 +14,7 @@
 namespace {
 
 class JohnsonBadInput : public testing_support::RecordingTest {
-protected:
+  protected:
     // What Calculate left must be a clear outcome.
     void ExpectClearOutcome(const JohnsonDist& j, const std::string& what) {
         SCOPED_TRACE(what);
@@ -25,15 +25,17 @@ protected:
             EXPECT_EQ(j.Lamda, 0);
         } else if (Rec().AllErrors().empty()) { // a success nobody complained about is a real curve
             EXPECT_EQ(j.CalcError, "Success");
-            EXPECT_TRUE(std::isfinite(j.Delta) && std::isfinite(j.Gamma) && std::isfinite(j.Lamda) &&
-                        std::isfinite(j.Xi));
+            EXPECT_TRUE(std::isfinite(j.Delta) && std::isfinite(j.Gamma) &&
+                        std::isfinite(j.Lamda) && std::isfinite(j.Xi));
         }
-        for (const auto& e : Rec().AllErrors()) EXPECT_EQ(e.Label.rfind("Pondera.JohnsonDist.", 0), 0u) << e.Label;
+        for (const auto& e : Rec().AllErrors())
+            EXPECT_EQ(e.Label.rfind("Pondera.JohnsonDist.", 0), 0u) << e.Label;
         Rec().Clear();
     }
     // Calls f with each bad value in each slot of the good arguments.
     template <std::size_t N>
-    void EachBad(std::array<double, N> good, const std::function<void(std::array<double, N>&, std::string)>& f) {
+    void EachBad(std::array<double, N> good,
+                 const std::function<void(std::array<double, N>&, std::string)>& f) {
         for (std::size_t slot = 0; slot < N; ++slot)
             for (double bad : testing_support::BadValues()) {
                 auto v = good;
@@ -62,11 +64,10 @@ TEST_F(JohnsonBadInput, CalculateWithEachMomentOrASampleValueBad) {
 TEST_F(JohnsonBadInput, ExtremeButNumericMoments) {
     // mean, sd, skewness, kurtosis, and the type expected ("" when only a clear outcome is asked)
     const std::tuple<double, double, double, double, const char*> rows[] = {
-        {0, 1e-300, 0.5, 4, ""},    // the SL/SU/SB formulas square a tiny sd
-        {0, 1e-300, 0.5, -1, ""},   // SL on the line: sd^2 underflows, a reported error
-        {0, 1, 0, 1e6, "SU"},       // very long tails, still an SU curve
-        {0, 1, 2, 1e6, "SU"},
-        {0, 1, 1e3, 30, "Error"},   // kurtosis far below skewness^2 + 1
+        {0, 1e-300, 0.5, 4, ""},  // the SL/SU/SB formulas square a tiny sd
+        {0, 1e-300, 0.5, -1, ""}, // SL on the line: sd^2 underflows, a reported error
+        {0, 1, 0, 1e6, "SU"},     // very long tails, still an SU curve
+        {0, 1, 2, 1e6, "SU"},       {0, 1, 1e3, 30, "Error"}, // kurtosis far below skewness^2 + 1
         {0, 1, 1e3, 1e6 + 2, ""},   // just above the boundary at skewness 1000
         {0, 1, 1e200, 3, ""},       // skewness^2 overflows: a reported error
         {1e300, 1e300, 0.5, 4, ""}, // lamda and xi overflow
@@ -94,7 +95,8 @@ TEST_F(JohnsonBadInput, TransformsNeverThrowOrHang) {
             const double z = j.JohnsontoNormal(a[0], a[1], a[2], a[3], a[4], code);
             const double x = j.NormaltoJohnson(a[0], a[1], a[2], a[3], a[4], code);
             // A number the caller can use, or the error path has it.
-            EXPECT_TRUE(!Rec().AllErrors().empty() || (!std::isnan(z) && !std::isnan(x))) << what << " code " << code;
+            EXPECT_TRUE(!Rec().AllErrors().empty() || (!std::isnan(z) && !std::isnan(x)))
+                << what << " code " << code;
             Rec().Clear();
         }
     });

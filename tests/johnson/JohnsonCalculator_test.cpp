@@ -35,8 +35,9 @@ const FitRow kFits[] = {
     {"Normal", 5, 2, 0, 3, "Normal", 1, JohnsonDist::kNormal},
 };
 
-class JohnsonCalculator : public testing_support::RecordingTest, public ::testing::WithParamInterface<FitRow> {
-protected:
+class JohnsonCalculator : public testing_support::RecordingTest,
+                          public ::testing::WithParamInterface<FitRow> {
+  protected:
     void TearDown() override { m_PercentCertainty::CurrentDistribution = saved_; }
     int saved_ = m_PercentCertainty::CurrentDistribution;
 };
@@ -50,7 +51,8 @@ TEST_P(JohnsonCalculator, CumulativeIsTheNormalOfSnv) {
     DistCalculator calc;
     calc.SetDistribution("Johnson");
     const double params[4] = {j.Delta, j.Gamma, j.Lamda, j.Xi};
-    for (int i = 0; i < 4; ++i) calc.SetParam(i + 1, params[i]);
+    for (int i = 0; i < 4; ++i)
+        calc.SetParam(i + 1, params[i]);
     ASSERT_TRUE(calc.Calculate()) << calc.Message();
     const std::string type = r.Type;
     // Out to z = +-12 (tails near 1e-33): the point of the curve at z, from
@@ -59,8 +61,9 @@ TEST_P(JohnsonCalculator, CumulativeIsTheNormalOfSnv) {
         const double w = (z - j.Gamma) / j.Delta;
         const double x = type == "SB"   ? j.Xi + j.Lamda / (1 + std::exp(-w))
                          : type == "SU" ? j.Xi + j.Lamda * std::sinh(w)
-                         : type == "SL" ? j.Xi + j.Lamda * std::exp((j.Lamda * z - j.Gamma) / j.Delta)
-                                        : w;
+                         : type == "SL"
+                             ? j.Xi + j.Lamda * std::exp((j.Lamda * z - j.Gamma) / j.Delta)
+                             : w;
         // SB points must stay strictly inside. Beyond (x - xi) / lamda = -63 SNV takes
         // AS 100's asymptotic form, off by a relative 1 / (4 w^2) in its logarithm's
         // argument; the calculator is exact.
@@ -70,8 +73,10 @@ TEST_P(JohnsonCalculator, CumulativeIsTheNormalOfSnv) {
         SCOPED_TRACE("z " + std::to_string(z) + " x " + std::to_string(x));
         // Each tail to 1e-9 relative where it is the small one (rounding of x moves
         // z by a few ulps times the slope).
-        EXPECT_LE(std::fabs(calc.CumulativeProbability(x) / NormalCdf(zs) - 1), 1e-9 * (1 + std::fabs(zs)));
-        EXPECT_LE(std::fabs(calc.UpperTailProbability(x) / NormalUpper(zs) - 1), 1e-9 * (1 + std::fabs(zs)));
+        EXPECT_LE(std::fabs(calc.CumulativeProbability(x) / NormalCdf(zs) - 1),
+                  1e-9 * (1 + std::fabs(zs)));
+        EXPECT_LE(std::fabs(calc.UpperTailProbability(x) / NormalUpper(zs) - 1),
+                  1e-9 * (1 + std::fabs(zs)));
     }
     if (type == "SB") { // bounded: exactly 0 and 1 at and beyond the ends
         EXPECT_EQ(calc.CumulativeProbability(j.Xi), 0);

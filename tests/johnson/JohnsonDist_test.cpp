@@ -32,12 +32,15 @@ const FitRow kTable[] = {
     {"SB_negative", 0, 1, -0.8, 3.2, "SB", -1.248311655, 1.124668092, 6.255231979, -4.517094736},
     {"SB_located", 10, 2, 0.3, 2.2, "SB", 0.3872212903, 0.9209546374, 9.259622770, 6.147304795},
     {"SB_1_5_4_5", 0, 1, 1.5, 4.5, "SB", 1.185168909, 0.5393753905, 4.512383915, -0.8715574169},
-    {"SB_negative_located", 5, 2, -1.2, 3.5, "SB", -0.9948056202, 0.5533686364, 8.310999586, -1.352429998},
+    {"SB_negative_located", 5, 2, -1.2, 3.5, "SB", -0.9948056202, 0.5533686364, 8.310999586,
+     -1.352429998},
     {"SB_2_9", 0, 1, 2, 9, "SB", 3.193638984, 1.195155250, 15.07800576, -1.258783879},
     {"SU_symmetric", 0, 1, 0, 4, "SU", 0, 2.321155481, 2.109381365, 0},
     {"SU_1_6", 0, 1, 1, 6, "SU", -1.129333464, 1.966554002, 1.444683650, -0.9969005410},
-    {"SU_negative_located", 10, 2, -0.5, 5, "SU", 0.4922039707, 1.940623445, 3.259746958, 10.95431929},
-    {"SU_beyond_tolb_of_line", 0, 1, 1, 4.8306, "SU", -11.62191140, 3.178364508, 0.1522690341, -3.096103458},
+    {"SU_negative_located", 10, 2, -0.5, 5, "SU", 0.4922039707, 1.940623445, 3.259746958,
+     10.95431929},
+    {"SU_beyond_tolb_of_line", 0, 1, 1, 4.8306, "SU", -11.62191140, 3.178364508, 0.1522690341,
+     -3.096103458},
     {"SL_within_tolb_of_line", 0, 1, 1, 4.82931, "SL", -3.446934342, 3.182038143, 1, -3.103803403},
     {"SL_requested", 1, 1, 2, -1, "SL", -0.6626647877, 1.813619444, 1, -0.6776506988},
     {"SL_requested_negative", 2, 0.5, -0.6, -1, "SL", -4.653948499, 5.113776307, -1, 4.532483697},
@@ -59,8 +62,10 @@ TEST_P(JohnsonTable, CalculateReproducesTheWorkedExample) {
     EXPECT_EQ(jd.CalcError, "Success");
     EXPECT_EQ(jd.JDistribution, r.Type);
     // The table carries 10 significant digits.
-    const double got[4] = {jd.Gamma, jd.Delta, jd.Lamda, jd.Xi}, want[4] = {r.Gamma, r.Delta, r.Lamda, r.Xi};
-    for (int i = 0; i < 4; ++i) EXPECT_LE(RelErr(got[i], want[i]), 2e-9) << i << ": " << got[i];
+    const double got[4] = {jd.Gamma, jd.Delta, jd.Lamda, jd.Xi},
+                 want[4] = {r.Gamma, r.Delta, r.Lamda, r.Xi};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_LE(RelErr(got[i], want[i]), 2e-9) << i << ": " << got[i];
     EXPECT_EQ(jd.Alpha, 0);
     EXPECT_FALSE(jd.Reflected);
     EXPECT_TRUE(Rec().AllErrors().empty());
@@ -70,7 +75,9 @@ INSTANTIATE_TEST_SUITE_P(Table61, JohnsonTable, ::testing::ValuesIn(kTable),
                          [](const auto& info) { return std::string(info.param.Name); });
 
 // Delta, Gamma, Lamda, Xi and Alpha, for comparing whole curves.
-std::vector<double> Params(const JohnsonDist& jd) { return {jd.Delta, jd.Gamma, jd.Lamda, jd.Xi, jd.Alpha}; }
+std::vector<double> Params(const JohnsonDist& jd) {
+    return {jd.Delta, jd.Gamma, jd.Lamda, jd.Xi, jd.Alpha};
+}
 
 TEST_F(JohnsonDistTest, FaultsClearTheCurveAndSayWhy) {
     const std::tuple<double, double, double, const char*> rows[] = {
@@ -96,13 +103,16 @@ TEST_F(JohnsonDistTest, StatusTextsAreExact) {
                          "Error: Kurtosis < SQRT(Skewness) + 1",
                          "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
                          "intead.  Check that the SL or ST fit is adequate."};
-    const char* fixed[] = {"Success", "Error: Input error in Xlower or XUpper or number of moments.",
+    const char* fixed[] = {"Success",
+                           "Error: Input error in Xlower or XUpper or number of moments.",
                            "Error: Input error in moments.",
                            "Error: Parameter values out of bounds during the iteration process.",
                            "Error: breakdown of Newton-Rhapson process.",
                            "Error: indicates a failure to converge in 1000 iterations."};
-    for (int16_t i = 0; i < 4; ++i) EXPECT_STREQ(JohnsonDist::FitMessage(i), fit[i]);
-    for (int16_t i = 0; i < 6; ++i) EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(i), fixed[i]);
+    for (int16_t i = 0; i < 4; ++i)
+        EXPECT_STREQ(JohnsonDist::FitMessage(i), fit[i]);
+    for (int16_t i = 0; i < 6; ++i)
+        EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(i), fixed[i]);
 }
 
 // The bands of jnsn, each an inclusive tolerance of 1e-4.

@@ -52,12 +52,14 @@ TEST_F(JohnsonFitGrid, FittedCurvesHaveTheRequestedMoments) {
     std::vector<std::pair<double, double>> points = {{0.0, 3.0}, {0.00005, 3.00005}};
     for (int i = -40; i <= 40; ++i) {
         const double s = i * 0.1, line = johnson_reference::LognormalLine(s);
-        for (double k = s * s + 1 + 0.05; k <= 30; k += 0.1) points.emplace_back(s, k);
+        for (double k = s * s + 1 + 0.05; k <= 30; k += 0.1)
+            points.emplace_back(s, k);
         for (double off : {-5e-5, 0.0, 5e-5, -2e-4, 2e-4})
             if (line <= 30) points.emplace_back(s, line + off);
     }
     // Assorted locations and scales, taken in turn so every region meets each.
-    const std::pair<double, double> locations[] = {{0, 1}, {10, 2}, {-5, 0.5}, {1000, 30}, {0.001, 1e-4}};
+    const std::pair<double, double> locations[] = {
+        {0, 1}, {10, 2}, {-5, 0.5}, {1000, 30}, {0.001, 1e-4}};
     int sb = 0, su = 0, sl = 0, normal = 0;
     std::vector<Unconverged> unconverged;
     for (std::size_t n = 0; n < points.size(); ++n) {
@@ -91,7 +93,8 @@ TEST_F(JohnsonFitGrid, FittedCurvesHaveTheRequestedMoments) {
                 ++sb;
             } else if (trace.Rounds.empty()) {
                 // Nothing to return: the parameters stay as jnsn zeroed them.
-                EXPECT_EQ(std::vector<double>({jd.Gamma, jd.Delta, jd.Lamda, jd.Xi}), std::vector<double>(4, 0.0));
+                EXPECT_EQ(std::vector<double>({jd.Gamma, jd.Delta, jd.Lamda, jd.Xi}),
+                          std::vector<double>(4, 0.0));
                 unconverged.push_back({s, k, trace.Outcome, true, {}});
                 continue;
             } else {
@@ -103,8 +106,12 @@ TEST_F(JohnsonFitGrid, FittedCurvesHaveTheRequestedMoments) {
                 ASSERT_TRUE(std::isfinite(jd.Gamma) && std::isfinite(jd.Xi));
                 EXPECT_TRUE(jd.Delta > 0 && jd.Lamda > 0);
                 const Moments m = OfCurve("SB", jd.Delta, jd.Gamma, jd.Lamda, jd.Xi);
-                unconverged.push_back({s, k, trace.Outcome, false,
-                                       {(m.Mean - mean) / sd, (m.Sd - sd) / sd, m.Skew - s, m.Kurt - k}});
+                unconverged.push_back(
+                    {s,
+                     k,
+                     trace.Outcome,
+                     false,
+                     {(m.Mean - mean) / sd, (m.Sd - sd) / sd, m.Skew - s, m.Kurt - k}});
                 continue;
             }
         }
@@ -128,19 +135,22 @@ TEST_F(JohnsonFitGrid, FittedCurvesHaveTheRequestedMoments) {
     // region, as the analysis of the MOM tolerances leads one to expect; a big
     // change either way means the iteration changed.
     const char* exits[] = {"?", "converged", "500 rounds", "MOM fault", "m2 <= 0"};
-    std::printf("SB fits: %d converged, %zu unconverged\n%6s %17s %-10s %-12s %6s %10s %10s %10s %10s\n", sb,
-                unconverged.size(), "skew", "kurtosis", "stopped", "returns", "points", "max|dmean|",
-                "max|dsd|", "max|dskew|", "max|dkurt|");
+    std::printf(
+        "SB fits: %d converged, %zu unconverged\n%6s %17s %-10s %-12s %6s %10s %10s %10s %10s\n",
+        sb, unconverged.size(), "skew", "kurtosis", "stopped", "returns", "points", "max|dmean|",
+        "max|dsd|", "max|dskew|", "max|dkurt|");
     for (std::size_t i = 0, j = 0; i < unconverged.size(); i = j) {
         const Unconverged& a = unconverged[i];
         double worst[4] = {0, 0, 0, 0};
         for (; j < unconverged.size() && unconverged[j].S == a.S && unconverged[j].Why == a.Why &&
                unconverged[j].Zeros == a.Zeros;
              ++j)
-            for (int c = 0; c < 4; ++c) worst[c] = std::max(worst[c], std::fabs(unconverged[j].Err[c]));
+            for (int c = 0; c < 4; ++c)
+                worst[c] = std::max(worst[c], std::fabs(unconverged[j].Err[c]));
         std::printf("%6.1f %7.3f..%7.3f %-10s %-12s %6zu %10.2g %10.2g %10.2g %10.2g\n", a.S, a.K,
-                    unconverged[j - 1].K, exits[static_cast<int>(a.Why)], a.Zeros ? "zeros" : "last iterate",
-                    j - i, worst[0], worst[1], worst[2], worst[3]);
+                    unconverged[j - 1].K, exits[static_cast<int>(a.Why)],
+                    a.Zeros ? "zeros" : "last iterate", j - i, worst[0], worst[1], worst[2],
+                    worst[3]);
     }
     EXPECT_GT(unconverged.size(), 1500u);
     EXPECT_LT(unconverged.size(), 2500u);

@@ -16,17 +16,22 @@ using johnson_reference::Moments;
 
 class JohnsonFixedEndpoints : public testing_support::RecordingTest {};
 
-double Logistic(double t) { return 1 / (1 + std::exp(-t)); }
+double Logistic(double t) {
+    return 1 / (1 + std::exp(-t));
+}
 
 // X = xi + lamda V, V = p^alpha (1 - p^alpha when mirrored), p = logistic((Z - gamma) / delta).
-double CurvePoint(double z, double delta, double gamma, double alpha, double lamda, double xi, bool mirrored) {
+double CurvePoint(double z, double delta, double gamma, double alpha, double lamda, double xi,
+                  bool mirrored) {
     const double v = std::pow(Logistic((z - gamma) / delta), alpha);
     return xi + lamda * (mirrored ? 1 - v : v);
 }
 
-Moments CurveMoments(double delta, double gamma, double alpha, double lamda, double xi, bool mirrored) {
+Moments CurveMoments(double delta, double gamma, double alpha, double lamda, double xi,
+                     bool mirrored) {
     return johnson_reference::OfTransform(
-        [=](double z) { return CurvePoint(z, delta, gamma, alpha, lamda, xi, mirrored); }, 12, std::min(0.25, delta));
+        [=](double z) { return CurvePoint(z, delta, gamma, alpha, lamda, xi, mirrored); }, 12,
+        std::min(0.25, delta));
 }
 
 TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedValues) {
@@ -39,14 +44,20 @@ TEST_F(JohnsonFixedEndpoints, QuadratureMatchesClosedValues) {
     }
     // gamma = 1, delta = 1: V = p^alpha has the raw moments mu_alpha, mu_2alpha,
     // mu_3alpha of p, from the fitting note (6.3), good to its 1e-10.
-    const double mu[7] = {1, 0.3032653298167641, 0.1253219496577654, 0.06266097481889837,
-                          0.03546641977982546, 0.02186914226197949, 0.01435155748719565};
+    const double mu[7] = {1,
+                          0.3032653298167641,
+                          0.1253219496577654,
+                          0.06266097481889837,
+                          0.03546641977982546,
+                          0.02186914226197949,
+                          0.01435155748719565};
     for (int alpha : {1, 2}) {
         const double m1 = mu[alpha], m2 = mu[2 * alpha], m3 = mu[3 * alpha], var = m2 - m1 * m1;
         JohnsonDist::SB3Moments(1, 1, alpha, mean, sd, skew);
         EXPECT_NEAR(mean, m1, 1e-9) << alpha;
         EXPECT_NEAR(sd, std::sqrt(var), 1e-9) << alpha;
-        EXPECT_NEAR(skew, (m3 - 3 * m1 * m2 + 2 * m1 * m1 * m1) / (var * std::sqrt(var)), 1e-7) << alpha;
+        EXPECT_NEAR(skew, (m3 - 3 * m1 * m2 + 2 * m1 * m1 * m1) / (var * std::sqrt(var)), 1e-7)
+            << alpha;
     }
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
@@ -59,13 +70,17 @@ struct Sb3Row {
 };
 
 const Sb3Row kCurves[] = {
-    {"plain", 1.2, 0.4, 1, false, 0, 1},        {"power", 0.8, -0.5, 2.5, false, 10, 14},
-    {"small_alpha", 1.5, 1.0, 0.3, false, -3, 2}, {"mirrored", 0.9, 0.2, 1.8, true, 100, 160},
-    {"narrow", 6, 2, 1.3, false, -1, 1},         {"u_shaped", 0.35, 0.1, 1.1, false, 0, 5},
+    {"plain", 1.2, 0.4, 1, false, 0, 1},
+    {"power", 0.8, -0.5, 2.5, false, 10, 14},
+    {"small_alpha", 1.5, 1.0, 0.3, false, -3, 2},
+    {"mirrored", 0.9, 0.2, 1.8, true, 100, 160},
+    {"narrow", 6, 2, 1.3, false, -1, 1},
+    {"u_shaped", 0.35, 0.1, 1.1, false, 0, 5},
     {"mirrored_skewed", 0.6, -1.5, 0.5, true, 2, 3},
 };
 
-class JohnsonSb3Fits : public testing_support::RecordingTest, public ::testing::WithParamInterface<Sb3Row> {};
+class JohnsonSb3Fits : public testing_support::RecordingTest,
+                       public ::testing::WithParamInterface<Sb3Row> {};
 
 TEST_P(JohnsonSb3Fits, FitMatchesTheMoments) {
     // Moments of a known curve, then the fit with its end points: the fitted curve,
@@ -104,11 +119,15 @@ INSTANTIATE_TEST_SUITE_P(Curves, JohnsonSb3Fits, ::testing::ValuesIn(kCurves),
 TEST_F(JohnsonFixedEndpoints, FaultsClearTheCurveAndSayWhy) {
     // mean, sd, skewness, lower, upper -> fault
     const std::tuple<double, double, double, double, double, int16_t> rows[] = {
-        {1, 0.1, 0, 1, 1, 1},    {1, 0.1, 0, 2, 0, 1},   // ends equal or reversed
-        {1, 0, 0, 0, 2, 2},      {1, -0.1, 0, 0, 2, 2},  // no spread
-        {0, 0.1, 0, 0, 2, 2},    {3, 0.1, 0, 0, 2, 2},   // mean at or beyond an end
-        {1, 1, 0, 0, 2, 2},      {1, 0.5, NAN, 0, 2, 2}, // variance not below 1 x 1; skewness not a number
-        {1, 0.05, 3, 0, 2, 3},                           // a narrow curve mid-range, skewness 3
+        {1, 0.1, 0, 1, 1, 1},
+        {1, 0.1, 0, 2, 0, 1}, // ends equal or reversed
+        {1, 0, 0, 0, 2, 2},
+        {1, -0.1, 0, 0, 2, 2}, // no spread
+        {0, 0.1, 0, 0, 2, 2},
+        {3, 0.1, 0, 0, 2, 2}, // mean at or beyond an end
+        {1, 1, 0, 0, 2, 2},
+        {1, 0.5, NAN, 0, 2, 2}, // variance not below 1 x 1; skewness not a number
+        {1, 0.05, 3, 0, 2, 3},  // a narrow curve mid-range, skewness 3
     };
     for (const auto& [mean, sd, skew, lower, upper, fault] : rows) {
         JohnsonDist jd;
@@ -117,8 +136,10 @@ TEST_F(JohnsonFixedEndpoints, FaultsClearTheCurveAndSayWhy) {
         jd.Reflected = true;
         jd.Calculate(mean, sd, skew, 3, &lower, &upper);
         EXPECT_EQ(jd.JDistribution, "Error");
-        EXPECT_EQ(jd.CalcError, JohnsonDist::FixedEndpointMessage(fault)) << mean << " " << sd << " " << skew;
-        EXPECT_EQ(std::vector<double>({jd.Delta, jd.Gamma, jd.Alpha, jd.Lamda, jd.Xi}), std::vector<double>(5, 0.0));
+        EXPECT_EQ(jd.CalcError, JohnsonDist::FixedEndpointMessage(fault))
+            << mean << " " << sd << " " << skew;
+        EXPECT_EQ(std::vector<double>({jd.Delta, jd.Gamma, jd.Alpha, jd.Lamda, jd.Xi}),
+                  std::vector<double>(5, 0.0));
         EXPECT_FALSE(jd.Reflected);
     }
     // A tolerance below what double precision can reach: Newton runs out of ways

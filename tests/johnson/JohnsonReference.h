@@ -43,7 +43,8 @@ inline const std::vector<std::pair<double, double>>& GaussLegendre16() {
 
 // Moments of X = x(Z), Z standard normal, integrated over [-zmax, zmax] in panels
 // of about the given width; central moments from a second pass about the mean.
-inline Moments OfTransform(const std::function<double(double)>& x, double zmax, double panel = 0.25) {
+inline Moments OfTransform(const std::function<double(double)>& x, double zmax,
+                           double panel = 0.25) {
     const int panels = static_cast<int>(std::ceil(2 * zmax / panel));
     const double h = 2 * zmax / panels;
     std::vector<std::pair<double, double>> pts; // value, weight
@@ -53,7 +54,8 @@ inline Moments OfTransform(const std::function<double(double)>& x, double zmax, 
             pts.emplace_back(x(z), 0.5 * h * w * std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI));
         }
     double m = 0, c2 = 0, c3 = 0, c4 = 0;
-    for (const auto& [v, w] : pts) m += w * v;
+    for (const auto& [v, w] : pts)
+        m += w * v;
     for (const auto& [v, w] : pts) {
         const double d = v - m, d2 = d * d;
         c2 += w * d2, c3 += w * d2 * d, c4 += w * d2 * d2;
@@ -66,24 +68,33 @@ inline Moments OfTransform(const std::function<double(double)>& x, double zmax, 
 //   SU: X = xi + lamda sinh((Z - gamma) / delta)
 //   SL: X = xi + lamda exp((Z - gamma) / delta), lamda = +-1 (Z and -Z share a law)
 //   Normal: X = (Z - gamma) / delta
-inline Moments OfCurve(const std::string& type, double delta, double gamma, double lamda, double xi) {
+inline Moments OfCurve(const std::string& type, double delta, double gamma, double lamda,
+                       double xi) {
     if (type == "Normal") return {-gamma / delta, 1 / delta, 0, 3};
     if (type == "SB") // bounded: the normal weight alone sets the range
-        return OfTransform([=](double z) { return xi + lamda / (1 + std::exp(-(z - gamma) / delta)); },
-                           12, std::min(0.25, delta));
+        return OfTransform(
+            [=](double z) { return xi + lamda / (1 + std::exp(-(z - gamma) / delta)); }, 12,
+            std::min(0.25, delta));
     const double zmax = 12 + 4 / delta; // the fourth moment's integrand peaks near 4 / delta
     if (type == "SU")
-        return OfTransform([=](double z) { return xi + lamda * std::sinh((z - gamma) / delta); }, zmax);
+        return OfTransform([=](double z) { return xi + lamda * std::sinh((z - gamma) / delta); },
+                           zmax);
     return OfTransform([=](double z) { return xi + lamda * std::exp((z - gamma) / delta); }, zmax);
 }
 
-inline double NormalCdf(double z) { return 0.5 * std::erfc(-z / std::sqrt(2.0)); }
-inline double NormalUpper(double z) { return 0.5 * std::erfc(z / std::sqrt(2.0)); }
+inline double NormalCdf(double z) {
+    return 0.5 * std::erfc(-z / std::sqrt(2.0));
+}
+inline double NormalUpper(double z) {
+    return 0.5 * std::erfc(z / std::sqrt(2.0));
+}
 
 // Inverse normal by Newton's method on erfc, working in the smaller tail so the
 // residual keeps its digits: an independent check on PPND.
 inline double NormalQuantile(double p) {
-    double z = p < 0.5 ? -std::sqrt(-2 * std::log(p)) : p > 0.5 ? std::sqrt(-2 * std::log1p(-p)) : 0;
+    double z = p < 0.5   ? -std::sqrt(-2 * std::log(p))
+               : p > 0.5 ? std::sqrt(-2 * std::log1p(-p))
+                         : 0;
     for (int i = 0; i < 200; ++i) {
         const double f = p < 0.5 ? NormalCdf(z) - p : (1 - p) - NormalUpper(z);
         const double step = f / (std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI));

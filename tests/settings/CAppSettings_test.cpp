@@ -18,7 +18,7 @@ constexpr const char* kKeyPath =
     "Software\\Qarvanto Labs, LLC\\Qarv Tools 3\\Pondera\\Application Settings";
 
 class AppSettingsTest : public settings_test::StoreTest {
-protected:
+  protected:
     void SetUp() override {
         StoreTest::SetUp();
         settings_.Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
@@ -36,7 +36,8 @@ protected:
         RegCloseKey(key);
         return {type, bytes};
     }
-    Value Get(const std::string& name, const Value& fallback, const std::string& section = kSection) {
+    Value Get(const std::string& name, const Value& fallback,
+              const std::string& section = kSection) {
         return settings_.GetSetting(section, name, fallback);
     }
 
@@ -53,20 +54,30 @@ support::RunTimeError Raised(const std::function<void()>& body) {
     return {};
 }
 
-std::pair<uint32_t, std::string> Sz(const char* text) { return {REG_SZ, std::string(text) + '\0'}; }
+std::pair<uint32_t, std::string> Sz(const char* text) {
+    return {REG_SZ, std::string(text) + '\0'};
+}
 
 } // namespace
 
 TEST_F(AppSettingsTest, PropertyChecksRaiseTheirErrorAndKeepTheOldValue) {
-    const std::tuple<const char*, std::function<void(CAppSettings&)>, uint32_t, const char*> cases[] = {
-        {"root 0x80000003", [](CAppSettings& s) { s.SetRootKey(0x80000003); }, 0x80044280, "Invalid root key value"},
-        {"root 0", [](CAppSettings& s) { s.SetRootKey(0); }, 0x80044280, "Invalid root key value"},
-        {"empty branch", [](CAppSettings& s) { s.SetMainBranch(""); }, 0x8004427F, "Invalid MainBranch value"},
-        {"empty company", [](CAppSettings& s) { s.SetCompanyName(""); }, 0x8004427E, "Invalid CompanyName value"},
-        {"empty app", [](CAppSettings& s) { s.SetAppName(""); }, 0x8004427D, "Invalid AppName value"},
-        {"Init with empty company", [](CAppSettings& s) { s.Init("", "Other"); }, 0x8004427E, "Invalid CompanyName value"},
-        {"Init with empty app", [](CAppSettings& s) { s.Init("Other", ""); }, 0x8004427D, "Invalid AppName value"},
-    };
+    const std::tuple<const char*, std::function<void(CAppSettings&)>, uint32_t, const char*>
+        cases[] = {
+            {"root 0x80000003", [](CAppSettings& s) { s.SetRootKey(0x80000003); }, 0x80044280,
+             "Invalid root key value"},
+            {"root 0", [](CAppSettings& s) { s.SetRootKey(0); }, 0x80044280,
+             "Invalid root key value"},
+            {"empty branch", [](CAppSettings& s) { s.SetMainBranch(""); }, 0x8004427F,
+             "Invalid MainBranch value"},
+            {"empty company", [](CAppSettings& s) { s.SetCompanyName(""); }, 0x8004427E,
+             "Invalid CompanyName value"},
+            {"empty app", [](CAppSettings& s) { s.SetAppName(""); }, 0x8004427D,
+             "Invalid AppName value"},
+            {"Init with empty company", [](CAppSettings& s) { s.Init("", "Other"); }, 0x8004427E,
+             "Invalid CompanyName value"},
+            {"Init with empty app", [](CAppSettings& s) { s.Init("Other", ""); }, 0x8004427D,
+             "Invalid AppName value"},
+        };
     for (const auto& [what, assign, number, description] : cases) {
         CAppSettings s;
         s.SetRootKey(0x80000001);
@@ -82,7 +93,8 @@ TEST_F(AppSettingsTest, PropertyChecksRaiseTheirErrorAndKeepTheOldValue) {
 
 TEST_F(AppSettingsTest, ValuesGoUnderTheirRootAsTextExceptBooleansAndReadBack) {
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{3});
-    EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER).second, "<no key>"); // the default root is HKLM
+    EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER).second,
+              "<no key>"); // the default root is HKLM
     settings_.SetRootKey(0x80000001);
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{4});
     EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER), Sz("4"));
@@ -120,7 +132,8 @@ TEST_F(AppSettingsTest, MissingSectionValueOrOtherTypeGivesTheDefaultUnchanged) 
     ASSERT_EQ(RegSetValueExA(key, "Binary", REG_BINARY, "\1\2\3", 3), ERROR_SUCCESS);
     RegCloseKey(key);
 
-    for (const Value& d : {Value(std::string("dflt")), Value(1.5), Value(int64_t{-7}), Value(true), Value(std::string())}) {
+    for (const Value& d : {Value(std::string("dflt")), Value(1.5), Value(int64_t{-7}), Value(true),
+                           Value(std::string())}) {
         EXPECT_EQ(Get("Present", d, "Never Written"), d);
         EXPECT_EQ(Get("Absent", d), d);
         EXPECT_EQ(Get("Binary", d), d);
@@ -141,8 +154,10 @@ TEST_F(AppSettingsTest, DeleteSettingRemovesOnlyASubkeyLiterallyNamedKey) {
 }
 
 TEST_F(AppSettingsTest, GetAllKeysListsValueNamesInWrittenOrder) {
-    const std::vector<std::string> names = {"AppBackColor", "AppXTicks", "A rather long setting name indeed"};
-    for (const auto& name : names) settings_.SaveSetting(kSection, name, int64_t{1});
+    const std::vector<std::string> names = {"AppBackColor", "AppXTicks",
+                                            "A rather long setting name indeed"};
+    for (const auto& name : names)
+        settings_.SaveSetting(kSection, name, int64_t{1});
     std::vector<std::string> keys = {"stale", "entries", "here", "and", "more"};
     settings_.GetAllKeys(kSection, keys);
     EXPECT_EQ(keys, names);
@@ -166,9 +181,11 @@ TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
          0x80044281, "Failed saving the application setting"},
         {"doubled backslash", [&] { settings_.SaveSetting("Doubled\\\\Slash", "X", int64_t{1}); },
          0x80044281, "Failed saving the application setting"},
-        {"section name too long", [&] { settings_.SaveSetting(std::string(300, 's'), "X", int64_t{1}); },
-         0x80044281, "Failed saving the application setting"},
-        {"store that cannot be written", unwritable, 0x80044281, "Failed saving the application setting"},
+        {"section name too long",
+         [&] { settings_.SaveSetting(std::string(300, 's'), "X", int64_t{1}); }, 0x80044281,
+         "Failed saving the application setting"},
+        {"store that cannot be written", unwritable, 0x80044281,
+         "Failed saving the application setting"},
     };
     for (const auto& [what, operation, number, description] : cases) {
         const auto e = Raised(operation);
@@ -186,12 +203,14 @@ TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
 TEST_F(AppSettingsTest, SettingsSurviveARestartOfTheProcess) {
     settings_.SaveSetting(kSection, "AppYTicks", int64_t{9});
     EXPECT_EQ(settings_test::InChild([] {
-        // A new process: its own connection and a settings object named anew.
-        CAppSettings again;
-        again.Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
-        const bool seen = again.GetSetting(kSection, "AppYTicks", std::string()) == Value(std::string("9"));
-        again.SaveSetting(kSection, "FromChild", std::string("hello"));
-        return seen ? 0 : 1;
-    }), 0);
+                  // A new process: its own connection and a settings object named anew.
+                  CAppSettings again;
+                  again.Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
+                  const bool seen = again.GetSetting(kSection, "AppYTicks", std::string()) ==
+                                    Value(std::string("9"));
+                  again.SaveSetting(kSection, "FromChild", std::string("hello"));
+                  return seen ? 0 : 1;
+              }),
+              0);
     EXPECT_EQ(Get("FromChild", std::string()), Value(std::string("hello")));
 }

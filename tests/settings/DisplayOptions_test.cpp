@@ -12,8 +12,10 @@ using namespace DisplayOptions;
 namespace {
 
 class DisplayOptionsTest : public settings_test::OptionsStoreTest {
-protected:
-    static void Store(const char* key, const std::string& text) { AppSettings().SaveSetting(kSection, key, text); }
+  protected:
+    static void Store(const char* key, const std::string& text) {
+        AppSettings().SaveSetting(kSection, key, text);
+    }
 };
 
 // The twelve values at once, for comparing whole option sets.
@@ -27,7 +29,7 @@ struct Snapshot {
 };
 
 Snapshot Now() {
-    return {AppBackColor, AppInSpecColor, AppOutSpecColor, AppXTicks, AppYTicks, AppDecPlaces,
+    return {AppBackColor, AppInSpecColor, AppOutSpecColor, AppXTicks, AppYTicks,  AppDecPlaces,
             AppXRange,    AppNumStDev,    AppXMin,         AppXMax,   AppDisplay, AppRangeMode};
 }
 
@@ -43,9 +45,11 @@ TEST_F(DisplayOptionsTest, AnEmptyStoreKeepsTheStartValuesAndEveryKeyLoadsAsTheD
         {kAppXTicks, "8"},           {kAppYTicks, "3"},          {kAppDecPlaces, "2"},
         {kAppXRange, "1"},           {kAppNumStDev, "3.5"},      {kAppXMin, "-12.75"},
         {kAppXMax, "1e3"},           {kAppDisplay, "0"},         {kAppRangeMode, "1"}};
-    for (const auto& [key, text] : stored) Store(key, text);
+    for (const auto& [key, text] : stored)
+        Store(key, text);
     Load();
-    EXPECT_EQ(Now(), (Snapshot{0xC0C0C0, 0x00FF00, 0x000000, 8, 3, 2, 1, 3.5, -12.75, 1000.0, false, true}));
+    EXPECT_EQ(Now(), (Snapshot{0xC0C0C0, 0x00FF00, 0x000000, 8, 3, 2, 1, 3.5, -12.75, 1000.0, false,
+                               true}));
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
@@ -70,12 +74,15 @@ TEST_F(DisplayOptionsTest, FlagsChangeOnlyForAStoredZeroOrOne) {
 
 TEST_F(DisplayOptionsTest, AStoredValueThatIsNoNumberOrOutOfReachKeepsTheDefault) {
     const std::pair<const char*, const char*> bad[] = {
-        {kAppBackColor, "white"},   {kAppBackColor, "16777216"}, {kAppBackColor, "-1"},
-        {kAppInSpecColor, "1.5"},   {kAppXTicks, "0"},           {kAppXTicks, "40000"},
-        {kAppYTicks, "2.5"},        {kAppYTicks, "-3"},          {kAppDecPlaces, "7"},
-        {kAppDecPlaces, "-1"},      {kAppXRange, "2"},           {kAppNumStDev, "0"},
-        {kAppNumStDev, "-2"},       {kAppNumStDev, "nan"},       {kAppXMin, "inf"},
-        {kAppXMax, "1e400"},        {kAppXMin, ""},              {kAppXMax, "0x10"}};
+        {kAppBackColor, "white"}, {kAppBackColor, "16777216"},
+        {kAppBackColor, "-1"},    {kAppInSpecColor, "1.5"},
+        {kAppXTicks, "0"},        {kAppXTicks, "40000"},
+        {kAppYTicks, "2.5"},      {kAppYTicks, "-3"},
+        {kAppDecPlaces, "7"},     {kAppDecPlaces, "-1"},
+        {kAppXRange, "2"},        {kAppNumStDev, "0"},
+        {kAppNumStDev, "-2"},     {kAppNumStDev, "nan"},
+        {kAppXMin, "inf"},        {kAppXMax, "1e400"},
+        {kAppXMin, ""},           {kAppXMax, "0x10"}};
     for (const auto& [key, text] : bad) {
         SetDefaults();
         Store(key, text);
@@ -111,14 +118,17 @@ TEST_F(DisplayOptionsTest, FieldChecksOfTheDialog) {
     using Num = std::optional<double>;
     EXPECT_EQ(NumStDevFrom("2.6"), Num(2.6));
     EXPECT_EQ(NumStDevFrom("1e-3"), Num(0.001));
-    for (const char* bad : {"0", "-1", "", "abc", "0.0", "inf"}) EXPECT_EQ(NumStDevFrom(bad), std::nullopt) << bad;
+    for (const char* bad : {"0", "-1", "", "abc", "0.0", "inf"})
+        EXPECT_EQ(NumStDevFrom(bad), std::nullopt) << bad;
     EXPECT_EQ(RangeEndFrom("-12.5"), Num(-12.5));
     EXPECT_EQ(RangeEndFrom("0"), Num(0.0));
-    for (const char* bad : {"", "x", "1,5", "nan"}) EXPECT_EQ(RangeEndFrom(bad), std::nullopt) << bad;
+    for (const char* bad : {"", "x", "1,5", "nan"})
+        EXPECT_EQ(RangeEndFrom(bad), std::nullopt) << bad;
 
     using Ticks = std::optional<int16_t>;
     EXPECT_EQ(TicksFrom("1"), Ticks(1));
     EXPECT_EQ(TicksFrom("3.0"), Ticks(3));
     EXPECT_EQ(TicksFrom("32767"), Ticks(32767));
-    for (const char* bad : {"0", "-2", "2.5", "32768", "", "five", "1e10"}) EXPECT_EQ(TicksFrom(bad), std::nullopt) << bad;
+    for (const char* bad : {"0", "-2", "2.5", "32768", "", "five", "1e10"})
+        EXPECT_EQ(TicksFrom(bad), std::nullopt) << bad;
 }

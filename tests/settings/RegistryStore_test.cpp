@@ -40,7 +40,8 @@ struct Info {
 };
 Info InfoOf(HKEY key) {
     Info i;
-    EXPECT_EQ(RegQueryInfoKeyA(key, &i.SubKeys, &i.LongestSubKey, &i.Values, &i.LongestName, &i.LargestData),
+    EXPECT_EQ(RegQueryInfoKeyA(key, &i.SubKeys, &i.LongestSubKey, &i.Values, &i.LongestName,
+                               &i.LargestData),
               ERROR_SUCCESS);
     return i;
 }
@@ -68,17 +69,20 @@ TEST_F(StoreTest, TextIsReadSizeFirstThenIntoABufferOfThatSize) {
 TEST_F(StoreTest, NamesIgnoreCaseAndCreateMakesEveryLevel) {
     HKEY key = 0, other = 0;
     uint32_t disposition = 0;
-    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\Qarvanto Labs, LLC\\Pondera\\", 0x3F, &key,
-                              &disposition), ERROR_SUCCESS);
+    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\Qarvanto Labs, LLC\\Pondera\\", 0x3F,
+                              &key, &disposition),
+              ERROR_SUCCESS);
     EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
     ASSERT_EQ(SetText(key, "AppDecPlaces", "3"), ERROR_SUCCESS);
     ASSERT_EQ(SetText(key, "APPDECPLACES", "4"), ERROR_SUCCESS); // the same value
-    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\qarvanto labs, llc\\PONDERA", 0x3F, &other,
-                              &disposition), ERROR_SUCCESS);
+    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\qarvanto labs, llc\\PONDERA", 0x3F,
+                              &other, &disposition),
+              ERROR_SUCCESS);
     EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
     EXPECT_EQ(GetText(other, "appdecplaces"), "4");
     EXPECT_EQ(InfoOf(other).Values, 1u);
-    ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\Qarvanto Labs, LLC", 1, &key), ERROR_SUCCESS);
+    ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\Qarvanto Labs, LLC", 1, &key),
+              ERROR_SUCCESS);
     EXPECT_EQ(InfoOf(key).SubKeys, 1u);
     EXPECT_EQ(InfoOf(key).LongestSubKey, std::strlen("Pondera"));
 }
@@ -86,39 +90,55 @@ TEST_F(StoreTest, NamesIgnoreCaseAndCreateMakesEveryLevel) {
 TEST_F(StoreTest, RefusesWhatThePlatformRefuses) {
     Create(HKEY_CURRENT_USER, "Software\\Rights");
     HKEY queryOnly = 0, setOnly = 0, out = 0;
-    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Rights", KEY_QUERY_VALUE, &queryOnly), ERROR_SUCCESS);
-    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Rights", KEY_SET_VALUE, &setOnly), ERROR_SUCCESS);
+    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Rights", KEY_QUERY_VALUE, &queryOnly),
+              ERROR_SUCCESS);
+    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Rights", KEY_SET_VALUE, &setOnly),
+              ERROR_SUCCESS);
     uint32_t size = 0;
     char name[8];
     uint32_t cch = sizeof name;
 
     const std::tuple<const char*, LONG, LONG> cases[] = {
         {"set through a query-only handle", SetText(queryOnly, "X", "1"), ERROR_ACCESS_DENIED},
-        {"query through a set-only handle", RegQueryValueExA(setOnly, "X", nullptr, nullptr, &size), ERROR_ACCESS_DENIED},
-        {"enumerate through a set-only handle", RegEnumValueA(setOnly, 0, name, &cch, nullptr, nullptr, nullptr), ERROR_ACCESS_DENIED},
-        {"leading backslash", RegCreateKeyExA(HKEY_CURRENT_USER, "\\Software", 0x3F, &out), ERROR_BAD_PATHNAME},
-        {"doubled backslash", RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\\\X", 0x3F, &out), ERROR_BAD_PATHNAME},
-        {"level name too long", RegCreateKeyExA(HKEY_CURRENT_USER, std::string(256, 'k'), 0x3F, &out), ERROR_INVALID_PARAMETER},
-        {"value name too long", SetText(setOnly, std::string(kMaxValueNameLength + 1, 'v'), "1"), ERROR_INVALID_PARAMETER},
+        {"query through a set-only handle", RegQueryValueExA(setOnly, "X", nullptr, nullptr, &size),
+         ERROR_ACCESS_DENIED},
+        {"enumerate through a set-only handle",
+         RegEnumValueA(setOnly, 0, name, &cch, nullptr, nullptr, nullptr), ERROR_ACCESS_DENIED},
+        {"leading backslash", RegCreateKeyExA(HKEY_CURRENT_USER, "\\Software", 0x3F, &out),
+         ERROR_BAD_PATHNAME},
+        {"doubled backslash", RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\\\X", 0x3F, &out),
+         ERROR_BAD_PATHNAME},
+        {"level name too long",
+         RegCreateKeyExA(HKEY_CURRENT_USER, std::string(256, 'k'), 0x3F, &out),
+         ERROR_INVALID_PARAMETER},
+        {"value name too long", SetText(setOnly, std::string(kMaxValueNameLength + 1, 'v'), "1"),
+         ERROR_INVALID_PARAMETER},
         {"unknown handle", SetText(0x12345, "X", "1"), ERROR_INVALID_HANDLE},
-        {"no result pointer", RegCreateKeyExA(HKEY_CURRENT_USER, "Software", 0x3F, nullptr), ERROR_INVALID_PARAMETER},
-        {"data pointer without size", RegSetValueExA(setOnly, "X", REG_SZ, nullptr, 4), ERROR_INVALID_PARAMETER},
-        {"DWORD of three bytes", RegSetValueExA(setOnly, "X", REG_DWORD, "abc", 3), ERROR_INVALID_PARAMETER},
+        {"no result pointer", RegCreateKeyExA(HKEY_CURRENT_USER, "Software", 0x3F, nullptr),
+         ERROR_INVALID_PARAMETER},
+        {"data pointer without size", RegSetValueExA(setOnly, "X", REG_SZ, nullptr, 4),
+         ERROR_INVALID_PARAMETER},
+        {"DWORD of three bytes", RegSetValueExA(setOnly, "X", REG_DWORD, "abc", 3),
+         ERROR_INVALID_PARAMETER},
         {"unknown root", RegOpenKeyExA(0x80000003, "Software", 0x3F, &out), ERROR_INVALID_HANDLE},
         {"deleting a root", RegDeleteKeyA(HKEY_CURRENT_USER, ""), ERROR_ACCESS_DENIED},
-        {"deleting a key that has subkeys", RegDeleteKeyA(HKEY_CURRENT_USER, "Software"), ERROR_ACCESS_DENIED},
-        {"deleting a missing key", RegDeleteKeyA(HKEY_CURRENT_USER, "Software\\Nothing"), ERROR_FILE_NOT_FOUND},
+        {"deleting a key that has subkeys", RegDeleteKeyA(HKEY_CURRENT_USER, "Software"),
+         ERROR_ACCESS_DENIED},
+        {"deleting a missing key", RegDeleteKeyA(HKEY_CURRENT_USER, "Software\\Nothing"),
+         ERROR_FILE_NOT_FOUND},
         {"closing a root", RegCloseKey(HKEY_LOCAL_MACHINE), ERROR_SUCCESS},
         {"closing a handle", RegCloseKey(queryOnly), ERROR_SUCCESS},
         {"closing it twice", RegCloseKey(queryOnly), ERROR_INVALID_HANDLE},
     };
-    for (const auto& [what, got, expected] : cases) EXPECT_EQ(got, expected) << what;
+    for (const auto& [what, got, expected] : cases)
+        EXPECT_EQ(got, expected) << what;
 }
 
 TEST_F(StoreTest, ValuesEnumerateInTheOrderFirstWritten) {
     const HKEY key = Create(HKEY_CURRENT_USER, "Software\\Order");
     const std::vector<std::string> written = {"Zeta", "Alpha", "Mid", "A much longer value name"};
-    for (const auto& name : written) ASSERT_EQ(SetText(key, name, "x"), ERROR_SUCCESS);
+    for (const auto& name : written)
+        ASSERT_EQ(SetText(key, name, "x"), ERROR_SUCCESS);
     ASSERT_EQ(SetText(key, "zeta", "rewritten"), ERROR_SUCCESS); // keeps its place
 
     const Info info = InfoOf(key);
@@ -129,7 +149,8 @@ TEST_F(StoreTest, ValuesEnumerateInTheOrderFirstWritten) {
     std::vector<std::string> names;
     char name[64];
     for (uint32_t i = 0, cch = sizeof name;
-         RegEnumValueA(key, i, name, &cch, nullptr, nullptr, nullptr) == ERROR_SUCCESS; ++i, cch = sizeof name) {
+         RegEnumValueA(key, i, name, &cch, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++i, cch = sizeof name) {
         EXPECT_EQ(cch, std::strlen(name));
         names.push_back(name);
     }
@@ -152,8 +173,9 @@ TEST_F(StoreTest, DeletingAKeyTakesItsValuesAndStalesItsHandles) {
 
 TEST_F(StoreTest, OddNamesAndTextsRoundTrip) {
     const HKEY key = Create(HKEY_CURRENT_USER, "Software\\It's \"quoted\"\\%?#");
-    for (const std::string& text : {std::string(), std::string("'; DROP TABLE vals; --"),
-                                    std::string("tab\there"), std::string("ünïcödé ✓"), std::string(100000, 'x')}) {
+    for (const std::string& text :
+         {std::string(), std::string("'; DROP TABLE vals; --"), std::string("tab\there"),
+          std::string("ünïcödé ✓"), std::string(100000, 'x')}) {
         const std::string name = "name " + text.substr(0, 30);
         ASSERT_EQ(SetText(key, name, text), ERROR_SUCCESS) << name;
         EXPECT_EQ(GetText(key, name), text) << name;
@@ -172,7 +194,8 @@ TEST_F(StoreTest, TwoProcessesWritingAThousandValuesEachAtOnceLoseNone) {
             if (read(gate[0], &go, 1) != 0) return 10; // both start when the gate closes
             for (int i = 0; i < kEach; ++i) {
                 HKEY k = 0;
-                if (RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\Race", 0x3F, &k) != ERROR_SUCCESS) return 11;
+                if (RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\Race", 0x3F, &k) != ERROR_SUCCESS)
+                    return 11;
                 const std::string name = "w" + std::to_string(writer) + "-" + std::to_string(i);
                 if (SetText(k, name, std::to_string(i * 7 + writer)) != ERROR_SUCCESS) return 12;
                 if (SetText(k, "Shared", name) != ERROR_SUCCESS) return 13; // both fight over one
@@ -182,7 +205,8 @@ TEST_F(StoreTest, TwoProcessesWritingAThousandValuesEachAtOnceLoseNone) {
         }));
     close(gate[0]);
     close(gate[1]);
-    for (const pid_t pid : children) EXPECT_EQ(settings_test::Wait(pid), 0);
+    for (const pid_t pid : children)
+        EXPECT_EQ(settings_test::Wait(pid), 0);
 
     Reopen();
     HKEY key = 0;
@@ -207,34 +231,41 @@ TEST_F(StoreTest, AnotherProgramHoldingTheWriteLockDoesNotStopAStartingOneReadin
     // A program starting now reads its settings at once; the watchdog ends a
     // child that waits for the lock instead.
     EXPECT_EQ(settings_test::InChild([&] {
-        alarm(60);
-        HKEY k = 0;
-        if (RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Held", 1, &k) != ERROR_SUCCESS) return 1;
-        if (GetText(k, "Old") != "kept") return 2;
-        return CurrentMode() == Mode::ReadWrite ? 0 : 3;
-    }), 0);
+                  alarm(60);
+                  HKEY k = 0;
+                  if (RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Held", 1, &k) != ERROR_SUCCESS)
+                      return 1;
+                  if (GetText(k, "Old") != "kept") return 2;
+                  return CurrentMode() == Mode::ReadWrite ? 0 : 3;
+              }),
+              0);
     sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
     sqlite3_close(other);
 }
 
 TEST_F(StoreTest, ADamagedFileIsMovedAsideUnchangedLoggedAndAFreshStoreTakesItsPlace) {
     const std::pair<const char*, std::function<void()>> damages[] = {
-        {"garbage", [&] { std::ofstream(StorePath(), std::ios::binary) << std::string(5000, 'G'); }},
+        {"garbage",
+         [&] { std::ofstream(StorePath(), std::ios::binary) << std::string(5000, 'G'); }},
         {"truncated", [&] { fs::resize_file(StorePath(), fs::file_size(StorePath()) / 2); }},
-        {"another program's database", [&] {
+        {"another program's database",
+         [&] {
              fs::remove(StorePath());
              sqlite3* db = nullptr;
              sqlite3_open(StorePath().c_str(), &db);
-             sqlite3_exec(db, "CREATE TABLE keys(x); CREATE TABLE vals(y);", nullptr, nullptr, nullptr);
+             sqlite3_exec(db, "CREATE TABLE keys(x); CREATE TABLE vals(y);", nullptr, nullptr,
+                          nullptr);
              sqlite3_close(db);
          }},
     };
     for (const auto& [what, damage] : damages) {
         SCOPED_TRACE(what);
-        for (const auto& entry : fs::directory_iterator(dir_)) fs::remove(entry.path());
+        for (const auto& entry : fs::directory_iterator(dir_))
+            fs::remove(entry.path());
         HKEY key = Create(HKEY_CURRENT_USER, "Software\\Big");
         for (int i = 0; i < 400; ++i)
-            ASSERT_EQ(SetText(key, "Value" + std::to_string(i), std::string(200, 'a' + i % 26)), ERROR_SUCCESS);
+            ASSERT_EQ(SetText(key, "Value" + std::to_string(i), std::string(200, 'a' + i % 26)),
+                      ERROR_SUCCESS);
         Reopen(); // closing checkpoints the WAL into the file
         ASSERT_FALSE(fs::exists(StorePath() + "-wal"));
         damage();
@@ -274,19 +305,24 @@ TEST_F(StoreTest, AStoreInAReadOnlyFolderIsReadButNotWritten) {
     const auto execute = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
     fs::permissions(StorePath(), readable);
     fs::permissions(dir_, readable | execute);
-    const std::string log = (fs::temp_directory_path() / ("pondera-ro-log-" + std::to_string(getpid()))).string();
+    const std::string log =
+        (fs::temp_directory_path() / ("pondera-ro-log-" + std::to_string(getpid()))).string();
 
     // root ignores permissions, so the check runs as an ordinary user then.
     EXPECT_EQ(settings_test::InChild([&] {
-        setenv("PONDERA_ERROR_LOG", log.c_str(), 1);
-        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) return 20;
-        HKEY k = 0, created = 0;
-        if (RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\RO", 0x3F, &k) != ERROR_SUCCESS) return 1;
-        if (GetText(k, "Old") != "kept") return 2;
-        if (SetText(k, "New", "x") != ERROR_ACCESS_DENIED) return 3;
-        if (RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\Other", 0x3F, &created) != ERROR_ACCESS_DENIED) return 4;
-        return CurrentMode() == Mode::ReadOnly ? 0 : 5;
-    }), 0);
+                  setenv("PONDERA_ERROR_LOG", log.c_str(), 1);
+                  if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) return 20;
+                  HKEY k = 0, created = 0;
+                  if (RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\RO", 0x3F, &k) != ERROR_SUCCESS)
+                      return 1;
+                  if (GetText(k, "Old") != "kept") return 2;
+                  if (SetText(k, "New", "x") != ERROR_ACCESS_DENIED) return 3;
+                  if (RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\Other", 0x3F, &created) !=
+                      ERROR_ACCESS_DENIED)
+                      return 4;
+                  return CurrentMode() == Mode::ReadOnly ? 0 : 5;
+              }),
+              0);
     std::error_code ec;
     fs::remove(log, ec);
 }

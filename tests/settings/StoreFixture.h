@@ -21,7 +21,7 @@ namespace settings_test {
 namespace fs = std::filesystem;
 
 class StoreTest : public testing_support::RecordingTest {
-protected:
+  protected:
     void SetUp() override {
         RecordingTest::SetUp();
         dir_ = fs::temp_directory_path() /
@@ -56,8 +56,8 @@ protected:
         std::vector<fs::path> found;
         for (const auto& entry : fs::directory_iterator(dir_)) {
             const std::string name = entry.path().filename().string();
-            if (name.rfind("registry.sqlite3.damaged-", 0) == 0 &&
-                !name.ends_with("-wal") && !name.ends_with("-shm"))
+            if (name.rfind("registry.sqlite3.damaged-", 0) == 0 && !name.ends_with("-wal") &&
+                !name.ends_with("-shm"))
                 found.push_back(entry.path());
         }
         return found;
@@ -65,7 +65,7 @@ protected:
 
     fs::path dir_;
 
-private:
+  private:
     std::vector<std::pair<std::string, std::string>> saved_;
 };
 
@@ -86,12 +86,14 @@ inline int Wait(pid_t pid) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-inline int InChild(const std::function<int()>& body) { return Wait(Spawn(body)); }
+inline int InChild(const std::function<int()>& body) {
+    return Wait(Spawn(body));
+}
 
 // The program's settings object named as at start-up, the display options at
 // their start values before and after each test.
 class OptionsStoreTest : public StoreTest {
-protected:
+  protected:
     void SetUp() override {
         StoreTest::SetUp();
         AppSettings().Init(DisplayOptions::kCompanyName, DisplayOptions::kAppName);

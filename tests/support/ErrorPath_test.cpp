@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 // Each test starts an empty log of its own (CTest runs each in its own process).
 class ErrorPath : public testing_support::RecordingTest {
-protected:
+  protected:
     void SetUp() override {
         RecordingTest::SetUp();
         fs::remove(log_);
@@ -29,7 +29,8 @@ protected:
         fs::remove(log_);
     }
     const std::string oldLog_ = std::getenv("PONDERA_ERROR_LOG");
-    const std::string log_ = fs::temp_directory_path() / ("pondera-log-" + std::to_string(getpid()));
+    const std::string log_ =
+        fs::temp_directory_path() / ("pondera-log-" + std::to_string(getpid()));
 };
 
 double Divide(double a, double b) {
@@ -46,11 +47,31 @@ TEST_F(ErrorPath, FloatingPointFaultsBecomeNumberedErrorsAndLeaveTheResult) {
         const char* Description;
     };
     const Row rows[] = {
-        {"1/0", [] { volatile double z = 0; return 1 / z; }, 11, "Division by zero"},
-        {"1e300/1e-300", [] { volatile double a = 1e300; return a / 1e-300; }, 6, "Overflow"},
-        {"0/0", [] { volatile double z = 0; return z / z; }, 5, "Invalid procedure call or argument"},
+        {"1/0",
+         [] {
+             volatile double z = 0;
+             return 1 / z;
+         },
+         11, "Division by zero"},
+        {"1e300/1e-300",
+         [] {
+             volatile double a = 1e300;
+             return a / 1e-300;
+         },
+         6, "Overflow"},
+        {"0/0",
+         [] {
+             volatile double z = 0;
+             return z / z;
+         },
+         5, "Invalid procedure call or argument"},
         // Overflow in an intermediate step, divided away: the value is finite, the fault stays.
-        {"1/(1e300^2)", [] { volatile double big = 1e300; return 1 / (big * big); }, 6, "Overflow"},
+        {"1/(1e300^2)",
+         [] {
+             volatile double big = 1e300;
+             return 1 / (big * big);
+         },
+         6, "Overflow"},
     };
     for (const Row& r : rows) {
         Rec().Clear();
@@ -77,7 +98,8 @@ TEST_F(ErrorPath, ACalleesHandledFaultDoesNotLeakIntoTheCaller) {
 TEST_F(ErrorPath, OneActionGathersRepeatsIntoOneReportAndLogsEveryError) {
     {
         support::ActionScope action;
-        for (int i = 0; i < 300; ++i) Divide(1, 0);
+        for (int i = 0; i < 300; ++i)
+            Divide(1, 0);
         Divide(0, 0);
         EXPECT_TRUE(Rec().Reports.empty()) << "nothing shown while the action runs";
     }
@@ -90,7 +112,8 @@ TEST_F(ErrorPath, OneActionGathersRepeatsIntoOneReportAndLogsEveryError) {
 
     std::ifstream in(log_);
     std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
     ASSERT_EQ(lines.size(), 301u);
     // ISO 8601 date and time, label, number in decimal and hex, source, description.
     const std::regex shape(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\S* \| Pondera\.Test\.Divide \| )"
@@ -106,10 +129,12 @@ TEST_F(ErrorPath, AnUnwritableLogNeverStopsTheProgram) {
 }
 
 TEST_F(ErrorPath, ObjectErrorNumbersGetTheirOwnBoxesAndNoReport) {
-    support::Trap("Pondera.Test.Box",
-                  [] { support::Raise(m_Interface::kErrExceptionBox, "Pondera", "Something odd"); });
-    support::Trap("Pondera.Test.Box",
-                  [] { support::Raise(m_Interface::kErrUserInputBox, "Pondera", "Type a number"); });
+    support::Trap("Pondera.Test.Box", [] {
+        support::Raise(m_Interface::kErrExceptionBox, "Pondera", "Something odd");
+    });
+    support::Trap("Pondera.Test.Box", [] {
+        support::Raise(m_Interface::kErrUserInputBox, "Pondera", "Type a number");
+    });
     ASSERT_EQ(Rec().Messages.size(), 2u);
     EXPECT_EQ(Rec().Messages[0].Title, "Exception");
     EXPECT_EQ(Rec().Messages[0].Text, "Something odd");

@@ -56,7 +56,7 @@ TEST(ExceptionFilter, NestedChainReportsTheInnermostRecord) {
 }
 
 class FilterTest : public testing_support::RecordingTest {
-protected:
+  protected:
     void SetUp() override {
         RecordingTest::SetUp();
         InstallExceptionFilter();
@@ -69,8 +69,16 @@ TEST_F(FilterTest, RealFaultsReachTheTrapOfTheRunningProcedure) {
     const std::pair<std::function<int()>, const char*> rows[] = {
         {[&] { return 7 / zero; }, "Integer Divide By Zero"}, // a real SIGFPE
         {[&] { return 9 / zero; }, "Integer Divide By Zero"}, // the handler is ready again
-        {[] { volatile int* volatile nowhere = nullptr; return *nowhere; }, "Access Violation"},
-        {[] { RaiseException(0xE0000001); return 0; }, "Unknown (&HE0000001)"},
+        {[] {
+             volatile int* volatile nowhere = nullptr;
+             return *nowhere;
+         },
+         "Access Violation"},
+        {[] {
+             RaiseException(0xE0000001);
+             return 0;
+         },
+         "Unknown (&HE0000001)"},
     };
     for (const auto& [fault, description] : rows) {
         Rec().Clear();
@@ -88,7 +96,8 @@ TEST_F(FilterTest, RealFaultsReachTheTrapOfTheRunningProcedure) {
 
 TEST(FilterFlag, InstallAndRemoveAreIdempotent) {
     EXPECT_FALSE(FilterInstalled());
-    for (int twice = 0; twice < 2; ++twice) InstallExceptionFilter();
+    for (int twice = 0; twice < 2; ++twice)
+        InstallExceptionFilter();
     EXPECT_TRUE(FilterInstalled());
     for (int twice = 0; twice < 2; ++twice) {
         RemoveExceptionFilter();
@@ -107,7 +116,8 @@ int Recurse(int depth) {
 
 TEST(FilterDeath, FaultsThatCannotBeUnwoundAreLoggedAndEndTheProcess) {
     const std::string log =
-        (std::filesystem::temp_directory_path() / ("pondera-death-" + std::to_string(getpid()))).string();
+        (std::filesystem::temp_directory_path() / ("pondera-death-" + std::to_string(getpid())))
+            .string();
     std::filesystem::remove(log);
     setenv("PONDERA_ERROR_LOG", log.c_str(), 1);
     // Outside any trapped procedure.

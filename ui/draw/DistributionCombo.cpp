@@ -31,14 +31,10 @@ struct Sketch {
 };
 
 const Sketch kSketches[] = {
-    {"Normal", -3.2, 3.2, 0, 1, 0, 0},
-    {"LogNormal", 0.02, 3.6, 0, 0.5, 0, 0},
-    {"Exponential", 0, 4, 1, 0, 0, 0},
-    {"Weibull", 0, 2.6, 2, 1, 0, 0},
-    {"Uniform", -1.6, 1.6, -1, 1, 0, 0},
-    {"Triangular", -1.2, 1.2, -1, 0.5, 1, 0},
-    {"Johnson SB", 0.01, 0.99, 1.1, 0.6, 1, 0},
-    {"Johnson SL", 0.02, 4, 1.6, 0.4, 1, 0},
+    {"Normal", -3.2, 3.2, 0, 1, 0, 0},          {"LogNormal", 0.02, 3.6, 0, 0.5, 0, 0},
+    {"Exponential", 0, 4, 1, 0, 0, 0},          {"Weibull", 0, 2.6, 2, 1, 0, 0},
+    {"Uniform", -1.6, 1.6, -1, 1, 0, 0},        {"Triangular", -1.2, 1.2, -1, 0.5, 1, 0},
+    {"Johnson SB", 0.01, 0.99, 1.1, 0.6, 1, 0}, {"Johnson SL", 0.02, 4, 1.6, 0.4, 1, 0},
     {"Johnson SU", -3, 5, 1.4, -0.9, 1, 0},
 };
 
@@ -56,20 +52,23 @@ std::vector<double> SampleSketch(const Sketch& s) {
     if (name.rfind("Johnson", 0) == 0 || name == "Normal") {
         for (int i = 0; i < kSamples; ++i) {
             const double x = s.Low + i * step;
-            if (name == "Normal") y[i] = m_Distributions::Normal_PDF(x, s.P1, s.P2);
+            if (name == "Normal")
+                y[i] = m_Distributions::Normal_PDF(x, s.P1, s.P2);
             else if (name == "Johnson SB")
                 y[i] = m_Distributions::JohnsonSB_PDF(x, s.P1, s.P2, s.P3, s.P4);
             else if (name == "Johnson SL")
                 y[i] = m_Distributions::JohnsonSL_PDF(x, s.P1, s.P2, s.P3, s.P4);
-            else y[i] = m_Distributions::JohnsonSU_PDF(x, s.P1, s.P2, s.P3, s.P4);
+            else
+                y[i] = m_Distributions::JohnsonSU_PDF(x, s.P1, s.P2, s.P3, s.P4);
         }
         return y;
     }
     // The engine's grid stops one step short of its high end; ask for one
     // point more over a range one step longer so both ends are sampled.
-    const std::vector<double> data = m_Distributions::GetPDFData(
-        name, s.Low, s.High + step, kSamples, s.P1, s.P2, s.P3, s.P4);
-    for (int i = 0; i < kSamples && i + 1 < static_cast<int>(data.size()); ++i) y[i] = data[i + 1];
+    const std::vector<double> data =
+        m_Distributions::GetPDFData(name, s.Low, s.High + step, kSamples, s.P1, s.P2, s.P3, s.P4);
+    for (int i = 0; i < kSamples && i + 1 < static_cast<int>(data.size()); ++i)
+        y[i] = data[i + 1];
     return y;
 }
 
@@ -86,8 +85,10 @@ QImage DrawSketch(const std::vector<double>& y, QSize size) {
     for (int i = 0; i < static_cast<int>(y.size()); ++i) {
         const double v = std::isfinite(y[i]) ? y[i] : 0.0;
         const QPointF p(1 + w * i / (y.size() - 1), 1 + h - h * v / top);
-        if (i == 0) curve.moveTo(p);
-        else curve.lineTo(p);
+        if (i == 0)
+            curve.moveTo(p);
+        else
+            curve.lineTo(p);
     }
     QPainterPath area = curve;
     area.lineTo(1 + w, 1 + h);
@@ -119,7 +120,8 @@ void DistributionCombo::AddDistribution(const QString& name) {
 
 void DistributionCombo::SetDistributions(const QStringList& names) {
     clear();
-    for (const QString& name : names) AddDistribution(name);
+    for (const QString& name : names)
+        AddDistribution(name);
 }
 
 bool DistributionCombo::SelectText(const QString& name) {

@@ -11,7 +11,7 @@
 class DistributionCombo : public QComboBox {
     Q_OBJECT
 
-public:
+  public:
     explicit DistributionCombo(QWidget* parent = nullptr);
 
     // Adds a name with its picture (no picture for an unknown name).
@@ -32,13 +32,13 @@ public:
     // Does nothing while Locked.
     void showPopup() override;
 
-protected:
+  protected:
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
-private:
+  private:
     void ApplyLook();
 
     bool locked_ = false;

@@ -13,11 +13,16 @@ namespace {
 // application palette to ask.
 QColor FallbackSystemColor(uint32_t index) {
     switch (index) {
-    case 0x05: return QColor(0xFF, 0xFF, 0xFF); // window background
-    case 0x08: return QColor(0x00, 0x00, 0x00); // window text
-    case 0x0F: return QColor(0xF0, 0xF0, 0xF0); // button face
-    case 0x10: return QColor(0xA0, 0xA0, 0xA0); // button shadow
-    default: return QColor(0xF0, 0xF0, 0xF0);
+    case 0x05:
+        return QColor(0xFF, 0xFF, 0xFF); // window background
+    case 0x08:
+        return QColor(0x00, 0x00, 0x00); // window text
+    case 0x0F:
+        return QColor(0xF0, 0xF0, 0xF0); // button face
+    case 0x10:
+        return QColor(0xA0, 0xA0, 0xA0); // button shadow
+    default:
+        return QColor(0xF0, 0xF0, 0xF0);
     }
 }
 
@@ -26,16 +31,20 @@ QColor SystemColor(uint32_t index) {
         return FallbackSystemColor(index);
     const QPalette palette = QGuiApplication::palette();
     switch (index) {
-    case 0x05: return palette.color(QPalette::Base);
-    case 0x08: return palette.color(QPalette::Text);
-    case 0x0F: return palette.color(QPalette::Button);
+    case 0x05:
+        return palette.color(QPalette::Base);
+    case 0x08:
+        return palette.color(QPalette::Text);
+    case 0x0F:
+        return palette.color(QPalette::Button);
     case 0x10: {
         // The palette's dark role is far darker in some styles; the grey of the
         // impossible region must stay light enough for the curve to show on it.
         const QColor dark = palette.color(QPalette::Dark);
         return dark.lightness() < 110 ? FallbackSystemColor(index) : dark;
     }
-    default: return FallbackSystemColor(index);
+    default:
+        return FallbackSystemColor(index);
     }
 }
 

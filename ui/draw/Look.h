@@ -26,9 +26,15 @@ QColor ToQColor(uint32_t bgr);
 // A QColor back to 0x00BBGGRR.
 uint32_t FromQColor(const QColor& color);
 // Component helpers for 0x00BBGGRR.
-inline int RedOf(uint32_t bgr) { return static_cast<int>(bgr & 0xFF); }
-inline int GreenOf(uint32_t bgr) { return static_cast<int>((bgr >> 8) & 0xFF); }
-inline int BlueOf(uint32_t bgr) { return static_cast<int>((bgr >> 16) & 0xFF); }
+inline int RedOf(uint32_t bgr) {
+    return static_cast<int>(bgr & 0xFF);
+}
+inline int GreenOf(uint32_t bgr) {
+    return static_cast<int>((bgr >> 8) & 0xFF);
+}
+inline int BlueOf(uint32_t bgr) {
+    return static_cast<int>((bgr >> 16) & 0xFF);
+}
 inline uint32_t RGB(int r, int g, int b) {
     return static_cast<uint32_t>(r & 0xFF) | (static_cast<uint32_t>(g & 0xFF) << 8) |
            (static_cast<uint32_t>(b & 0xFF) << 16);

@@ -10,11 +10,11 @@
 class MarkerShape : public QWidget {
     Q_OBJECT
 
-public:
+  public:
     enum class Kind { TriangleDown, TriangleUp, Circle };
 
-    explicit MarkerShape(QWidget* parent = nullptr, Kind kind = Kind::TriangleDown,
-                         int width = 11, int height = 11);
+    explicit MarkerShape(QWidget* parent = nullptr, Kind kind = Kind::TriangleDown, int width = 11,
+                         int height = 11);
 
     // Position and size in the parent's pixels. Left and Top keep fractions
     // (hit tests use them); the widget itself sits at the rounded position.
@@ -34,10 +34,10 @@ public:
     // Unlike QWidget::setVisible this is remembered even while the parent is hidden.
     void SetVisible(bool visible);
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
 
-private:
+  private:
     void Place();
 
     Kind kind_;

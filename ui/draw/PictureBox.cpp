@@ -6,8 +6,8 @@
 #include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QRegion>
 #include <QResizeEvent>
 
@@ -233,7 +233,8 @@ void PictureBox::paintEvent(QPaintEvent* event) {
     p.drawImage(event->rect(), image_, event->rect());
     // Beyond the picture (a moment before it follows a resize) shows the background.
     const QRegion outside = QRegion(rect()).subtracted(QRegion(image_.rect()));
-    for (const QRect& r : outside) p.fillRect(r, look::ToQColor(backColor_));
+    for (const QRect& r : outside)
+        p.fillRect(r, look::ToQColor(backColor_));
 }
 
 void PictureBox::resizeEvent(QResizeEvent* event) {

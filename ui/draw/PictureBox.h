@@ -19,7 +19,7 @@ class QPainter;
 class PictureBox : public QWidget {
     Q_OBJECT
 
-public:
+  public:
     explicit PictureBox(QWidget* parent = nullptr);
     ~PictureBox() override;
 
@@ -43,9 +43,15 @@ public:
     void SetFontTransparent(bool transparent) { fontTransparent_ = transparent; }
 
     QString FontName() const { return fontName_; }
-    void SetFontName(const QString& name) { fontName_ = name; metrics_.reset(); }
+    void SetFontName(const QString& name) {
+        fontName_ = name;
+        metrics_.reset();
+    }
     double FontSize() const { return fontSize_; }
-    void SetFontSize(double points) { fontSize_ = points; metrics_.reset(); }
+    void SetFontSize(double points) {
+        fontSize_ = points;
+        metrics_.reset();
+    }
     QFont DrawFont() const;
 
     // Text cursor: the top-left corner of the next Print.
@@ -84,7 +90,7 @@ public:
 
     QSize sizeHint() const override;
 
-signals:
+  signals:
     void MouseDown(int button, int shift, double x, double y);
     void MouseMove(int button, int shift, double x, double y);
     void MouseUp(int button, int shift, double x, double y);
@@ -94,7 +100,7 @@ signals:
     // The picture has been resized to the widget (it keeps what fitted).
     void Resized();
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -104,7 +110,7 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
-private:
+  private:
     void ResizeImage(int width, int height);
     void FillPixels(long long c0, long long r0, long long c1, long long r1, uint32_t bgr);
     const QFontMetricsF& Metrics() const;

@@ -70,7 +70,8 @@ void TitledFrame::paintEvent(QPaintEvent*) {
     // The caption bar: the panel's top, rounded above and square below.
     QPainterPath bar;
     bar.addRect(QRectF(panel.left(), panel.top(), panel.width(), captionHeight));
-    p.fillPath(bar.intersected(outline), active_ ? look::AccentColor() : look::InactiveCaptionColor());
+    p.fillPath(bar.intersected(outline),
+               active_ ? look::AccentColor() : look::InactiveCaptionColor());
 
     p.setPen(QPen(active_ ? look::AccentColor() : kBorder, 1));
     p.drawPath(outline);
@@ -79,7 +80,8 @@ void TitledFrame::paintEvent(QPaintEvent*) {
     bold.setBold(true);
     p.setFont(bold);
     p.setPen(active_ ? QColor(Qt::white) : kInactiveText);
-    const QRectF textRect(panel.left() + kPad, panel.top(), panel.width() - 2 * kPad, captionHeight);
+    const QRectF textRect(panel.left() + kPad, panel.top(), panel.width() - 2 * kPad,
+                          captionHeight);
     p.drawText(textRect, Qt::AlignLeft | Qt::AlignVCenter,
                QFontMetrics(bold).elidedText(caption_, Qt::ElideRight, int(textRect.width())));
 }

@@ -12,7 +12,7 @@
 class TitledFrame : public QWidget {
     Q_OBJECT
 
-public:
+  public:
     explicit TitledFrame(const QString& caption = {}, QWidget* parent = nullptr);
 
     QString Caption() const { return caption_; }
@@ -27,11 +27,11 @@ public:
 
     QSize minimumSizeHint() const override;
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
 
-private:
+  private:
     void UpdateMargins();
 
     QString caption_;

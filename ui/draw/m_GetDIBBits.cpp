@@ -18,7 +18,7 @@ constexpr const char* kBlendDIBPixel = "Pondera.m_GetDIBBits.BlendDIBPixel";
 constexpr const char* kFinishSetDIBPixel = "Pondera.m_GetDIBBits.FinishSetDIBPixel";
 
 struct Access {
-    PixelBuffer View;             // over a surface's picture
+    PixelBuffer View;              // over a surface's picture
     PixelBuffer* Target = nullptr; // what the pixel calls write to
     PixelBuffer Empty;
 };
@@ -72,7 +72,8 @@ PixelBuffer PixelBuffer::Make(int width, int height) {
     return b;
 }
 
-PixelBuffer PixelBuffer::View(uint8_t* topLine, int width, int height, std::ptrdiff_t bytesPerLine) {
+PixelBuffer PixelBuffer::View(uint8_t* topLine, int width, int height,
+                              std::ptrdiff_t bytesPerLine) {
     PixelBuffer b;
     if (!topLine || width < 1 || height < 1) return b;
     b.Width = width;

@@ -26,7 +26,8 @@ QFont CellFont(const QString& fontName, int size, bool bold, bool italic, QPaint
     font.setWeight(bold ? QFont::Bold : QFont::Normal);
     font.setItalic(italic);
     const double height = QFontMetricsF(font, device).height();
-    if (height > 0) font.setPixelSize(std::max(1, static_cast<int>(std::lround(cell * cell / height))));
+    if (height > 0)
+        font.setPixelSize(std::max(1, static_cast<int>(std::lround(cell * cell / height))));
     return font;
 }
 

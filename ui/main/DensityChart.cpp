@@ -118,7 +118,8 @@ Result Draw(PictureBox& surface, const Input& in) {
     const std::size_t n = PointCount(in.X, in.Y);
     // The end samples get no outer share, so nothing pokes past them.
     std::vector<double> px(n + 2, 0.0);
-    for (std::size_t i = 1; i <= n; ++i) px[i] = g.Px(in.X[i]);
+    for (std::size_t i = 1; i <= n; ++i)
+        px[i] = g.Px(in.X[i]);
     if (n >= 1) {
         px[0] = px[1];
         px[n + 1] = px[n];

@@ -15,15 +15,15 @@ class PictureBox;
 namespace DensityChart {
 
 struct Geometry {
-    double W = 0, H = 0;    // the surface's inner size in pixels
-    double X0 = 0;          // left edge of the plot, 0.15 W
-    double Y0 = 0;          // baseline, 0.85 H
-    double PlotWidth = 0;   // 0.775 W: the plot runs past the x axis' end at 0.85 W
-    double PlotHeight = 0;  // 0.7 H
-    double XLow = 0;        // smallest x of the points
-    double XRange = 0;      // largest x - smallest x
-    double YLow = 0;        // smallest density
-    double YRange = 0;      // largest density - smallest density
+    double W = 0, H = 0;   // the surface's inner size in pixels
+    double X0 = 0;         // left edge of the plot, 0.15 W
+    double Y0 = 0;         // baseline, 0.85 H
+    double PlotWidth = 0;  // 0.775 W: the plot runs past the x axis' end at 0.85 W
+    double PlotHeight = 0; // 0.7 H
+    double XLow = 0;       // smallest x of the points
+    double XRange = 0;     // largest x - smallest x
+    double YLow = 0;       // smallest density
+    double YRange = 0;     // largest density - smallest density
     // The py that Py returns while the y range is 0; it starts at the top of
     // the plot, so a flat density is drawn as a full box (a zero one on the baseline).
     double LastPy = 0;
@@ -52,7 +52,7 @@ struct Limit {
 };
 
 struct Input {
-    bool Refresh = true;       // clear and draw background, axes and ticks
+    bool Refresh = true; // clear and draw background, axes and ticks
     int XTicks = 5, YTicks = 5;
     double XTickLength = 5, YTickLength = 5;
     // The curve: 1-based arrays of x and density (element 0 unused).
@@ -69,8 +69,8 @@ struct Input {
 };
 
 struct MarkerPlacement {
-    double Left = 0;       // px - width / 2
-    bool Visible = false;  // the limit is ticked
+    double Left = 0;      // px - width / 2
+    bool Visible = false; // the limit is ticked
 };
 
 struct Result {

@@ -16,12 +16,11 @@ QWidget* Owner(QWidget* parent) {
 }
 } // namespace
 
-void QtFace::ShowMessage(const std::string& title, const std::string& text,
-                         support::BoxIcon icon) {
+void QtFace::ShowMessage(const std::string& title, const std::string& text, support::BoxIcon icon) {
     QMessageBox box(icon == support::BoxIcon::Critical ? QMessageBox::Critical
                                                        : QMessageBox::Information,
-                    QString::fromStdString(title), QString::fromStdString(text),
-                    QMessageBox::Ok, Owner(parent_));
+                    QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
+                    Owner(parent_));
     box.setObjectName("PonderaMessageBox");
     box.exec();
 }
@@ -45,16 +44,18 @@ void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
     auto* icon = new QLabel;
     icon->setPixmap(dialog.style()->standardIcon(QStyle::SP_MessageBoxCritical).pixmap(32, 32));
     header->addWidget(icon, 0, Qt::AlignTop);
-    auto* intro = new QLabel(entries.size() == 1
-                                 ? QStringLiteral("An error occurred while carrying out your last action.")
-                                 : QStringLiteral("%1 errors occurred while carrying out your last action.")
-                                       .arg(entries.size()));
+    auto* intro =
+        new QLabel(entries.size() == 1
+                       ? QStringLiteral("An error occurred while carrying out your last action.")
+                       : QStringLiteral("%1 errors occurred while carrying out your last action.")
+                             .arg(entries.size()));
     intro->setWordWrap(true);
     header->addWidget(intro, 1);
     layout->addLayout(header);
 
     QStringList lines;
-    for (const auto& e : entries) lines << ReportLine(e);
+    for (const auto& e : entries)
+        lines << ReportLine(e);
     auto* list = new QPlainTextEdit(lines.join('\n'));
     list->setObjectName("ErrorLines");
     list->setReadOnly(true);
@@ -62,9 +63,9 @@ void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
     list->setMinimumSize(560, 120);
     layout->addWidget(list);
 
-    auto* where = new QLabel(QStringLiteral("Details were written to %1")
-                                 .arg(QString::fromStdString(
-                                     support::ErrorReporter::Instance().LogPath())));
+    auto* where =
+        new QLabel(QStringLiteral("Details were written to %1")
+                       .arg(QString::fromStdString(support::ErrorReporter::Instance().LogPath())));
     where->setWordWrap(true);
     where->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(where);

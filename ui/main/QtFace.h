@@ -14,7 +14,7 @@
 class QWidget;
 
 class QtFace : public support::UserFace {
-public:
+  public:
     using StatusSink = std::function<void(const std::string&)>;
 
     explicit QtFace(QWidget* parent = nullptr) : parent_(parent) {}
@@ -31,7 +31,7 @@ public:
     // One line of the report: "label — description (×count)".
     static QString ReportLine(const support::ErrorEntry& entry);
 
-private:
+  private:
     QWidget* parent_ = nullptr;
     StatusSink status_;
 };

@@ -36,9 +36,9 @@ frm_About2::frm_About2(QWidget* parent) : QDialog(parent) {
         lb_Version->setObjectName("lb_Version");
         layout->addWidget(lb_Version);
 
-        lb_Description = new QLabel(
-            "Draws a probability density against your specification limits and shows "
-            "its moments and the fraction nonconforming.");
+        lb_Description =
+            new QLabel("Draws a probability density against your specification limits and shows "
+                       "its moments and the fraction nonconforming.");
         lb_Description->setObjectName("lb_Description");
         lb_Description->setWordWrap(true);
         lb_Description->setFixedWidth(360);
@@ -61,7 +61,9 @@ frm_About2::frm_About2(QWidget* parent) : QDialog(parent) {
     });
 }
 
-QString frm_About2::VersionText() { return QStringLiteral("Version " PONDERA_VERSION); }
+QString frm_About2::VersionText() {
+    return QStringLiteral("Version " PONDERA_VERSION);
+}
 
 void frm_About2::but_OK_Click() {
     support::Trap(kBut_OK_Click, [&] { accept(); });

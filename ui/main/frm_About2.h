@@ -8,7 +8,7 @@ class QPushButton;
 
 class frm_About2 : public QDialog {
     Q_OBJECT
-public:
+  public:
     explicit frm_About2(QWidget* parent = nullptr);
 
     static QString VersionText(); // "Version 1.0.0"
@@ -18,6 +18,6 @@ public:
     QLabel* lb_Description = nullptr;
     QPushButton* but_OK = nullptr;
 
-private:
+  private:
     void but_OK_Click();
 };

@@ -49,7 +49,8 @@ constexpr const char* kForm_Paint = "Pondera.frm_Pondera.Form_Paint";
 constexpr const char* kForm_Unload = "Pondera.frm_Pondera.Form_Unload";
 constexpr const char* kForm_Resize = "Pondera.frm_Pondera.Form_Resize";
 constexpr const char* kPlot = "Pondera.frm_Pondera.Plot";
-constexpr const char* kCalcMomentsforDistribution = "Pondera.frm_Pondera.CalcMomentsforDistribution";
+constexpr const char* kCalcMomentsforDistribution =
+    "Pondera.frm_Pondera.CalcMomentsforDistribution";
 constexpr const char* kCalcPercent = "Pondera.frm_Pondera.CalcPercent";
 constexpr const char* kDrawPDF = "Pondera.frm_Pondera.DrawPDF";
 constexpr const char* kPlotbyMoments = "Pondera.frm_Pondera.PlotbyMoments";
@@ -134,12 +135,22 @@ constexpr int kSliderHeight = 16;
 // The titled frame's panel colour, for the small surfaces that sit on it.
 const QColor kFramePanel(0xFB, 0xFB, 0xFC);
 
-QString Q(const std::string& s) { return QString::fromStdString(s); }
-std::string S(const QString& s) { return s.toStdString(); }
+QString Q(const std::string& s) {
+    return QString::fromStdString(s);
+}
+std::string S(const QString& s) {
+    return s.toStdString();
+}
 
-bool Numeric(const QLineEdit* box) { return support::IsNumeric(S(box->text())); }
-double ValOf(const QLineEdit* box) { return support::Val(S(box->text())); }
-double ValOf(const QLabel* label) { return support::Val(S(label->text())); }
+bool Numeric(const QLineEdit* box) {
+    return support::IsNumeric(S(box->text()));
+}
+double ValOf(const QLineEdit* box) {
+    return support::Val(S(box->text()));
+}
+double ValOf(const QLabel* label) {
+    return support::Val(S(label->text()));
+}
 
 // Inputs are white; outputs and locked fields read-only in the button-face colour.
 void SetBoxLocked(QLineEdit* box, bool locked) {
@@ -156,7 +167,7 @@ void FocusAndSelect(QLineEdit* box) {
 
 // Mouse pointer as an hourglass for the scope of one run.
 class WaitCursor {
-public:
+  public:
     WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
     ~WaitCursor() { QApplication::restoreOverrideCursor(); }
     WaitCursor(const WaitCursor&) = delete;
@@ -199,7 +210,9 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
     Form_Initialize();
 }
 
-frm_Pondera::~frm_Pondera() { Form_Unload(); }
+frm_Pondera::~frm_Pondera() {
+    Form_Unload();
+}
 
 void frm_Pondera::BuildControls() {
     auto* central = new QWidget;
@@ -515,9 +528,8 @@ void frm_Pondera::ConnectHandlers() {
     connect(pb_SkewKurt, &PictureBox::MouseDown, this, mouse(&frm_Pondera::pb_SkewKurt_MouseDown));
     connect(pb_SkewKurt, &PictureBox::MouseMove, this, mouse(&frm_Pondera::pb_SkewKurt_MouseMove));
     connect(pb_SkewKurt, &PictureBox::MouseUp, this, mouse(&frm_Pondera::pb_SkewKurt_MouseUp));
-    connect(pb_PDF, &PictureBox::KeyDown, this, [this](int, int) {
-        RunAsAction([&] { pb_PDF_KeyDown(); });
-    });
+    connect(pb_PDF, &PictureBox::KeyDown, this,
+            [this](int, int) { RunAsAction([&] { pb_PDF_KeyDown(); }); });
     connect(pb_Slider, &PictureBox::GotFocus, this, act(&frm_Pondera::pb_Slider_GotFocus));
     connect(pb_SkewKurt, &PictureBox::GotFocus, this, act(&frm_Pondera::pb_SkewKurt_GotFocus));
 
@@ -539,7 +551,9 @@ void frm_Pondera::ConnectHandlers() {
         WatchFocus(w);
 }
 
-void frm_Pondera::WatchFocus(QWidget* widget) { widget->installEventFilter(this); }
+void frm_Pondera::WatchFocus(QWidget* widget) {
+    widget->installEventFilter(this);
+}
 
 bool frm_Pondera::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) {
@@ -622,9 +636,7 @@ void frm_Pondera::Form_Initialize() {
         options_ = new frm_Options(this);
         options_->setObjectName("frm_Options");
         options_->hide();
-        connect(options_, &frm_Options::Applied, this, [this] {
-            RunAsAction([&] { Plot(); });
-        });
+        connect(options_, &frm_Options::Applied, this, [this] { RunAsAction([&] { Plot(); }); });
 
         cb_DrawbyMoments_Click();
 
@@ -666,7 +678,9 @@ void frm_Pondera::Form_Unload() {
     });
 }
 
-void frm_Pondera::SetStatus(const std::string& text) { StatusPanel1->setText(Q(text)); }
+void frm_Pondera::SetStatus(const std::string& text) {
+    StatusPanel1->setText(Q(text));
+}
 
 // ---------------------------------------------------------------------------
 // The plot pipeline
@@ -739,7 +753,8 @@ void frm_Pondera::Plot() {
         const int n = NumPoints;
         std::vector<double> x(n + 1, 0.0);
         // The calculator samples on these very points.
-        for (int i = 1; i <= n; ++i) x[i] = support::ck(m_Distributions::GridX(low, high, n, i));
+        for (int i = 1; i <= n; ++i)
+            x[i] = support::ck(m_Distributions::GridX(low, high, n, i));
         std::vector<double> y = m_Distributions::GetPDFData(name, low, high, n, Param1, Param2,
                                                             Param3, ValOf(tb_Param4));
         y.resize(n + 1, 0.0);
@@ -884,10 +899,14 @@ void frm_Pondera::CalcPercent() {
                 ShowPNC({}, {}, {});
                 return;
             }
-            if (fit_.Type == "SB") pc::CurrentDistribution = m_Distributions::kJohnsonSB;
-            else if (fit_.Type == "SU") pc::CurrentDistribution = m_Distributions::kJohnsonSU;
-            else if (fit_.Type == "SL") pc::CurrentDistribution = m_Distributions::kJohnsonSL;
-            else pc::CurrentDistribution = 0;
+            if (fit_.Type == "SB")
+                pc::CurrentDistribution = m_Distributions::kJohnsonSB;
+            else if (fit_.Type == "SU")
+                pc::CurrentDistribution = m_Distributions::kJohnsonSU;
+            else if (fit_.Type == "SL")
+                pc::CurrentDistribution = m_Distributions::kJohnsonSL;
+            else
+                pc::CurrentDistribution = 0;
             pc::Param1 = fit_.Delta;
             pc::Param2 = fit_.Gamma;
             pc::Param3 = fit_.Lamda;
@@ -994,11 +1013,13 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
         QLabel* labels[] = {lb_Param1, lb_Param2, lb_Param3, lb_Param4};
         if (cb_DrawbyMoments->isChecked()) {
             QStringList names;
-            for (const auto& n : m_Distributions::MomentsListOrder()) names << Q(n);
+            for (const auto& n : m_Distributions::MomentsListOrder())
+                names << Q(n);
             dd_Distribution->SetLocked(true);
             dd_Distribution->SetDistributions(names);
             dd_Distribution->setCurrentIndex(0);
-            for (QLineEdit* box : moments) SetBoxLocked(box, false);
+            for (QLineEdit* box : moments)
+                SetBoxLocked(box, false);
             const char* captions[] = {"Delta:", "Gamma:", "Lamda:", "Xi:"};
             for (int i = 0; i < 4; ++i) {
                 labels[i]->setText(captions[i]);
@@ -1014,15 +1035,18 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
             tb_Ymax->setEnabled(true);
         } else {
             QStringList names;
-            for (const auto& n : m_Distributions::ClassicalListOrder()) names << Q(n);
+            for (const auto& n : m_Distributions::ClassicalListOrder())
+                names << Q(n);
             dd_Distribution->SetLocked(false);
             dd_Distribution->SetDistributions(names);
             tb_Param2->setText("1");
             dd_Distribution->setCurrentIndex(0);
             // Selecting the item is a change of distribution: labels and defaults follow.
             dd_Distribution_Change();
-            for (QLineEdit* box : moments) SetBoxLocked(box, true);
-            for (QLineEdit* box : params) SetBoxLocked(box, false);
+            for (QLineEdit* box : moments)
+                SetBoxLocked(box, true);
+            for (QLineEdit* box : params)
+                SetBoxLocked(box, false);
             SetStatus("");
             SetCheckValue(cb_LockKurtosis, true, [&] { cb_LockKurtosis_Click(); });
             SetCheckValue(cb_LockSkewness, true, [&] { cb_LockSkewness_Click(); });
@@ -1086,7 +1110,8 @@ bool frm_Pondera::PlotbyMoments() {
         // The divisor is N and the last point is pinned to XMax: the last gap
         // is twice the step, as the chart and the PNC figures have always had it.
         const double step = support::ck((xMax - xMin) / n);
-        for (int i = 1; i <= n; ++i) x[i] = support::ck(xMin + (i - 1) * step);
+        for (int i = 1; i <= n; ++i)
+            x[i] = support::ck(xMin + (i - 1) * step);
         x[n] = xMax;
 
         const std::string& type = fit.JDistribution;
@@ -1099,12 +1124,16 @@ bool frm_Pondera::PlotbyMoments() {
             dd_Distribution->SelectText(item);
             for (int i = 1; i <= n; ++i) {
                 if (type == "SB")
-                    y[i] = m_Distributions::JohnsonSB_PDF(x[i], fit.Delta, fit.Gamma, fit.Lamda, fit.Xi);
+                    y[i] = m_Distributions::JohnsonSB_PDF(x[i], fit.Delta, fit.Gamma, fit.Lamda,
+                                                          fit.Xi);
                 else if (type == "SL")
-                    y[i] = m_Distributions::JohnsonSL_PDF(x[i], fit.Delta, fit.Gamma, fit.Lamda, fit.Xi);
+                    y[i] = m_Distributions::JohnsonSL_PDF(x[i], fit.Delta, fit.Gamma, fit.Lamda,
+                                                          fit.Xi);
                 else if (type == "SU")
-                    y[i] = m_Distributions::JohnsonSU_PDF(x[i], fit.Delta, fit.Gamma, fit.Lamda, fit.Xi);
-                else y[i] = m_Distributions::Normal_PDF(x[i], mean, stDev);
+                    y[i] = m_Distributions::JohnsonSU_PDF(x[i], fit.Delta, fit.Gamma, fit.Lamda,
+                                                          fit.Xi);
+                else
+                    y[i] = m_Distributions::Normal_PDF(x[i], mean, stDev);
             }
         }
 
@@ -1138,7 +1167,8 @@ bool frm_Pondera::PlotbyMoments() {
 
 void frm_Pondera::SetFrameInactive() {
     support::Trap(kSetFrameInactive, [&] {
-        for (TitledFrame* frame : findChildren<TitledFrame*>()) frame->Focus(false);
+        for (TitledFrame* frame : findChildren<TitledFrame*>())
+            frame->Focus(false);
     });
 }
 
@@ -1171,9 +1201,9 @@ void frm_Pondera::DrawSkewKurtLimits(PictureBox& surface, const SkewKurtChart::B
         lb_YMin->setText(Q(result.Texts.YMin));
         tb_Ymax->setText(Q(result.Texts.YMax));
         // Half a marker lower than centred, until the next lock click or drag.
-        const SkewKurtChart::MarkerPos pos = SkewKurtChart::MarkerAfterDraw(
-            ReadPickScale(), ValOf(tb_Skewness), ValOf(tb_Kurtosis), sh_SkewKurt->Width(),
-            sh_SkewKurt->Height());
+        const SkewKurtChart::MarkerPos pos =
+            SkewKurtChart::MarkerAfterDraw(ReadPickScale(), ValOf(tb_Skewness), ValOf(tb_Kurtosis),
+                                           sh_SkewKurt->Width(), sh_SkewKurt->Height());
         sh_SkewKurt->Move(pos.Left, pos.Top);
         surface.Refresh();
     });
@@ -1220,9 +1250,8 @@ void frm_Pondera::SkewKurtLockClick() {
     } else {
         SetBoxLocked(tb_Kurtosis, false);
     }
-    const SkewKurtChart::MarkerPos pos =
-        SkewKurtChart::MarkerCentred(scale, ValOf(tb_Skewness), ValOf(tb_Kurtosis),
-                                     sh_SkewKurt->Width(), sh_SkewKurt->Height());
+    const SkewKurtChart::MarkerPos pos = SkewKurtChart::MarkerCentred(
+        scale, ValOf(tb_Skewness), ValOf(tb_Kurtosis), sh_SkewKurt->Width(), sh_SkewKurt->Height());
     sh_SkewKurt->Move(pos.Left, pos.Top);
     pb_SkewKurt->Refresh();
 }
@@ -1348,8 +1377,10 @@ void frm_Pondera::pb_Slider_MouseUp(int, int, double, double) {
 
 void frm_Pondera::but_Plot_Click() {
     support::Trap(kbut_Plot_Click, [&] {
-        if (cb_DrawbyMoments->isChecked()) PlotbyMoments();
-        else Plot();
+        if (cb_DrawbyMoments->isChecked())
+            PlotbyMoments();
+        else
+            Plot();
     });
 }
 
@@ -1384,7 +1415,8 @@ void frm_Pondera::dd_Distribution_Change() {
                 if (slot.DefaultText) boxes[i]->setText(slot.DefaultText);
             }
         }
-        for (QLineEdit* box : {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}) SetBoxLocked(box, true);
+        for (QLineEdit* box : {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
+            SetBoxLocked(box, true);
         Plot();
         cb_LockSkewness->setChecked(true);
         cb_LockSkewness_Click();
@@ -1404,13 +1436,27 @@ void frm_Pondera::EnablePlot(const char* label) {
     support::Trap(label, [&] { but_Plot->setEnabled(true); });
 }
 
-void frm_Pondera::tb_Param1_Change() { EnablePlot(ktb_Param1_Change); }
-void frm_Pondera::tb_Param2_Change() { EnablePlot(ktb_Param2_Change); }
-void frm_Pondera::tb_Param3_Change() { EnablePlot(ktb_Param3_Change); }
-void frm_Pondera::tb_Param4_Change() { EnablePlot(ktb_Param4_Change); }
-void frm_Pondera::tb_LSL_Change() { EnablePlot(ktb_LSL_Change); }
-void frm_Pondera::tb_Target_Change() { EnablePlot(ktb_Target_Change); }
-void frm_Pondera::tb_USL_Change() { EnablePlot(ktb_USL_Change); }
+void frm_Pondera::tb_Param1_Change() {
+    EnablePlot(ktb_Param1_Change);
+}
+void frm_Pondera::tb_Param2_Change() {
+    EnablePlot(ktb_Param2_Change);
+}
+void frm_Pondera::tb_Param3_Change() {
+    EnablePlot(ktb_Param3_Change);
+}
+void frm_Pondera::tb_Param4_Change() {
+    EnablePlot(ktb_Param4_Change);
+}
+void frm_Pondera::tb_LSL_Change() {
+    EnablePlot(ktb_LSL_Change);
+}
+void frm_Pondera::tb_Target_Change() {
+    EnablePlot(ktb_Target_Change);
+}
+void frm_Pondera::tb_USL_Change() {
+    EnablePlot(ktb_USL_Change);
+}
 
 void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box) {
     support::Trap(label, [&] {
@@ -1420,22 +1466,54 @@ void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit
     });
 }
 
-void frm_Pondera::tb_Param1_GotFocus() { FieldGotFocus(ktb_Param1_GotFocus, qarvFrame_PDF, tb_Param1); }
-void frm_Pondera::tb_Param2_GotFocus() { FieldGotFocus(ktb_Param2_GotFocus, qarvFrame_PDF, tb_Param2); }
-void frm_Pondera::tb_Param3_GotFocus() { FieldGotFocus(ktb_Param3_GotFocus, qarvFrame_PDF, tb_Param3); }
-void frm_Pondera::tb_Param4_GotFocus() { FieldGotFocus(ktb_Param4_GotFocus, qarvFrame_PDF, tb_Param4); }
-void frm_Pondera::tb_LSL_GotFocus() { FieldGotFocus(ktb_LSL_GotFocus, qarvFrame_SpecLimits, tb_LSL); }
-void frm_Pondera::tb_Target_GotFocus() { FieldGotFocus(ktb_Target_GotFocus, qarvFrame_SpecLimits, tb_Target); }
-void frm_Pondera::tb_USL_GotFocus() { FieldGotFocus(ktb_USL_GotFocus, qarvFrame_SpecLimits, tb_USL); }
-void frm_Pondera::cb_LSL_GotFocus() { FieldGotFocus(kcb_LSL_GotFocus, qarvFrame_SpecLimits, nullptr); }
-void frm_Pondera::cb_Target_GotFocus() { FieldGotFocus(kcb_Target_GotFocus, qarvFrame_SpecLimits, nullptr); }
-void frm_Pondera::cb_USL_GotFocus() { FieldGotFocus(kcb_USL_GotFocus, qarvFrame_SpecLimits, nullptr); }
-void frm_Pondera::tb_Mean_GotFocus() { FieldGotFocus(ktb_Mean_GotFocus, qarvFrame_Moments, tb_Mean); }
-void frm_Pondera::tb_StDev_GotFocus() { FieldGotFocus(ktb_StDev_GotFocus, qarvFrame_Moments, tb_StDev); }
-void frm_Pondera::tb_Skewness_GotFocus() { FieldGotFocus(ktb_Skewness_GotFocus, qarvFrame_Moments, tb_Skewness); }
-void frm_Pondera::tb_Kurtosis_GotFocus() { FieldGotFocus(ktb_Kurtosis_GotFocus, qarvFrame_Moments, tb_Kurtosis); }
-void frm_Pondera::tb_Ymax_GotFocus() { FieldGotFocus(ktb_Ymax_GotFocus, qarvFrame_Moments, nullptr); }
-void frm_Pondera::pb_SkewKurt_GotFocus() { FieldGotFocus(kpb_SkewKurt_GotFocus, qarvFrame_Moments, nullptr); }
+void frm_Pondera::tb_Param1_GotFocus() {
+    FieldGotFocus(ktb_Param1_GotFocus, qarvFrame_PDF, tb_Param1);
+}
+void frm_Pondera::tb_Param2_GotFocus() {
+    FieldGotFocus(ktb_Param2_GotFocus, qarvFrame_PDF, tb_Param2);
+}
+void frm_Pondera::tb_Param3_GotFocus() {
+    FieldGotFocus(ktb_Param3_GotFocus, qarvFrame_PDF, tb_Param3);
+}
+void frm_Pondera::tb_Param4_GotFocus() {
+    FieldGotFocus(ktb_Param4_GotFocus, qarvFrame_PDF, tb_Param4);
+}
+void frm_Pondera::tb_LSL_GotFocus() {
+    FieldGotFocus(ktb_LSL_GotFocus, qarvFrame_SpecLimits, tb_LSL);
+}
+void frm_Pondera::tb_Target_GotFocus() {
+    FieldGotFocus(ktb_Target_GotFocus, qarvFrame_SpecLimits, tb_Target);
+}
+void frm_Pondera::tb_USL_GotFocus() {
+    FieldGotFocus(ktb_USL_GotFocus, qarvFrame_SpecLimits, tb_USL);
+}
+void frm_Pondera::cb_LSL_GotFocus() {
+    FieldGotFocus(kcb_LSL_GotFocus, qarvFrame_SpecLimits, nullptr);
+}
+void frm_Pondera::cb_Target_GotFocus() {
+    FieldGotFocus(kcb_Target_GotFocus, qarvFrame_SpecLimits, nullptr);
+}
+void frm_Pondera::cb_USL_GotFocus() {
+    FieldGotFocus(kcb_USL_GotFocus, qarvFrame_SpecLimits, nullptr);
+}
+void frm_Pondera::tb_Mean_GotFocus() {
+    FieldGotFocus(ktb_Mean_GotFocus, qarvFrame_Moments, tb_Mean);
+}
+void frm_Pondera::tb_StDev_GotFocus() {
+    FieldGotFocus(ktb_StDev_GotFocus, qarvFrame_Moments, tb_StDev);
+}
+void frm_Pondera::tb_Skewness_GotFocus() {
+    FieldGotFocus(ktb_Skewness_GotFocus, qarvFrame_Moments, tb_Skewness);
+}
+void frm_Pondera::tb_Kurtosis_GotFocus() {
+    FieldGotFocus(ktb_Kurtosis_GotFocus, qarvFrame_Moments, tb_Kurtosis);
+}
+void frm_Pondera::tb_Ymax_GotFocus() {
+    FieldGotFocus(ktb_Ymax_GotFocus, qarvFrame_Moments, nullptr);
+}
+void frm_Pondera::pb_SkewKurt_GotFocus() {
+    FieldGotFocus(kpb_SkewKurt_GotFocus, qarvFrame_Moments, nullptr);
+}
 
 void frm_Pondera::cb_DrawbyMoments_GotFocus() {
     support::Trap(kcb_DrawbyMoments_GotFocus, [&] { SetFrameInactive(); });
@@ -1455,9 +1533,15 @@ void frm_Pondera::SpecLimitClick(const char* label, QCheckBox* check, QLineEdit*
     });
 }
 
-void frm_Pondera::cb_LSL_Click() { SpecLimitClick(kcb_LSL_Click, cb_LSL, tb_LSL); }
-void frm_Pondera::cb_Target_Click() { SpecLimitClick(kcb_Target_Click, cb_Target, tb_Target); }
-void frm_Pondera::cb_USL_Click() { SpecLimitClick(kcb_USL_Click, cb_USL, tb_USL); }
+void frm_Pondera::cb_LSL_Click() {
+    SpecLimitClick(kcb_LSL_Click, cb_LSL, tb_LSL);
+}
+void frm_Pondera::cb_Target_Click() {
+    SpecLimitClick(kcb_Target_Click, cb_Target, tb_Target);
+}
+void frm_Pondera::cb_USL_Click() {
+    SpecLimitClick(kcb_USL_Click, cb_USL, tb_USL);
+}
 
 // Outside moments mode the moment boxes are outputs: a change there means nothing.
 void frm_Pondera::MomentChanged(const char* label) {
@@ -1466,10 +1550,18 @@ void frm_Pondera::MomentChanged(const char* label) {
     });
 }
 
-void frm_Pondera::tb_Mean_Change() { MomentChanged(ktb_Mean_Change); }
-void frm_Pondera::tb_StDev_Change() { MomentChanged(ktb_StDev_Change); }
-void frm_Pondera::tb_Skewness_Change() { MomentChanged(ktb_Skewness_Change); }
-void frm_Pondera::tb_Kurtosis_Change() { MomentChanged(ktb_Kurtosis_Change); }
+void frm_Pondera::tb_Mean_Change() {
+    MomentChanged(ktb_Mean_Change);
+}
+void frm_Pondera::tb_StDev_Change() {
+    MomentChanged(ktb_StDev_Change);
+}
+void frm_Pondera::tb_Skewness_Change() {
+    MomentChanged(ktb_Skewness_Change);
+}
+void frm_Pondera::tb_Kurtosis_Change() {
+    MomentChanged(ktb_Kurtosis_Change);
+}
 
 void frm_Pondera::mnuXAxis_Click() {
     support::Trap(kmnuXAxis_Click, [&] {

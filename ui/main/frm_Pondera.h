@@ -36,7 +36,7 @@ class frm_Options;
 class frm_Pondera : public QMainWindow {
     Q_OBJECT
 
-public:
+  public:
     explicit frm_Pondera(QWidget* parent = nullptr);
     ~frm_Pondera() override;
 
@@ -104,10 +104,10 @@ public:
     frm_Options* Options() const { return options_; }
 
     // ---- Window state --------------------------------------------------------
-    int NumPoints = 300;      // curve sample count N
-    bool DragLSL = false;     // the LSL marker is armed
+    int NumPoints = 300;  // curve sample count N
+    bool DragLSL = false; // the LSL marker is armed
     bool DragUSL = false;
-    bool ShowXAxis = true;    // mirrored by mnuXAxis, mnuYAxis, mnuLabels
+    bool ShowXAxis = true; // mirrored by mnuXAxis, mnuYAxis, mnuLabels
     bool ShowYAxis = true;
     bool ShowLabels = true;
     // Parameters as Plot last read them.
@@ -128,15 +128,14 @@ public:
     void CalcMomentsforDistribution();
     void CalcPercent();
     void DrawPDF(bool refresh, int xTicks, int yTicks, double xTickLength, double yTickLength,
-                 PictureBox& pbObject, const std::vector<double>& x,
-                 const std::vector<double>& y);
+                 PictureBox& pbObject, const std::vector<double>& x, const std::vector<double>& y);
     // One validate-fit-sample-draw run in moments mode; false when it ended early.
     bool PlotbyMoments();
     void SetFrameInactive();
     void PlotSkewKurt(double skewFrom, double skewTo);
-    void DrawSkewKurtLimits(PictureBox& surface, const SkewKurtChart::Boundary& boundary,
-                            int count, int xTicks, int yTicks, double xTickLength,
-                            double yTickLength, bool refresh);
+    void DrawSkewKurtLimits(PictureBox& surface, const SkewKurtChart::Boundary& boundary, int count,
+                            int xTicks, int yTicks, double xTickLength, double yTickLength,
+                            bool refresh);
 
     // ---- Event handlers --------------------------------------------------------
     void but_Plot_Click();
@@ -205,12 +204,12 @@ public:
     // Sets panel 1 of the status bar.
     void SetStatus(const std::string& text);
 
-protected:
+  protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
-private:
+  private:
     void BuildControls();
     void BuildMenus();
     void ConnectHandlers();

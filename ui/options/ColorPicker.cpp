@@ -32,7 +32,9 @@ void ColorPicker::ChooseColor() {
     if (chosen.isValid()) SetColor(look::FromQColor(chosen));
 }
 
-QSize ColorPicker::sizeHint() const { return {64, QPushButton::sizeHint().height()}; }
+QSize ColorPicker::sizeHint() const {
+    return {64, QPushButton::sizeHint().height()};
+}
 
 void ColorPicker::paintEvent(QPaintEvent*) {
     QStylePainter painter(this);
@@ -42,8 +44,8 @@ void ColorPicker::paintEvent(QPaintEvent*) {
     option.icon = QIcon();
     painter.drawControl(QStyle::CE_PushButton, option);
 
-    const QRect swatch = rect().adjusted(kSwatchMargin, kSwatchMargin - 1, -kSwatchMargin,
-                                         -kSwatchMargin + 1);
+    const QRect swatch =
+        rect().adjusted(kSwatchMargin, kSwatchMargin - 1, -kSwatchMargin, -kSwatchMargin + 1);
     const QColor fill = isEnabled() ? look::ToQColor(color_) : palette().color(QPalette::Button);
     painter.setPen(palette().color(QPalette::Dark));
     painter.setBrush(fill);

@@ -10,7 +10,7 @@
 class ColorPicker : public QPushButton {
     Q_OBJECT
 
-public:
+  public:
     explicit ColorPicker(QWidget* parent = nullptr);
 
     uint32_t Color() const { return color_; }
@@ -22,13 +22,13 @@ public:
 
     QSize sizeHint() const override;
 
-signals:
+  signals:
     void ColorChanged(uint32_t bgr);
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
 
-private:
+  private:
     void ChooseColor();
 
     uint32_t color_ = 0;

@@ -53,4 +53,6 @@ void SpinButton::UpdateArrows() {
     down_->setEnabled(value_ > minimum_);
 }
 
-QSize SpinButton::sizeHint() const { return {18, 24}; }
+QSize SpinButton::sizeHint() const {
+    return {18, 24};
+}

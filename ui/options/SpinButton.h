@@ -10,7 +10,7 @@ class QToolButton;
 class SpinButton : public QWidget {
     Q_OBJECT
 
-public:
+  public:
     explicit SpinButton(QWidget* parent = nullptr);
 
     int Value() const { return value_; }
@@ -27,10 +27,10 @@ public:
 
     QSize sizeHint() const override;
 
-signals:
+  signals:
     void ValueChanged(int value);
 
-private:
+  private:
     void UpdateArrows();
 
     QToolButton* up_;

@@ -47,8 +47,12 @@ constexpr const char* kLabelFocus = "Pondera.frm_Options.Form_LostFocus";
 
 constexpr int kFieldWidth = 96;
 
-std::string Text(const QLineEdit* box) { return box->text().toStdString(); }
-QString Q(const std::string& s) { return QString::fromStdString(s); }
+std::string Text(const QLineEdit* box) {
+    return box->text().toStdString();
+}
+QString Q(const std::string& s) {
+    return QString::fromStdString(s);
+}
 
 // Runs an event procedure as one user action, so its errors are reported once.
 template <class Handler> auto AsEvent(Handler handler) {
@@ -108,7 +112,8 @@ void frm_Options::BuildControls() {
     ob_Endpoints = new QRadioButton(QStringLiteral("&Fixed endpoints"));
     tb_XMin = new QLineEdit;
     tb_XMax = new QLineEdit;
-    for (auto* box : {tb_NumStDev, tb_XMin, tb_XMax}) box->setFixedWidth(kFieldWidth);
+    for (auto* box : {tb_NumStDev, tb_XMin, tb_XMax})
+        box->setFixedWidth(kFieldWidth);
     auto* range = new QGroupBox(QStringLiteral("X-Axis Range"));
     auto* rangeGrid = new QGridLayout(range);
     rangeGrid->addWidget(ob_StDev, 0, 0, 1, 2);
@@ -127,7 +132,8 @@ void frm_Options::BuildControls() {
     tb_YTicks = new QLineEdit;
     sb_XTicks = new SpinButton;
     sb_YTicks = new SpinButton;
-    for (auto* spin : {sb_XTicks, sb_YTicks}) spin->SetRange(1, kMaxTicks);
+    for (auto* spin : {sb_XTicks, sb_YTicks})
+        spin->SetRange(1, kMaxTicks);
     auto* ticks = new QGroupBox(QStringLiteral("Ticks"));
     auto* ticksGrid = new QGridLayout(ticks);
     ticksGrid->setHorizontalSpacing(2);
@@ -218,15 +224,19 @@ void frm_Options::ConnectEvents() {
     connect(sb_YTicks, &SpinButton::ValueChanged, this, AsEvent([this] { sb_YTicks_Change(); }));
     connect(ob_StDev, &QRadioButton::toggled, this, AsEvent([this] { ob_StDev_Click(); }));
     connect(ob_Endpoints, &QRadioButton::toggled, this, AsEvent([this] { ob_Endpoints_Click(); }));
-    for (const auto& [box, spin] : {std::pair{tb_XTicks, sb_XTicks}, std::pair{tb_YTicks, sb_YTicks}})
-        connect(box, &QLineEdit::textEdited, this, [box = box, spin = spin] { SpinFollowsBox(box, spin); });
-    for (auto* box : {tb_NumStDev, tb_XMin, tb_XMax, tb_XTicks, tb_YTicks}) box->installEventFilter(this);
+    for (const auto& [box, spin] :
+         {std::pair{tb_XTicks, sb_XTicks}, std::pair{tb_YTicks, sb_YTicks}})
+        connect(box, &QLineEdit::textEdited, this,
+                [box = box, spin = spin] { SpinFollowsBox(box, spin); });
+    for (auto* box : {tb_NumStDev, tb_XMin, tb_XMax, tb_XTicks, tb_YTicks})
+        box->installEventFilter(this);
 }
 
 void frm_Options::Form_Load() {
     support::Trap(kLabelFormLoad, [&] {
         dd_Decimal->clear();
-        for (int places = 0; places <= kMaxDecPlaces; ++places) dd_Decimal->addItem(QString::number(places));
+        for (int places = 0; places <= kMaxDecPlaces; ++places)
+            dd_Decimal->addItem(QString::number(places));
         dd_Decimal->setCurrentIndex(std::clamp<int>(AppDecPlaces, 0, kMaxDecPlaces));
         tb_NumStDev->setText(Q(support::Format(AppNumStDev, "")));
         tb_XTicks->setText(QString::number(AppXTicks));
@@ -292,7 +302,8 @@ void frm_Options::but_Apply_Click() {
         store(kAppXTicks, int64_t{AppXTicks});
         AppYTicks = *TicksFrom(Text(tb_YTicks));
         store(kAppYTicks, int64_t{AppYTicks});
-        if (dd_Decimal->currentIndex() >= 0) AppDecPlaces = static_cast<int16_t>(dd_Decimal->currentIndex());
+        if (dd_Decimal->currentIndex() >= 0)
+            AppDecPlaces = static_cast<int16_t>(dd_Decimal->currentIndex());
         store(kAppDecPlaces, int64_t{AppDecPlaces});
 
         if (byStDev) {
@@ -377,11 +388,13 @@ bool frm_Options::tb_YTicks_LostFocus() {
 }
 
 void frm_Options::sb_XTicks_Change() {
-    support::Trap(kLabelXTicksSpin, [&] { tb_XTicks->setText(QString::number(sb_XTicks->Value())); });
+    support::Trap(kLabelXTicksSpin,
+                  [&] { tb_XTicks->setText(QString::number(sb_XTicks->Value())); });
 }
 
 void frm_Options::sb_YTicks_Change() {
-    support::Trap(kLabelYTicksSpin, [&] { tb_YTicks->setText(QString::number(sb_YTicks->Value())); });
+    support::Trap(kLabelYTicksSpin,
+                  [&] { tb_YTicks->setText(QString::number(sb_YTicks->Value())); });
 }
 
 void frm_Options::ob_StDev_Click() {
@@ -400,9 +413,9 @@ bool frm_Options::eventFilter(QObject* watched, QEvent* event) {
             const auto reason = static_cast<QFocusEvent*>(event)->reason();
             // A message box or menu taking the focus, or our own refocusing, is
             // no reason to check; nor is the user heading for Cancel.
-            const bool check = !refocusing_ && isVisible() && reason != Qt::ActiveWindowFocusReason &&
-                               reason != Qt::PopupFocusReason &&
-                               QApplication::focusWidget() != but_Cancel;
+            const bool check =
+                !refocusing_ && isVisible() && reason != Qt::ActiveWindowFocusReason &&
+                reason != Qt::PopupFocusReason && QApplication::focusWidget() != but_Cancel;
             if (!check) return;
             // Checked once the focus change is complete, so the message box
             // never opens in the middle of it.
@@ -472,10 +485,17 @@ void frm_Options::EnableRangeFields() {
 }
 
 frm_Options::Snapshot frm_Options::Take() const {
-    return {ob_Scientific->isChecked(), dd_Decimal->currentIndex(), ob_Endpoints->isChecked(),
-            tb_NumStDev->text(),        tb_XMin->text(),            tb_XMax->text(),
-            tb_XTicks->text(),          tb_YTicks->text(),          cp_Background->Color(),
-            cp_InSpec->Color(),         cp_OutSpec->Color()};
+    return {ob_Scientific->isChecked(),
+            dd_Decimal->currentIndex(),
+            ob_Endpoints->isChecked(),
+            tb_NumStDev->text(),
+            tb_XMin->text(),
+            tb_XMax->text(),
+            tb_XTicks->text(),
+            tb_YTicks->text(),
+            cp_Background->Color(),
+            cp_InSpec->Color(),
+            cp_OutSpec->Color()};
 }
 
 void frm_Options::Restore(const Snapshot& s) {

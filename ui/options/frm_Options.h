@@ -22,7 +22,7 @@ class SpinButton;
 class frm_Options : public QDialog {
     Q_OBJECT
 
-public:
+  public:
     // Builds the controls and runs Form_Load on the current display options.
     explicit frm_Options(QWidget* parent = nullptr);
 
@@ -61,18 +61,18 @@ public:
     void ob_StDev_Click();
     void ob_Endpoints_Click();
 
-signals:
+  signals:
     // New options are in memory (and stored); the chart should be redrawn.
     void Applied();
 
-public slots:
+  public slots:
     void reject() override;
 
-protected:
+  protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
-private:
+  private:
     // What Cancel goes back to.
     struct Snapshot {
         bool Scientific = true;

@@ -37,14 +37,16 @@ TEST(CliPlot, AFailedCheckReportsItsMessageAndFocus) {
 }
 
 TEST(CliPlot, DisplayOptionsAndLimits) {
-    const QJsonObject out =
-        RunCli({"plot", "--dist", "Exponential", "--param1", "2", "--param2", "1", "--lsl", "1.1",
-                "--usl", "3", "--display", "decimal", "--decimals", "4", "--range", "endpoints",
-                "--xmin", "0", "--xmax", "2"});
+    const QJsonObject out = RunCli(
+        {"plot",  "--dist",  "Exponential", "--param1", "2",         "--param2", "1",
+         "--lsl", "1.1",     "--usl",       "3",        "--display", "decimal",  "--decimals",
+         "4",     "--range", "endpoints",   "--xmin",   "0",         "--xmax",   "2"});
     EXPECT_EQ(FieldText(out, "lb_Param1"), "Scale:");
     // Rate 2 above 1: P(X < 1.1) = 1 - exp(-0.2), P(X > 3) = exp(-4).
-    EXPECT_EQ(FieldText(out, "tb_LowerPNC").toStdString(), support::Format(-std::expm1(-0.2), "0.0000"));
-    EXPECT_EQ(FieldText(out, "tb_UpperPNC").toStdString(), support::Format(std::exp(-4.0), "0.0000"));
+    EXPECT_EQ(FieldText(out, "tb_LowerPNC").toStdString(),
+              support::Format(-std::expm1(-0.2), "0.0000"));
+    EXPECT_EQ(FieldText(out, "tb_UpperPNC").toStdString(),
+              support::Format(std::exp(-4.0), "0.0000"));
     EXPECT_EQ(Range(out), std::make_pair(0.0, 3.0));
 }
 
@@ -77,9 +79,9 @@ class CliPng : public WindowTest {};
 TEST_F(CliPng, TheChartFileIsTheWindowsChart) {
     QTemporaryDir dir;
     const QString file = dir.filePath("chart.png");
-    const QJsonObject out = RunCli({"plot", "--dist", "Weibull", "--param1", "1.5", "--lsl", "4",
-                                    "--target", "8", "--usl", "20", "--xticks", "4", "--size",
-                                    "800x500", "--png", file});
+    const QJsonObject out =
+        RunCli({"plot", "--dist", "Weibull", "--param1", "1.5", "--lsl", "4", "--target", "8",
+                "--usl", "20", "--xticks", "4", "--size", "800x500", "--png", file});
     ASSERT_TRUE(out["messages"].toArray().isEmpty());
     QImage fromCli(file);
     ASSERT_FALSE(fromCli.isNull());

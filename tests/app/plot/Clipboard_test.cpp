@@ -11,7 +11,7 @@
 #include <cstdlib>
 
 class Clipboard : public WindowTest {
-protected:
+  protected:
     void SetUp() override {
         if (QGuiApplication::platformName() != "xcb") {
             if (std::getenv("PONDERA_REQUIRE_X")) FAIL() << "no X display";

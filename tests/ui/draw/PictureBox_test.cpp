@@ -24,7 +24,8 @@ PictureBox* MakeBox(int w, int h, uint32_t back = 0xFFFFFF) {
 int CountNot(PictureBox& box, uint32_t colour) {
     int n = 0;
     for (int y = 0; y < box.ScaleHeight(); ++y)
-        for (int x = 0; x < box.ScaleWidth(); ++x) n += box.GetPixel(x, y) != colour;
+        for (int x = 0; x < box.ScaleWidth(); ++x)
+            n += box.GetPixel(x, y) != colour;
     return n;
 }
 

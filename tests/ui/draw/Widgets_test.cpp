@@ -65,7 +65,7 @@ TEST(MarkerShape, KeepsFractionalPositionAndItsVisibleFlag) {
     EXPECT_EQ(marker.pos(), QPoint(100, 4));
     marker.SetVisible(true);
     EXPECT_TRUE(marker.Visible()); // though the strip itself is hidden
-    marker.SetLeft(1e300); // a limit dragged far off: out of sight, no failure
+    marker.SetLeft(1e300);         // a limit dragged far off: out of sight, no failure
     EXPECT_DOUBLE_EQ(marker.Left(), 1e300);
     EXPECT_TRUE(marker.testAttribute(Qt::WA_TransparentForMouseEvents));
 }
@@ -73,8 +73,8 @@ TEST(MarkerShape, KeepsFractionalPositionAndItsVisibleFlag) {
 class DistributionComboTest : public testing_support::RecordingTest {};
 
 TEST_F(DistributionComboTest, EveryDistributionHasAPicture) {
-    const char* names[] = {"Normal", "LogNormal", "Exponential", "Weibull", "Uniform",
-                           "Triangular", "Johnson SB", "Johnson SL", "Johnson SU"};
+    const char* names[] = {"Normal",     "LogNormal",  "Exponential", "Weibull",   "Uniform",
+                           "Triangular", "Johnson SB", "Johnson SL",  "Johnson SU"};
     for (const char* name : names) {
         const QIcon icon = DistributionCombo::DistributionIcon(name);
         ASSERT_FALSE(icon.isNull()) << name;
@@ -82,7 +82,8 @@ TEST_F(DistributionComboTest, EveryDistributionHasAPicture) {
         const QImage image = icon.pixmap(QSize(32, 18)).toImage();
         int ink = 0;
         for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x) ink += qAlpha(image.pixel(x, y)) > 0;
+            for (int x = 0; x < image.width(); ++x)
+                ink += qAlpha(image.pixel(x, y)) > 0;
         EXPECT_GT(ink, 40) << name;
     }
     EXPECT_TRUE(DistributionCombo::DistributionIcon("Gamma").isNull());

@@ -24,7 +24,7 @@ void ExpectOthersUntouched(const PixelBuffer& b, long long except) {
 }
 
 class DibTest : public testing_support::RecordingTest {
-protected:
+  protected:
     void TearDown() override {
         PixelBuffer dummy;
         m_GetDIBBits::FinishSetDIBPixel(dummy);
@@ -41,10 +41,9 @@ TEST_F(DibTest, PixelIndexFollowsBottomUpRuleWithColumnAsGiven) {
     };
     // 4 x 3 buffer: 12 entries.
     const Row rows[] = {
-        {1, 3, 1},  // bottom row on screen, first entry after the row start
-        {1, 1, 9},  // top row
-        {3, 2, 7},
-        {4, 2, 8},  // x = width wraps to column 0 of the row above
+        {1, 3, 1},             // bottom row on screen, first entry after the row start
+        {1, 1, 9},             // top row
+        {3, 2, 7},  {4, 2, 8}, // x = width wraps to column 0 of the row above
         {2, 1, 10},
     };
     for (const Row& row : rows) {
@@ -52,7 +51,8 @@ TEST_F(DibTest, PixelIndexFollowsBottomUpRuleWithColumnAsGiven) {
         ASSERT_EQ(b.IndexOf(row.X, row.Y), row.Entry) << row.X << "," << row.Y;
         b.Set(row.X, row.Y, 10, 20, 30);
         const uint8_t* p = b.Entry(row.Entry);
-        EXPECT_EQ((std::array<int, 3>{p[0], p[1], p[2]}), (std::array<int, 3>{30, 20, 10})); // blue first
+        EXPECT_EQ((std::array<int, 3>{p[0], p[1], p[2]}),
+                  (std::array<int, 3>{30, 20, 10})); // blue first
         ExpectOthersUntouched(b, row.Entry);
     }
 }
@@ -90,11 +90,10 @@ TEST_F(DibTest, BlendMixesOldAndNewAndRoundsHalvesToEven) {
     };
     // old * (1 - w) + new * w, worked by hand.
     const Row rows[] = {
-        {100, 200, 0.25, 125}, {0, 255, 1.0, 255}, {80, 255, 0.0, 80},
-        {0, 1, 0.5, 0},  // 0.5 -> 0
-        {0, 3, 0.5, 2},  // 1.5 -> 2
-        {0, 5, 0.5, 2},  // 2.5 -> 2
-        {255, 0, 0.1875, 207}, // 207.1875
+        {100, 200, 0.25, 125}, {0, 255, 1.0, 255}, {80, 255, 0.0, 80}, {0, 1, 0.5, 0}, // 0.5 -> 0
+        {0, 3, 0.5, 2},                                                                // 1.5 -> 2
+        {0, 5, 0.5, 2},                                                                // 2.5 -> 2
+        {255, 0, 0.1875, 207},                                                         // 207.1875
     };
     for (const Row& row : rows) {
         PixelBuffer b = PixelBuffer::Make(2, 2);
@@ -102,7 +101,8 @@ TEST_F(DibTest, BlendMixesOldAndNewAndRoundsHalvesToEven) {
         ASSERT_TRUE(m_GetDIBBits::InitSetDIBPixel(b));
         m_GetDIBBits::BlendDIBPixel(1, 2, row.New, row.New, row.New, row.Weight);
         const uint32_t c = b.Get(1, 2);
-        EXPECT_EQ(static_cast<int>(c & 0xFF), row.Expected) << row.Old << " " << row.New << " " << row.Weight;
+        EXPECT_EQ(static_cast<int>(c & 0xFF), row.Expected)
+            << row.Old << " " << row.New << " " << row.Weight;
         EXPECT_EQ(static_cast<int>((c >> 16) & 0xFF), row.Expected);
     }
     EXPECT_TRUE(ErrorLabels().empty());
@@ -116,13 +116,15 @@ TEST_F(DibTest, BlendWeightOutsideZeroToOneIsReportedAndLeavesThePixel) {
     EXPECT_EQ(b.Get(1, 2), 0x0A0A0Au);
     // Blending a pixel's own colour changes nothing for a weight in 0..1; any
     // other weight is reported.
-    for (double bad : testing_support::BadValues()) m_GetDIBBits::BlendDIBPixel(1, 2, 10, 10, 10, bad);
+    for (double bad : testing_support::BadValues())
+        m_GetDIBBits::BlendDIBPixel(1, 2, 10, 10, 10, bad);
     EXPECT_EQ(b.Get(1, 2), 0x0A0A0Au);
     // 2.0 and the nine bad values outside 0..1 (NaN, +-inf, +-1e308, -1e-300,
     // -1, +-1e150).
     const auto labels = ErrorLabels();
     EXPECT_EQ(labels.size(), 10u);
-    for (const auto& label : labels) EXPECT_EQ(label, "Pondera.m_GetDIBBits.BlendDIBPixel");
+    for (const auto& label : labels)
+        EXPECT_EQ(label, "Pondera.m_GetDIBBits.BlendDIBPixel");
 }
 
 TEST_F(DibTest, NothingIsWrittenOutsideOneOpenAndClose) {
@@ -153,7 +155,8 @@ TEST_F(DibTest, ViewsOverAnImageAndASurfaceWriteInPlace) {
     EXPECT_EQ(image.pixel(0, 2), qRgb(0, 0, 255));
     int changed = 0;
     for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 5; ++x) changed += image.pixel(x, y) != qRgb(255, 255, 255);
+        for (int x = 0; x < 5; ++x)
+            changed += image.pixel(x, y) != qRgb(255, 255, 255);
     EXPECT_EQ(changed, 2);
 
     PictureBox box;

@@ -31,10 +31,12 @@ Curve NormalCurve(int n, double low = -3, double high = 3) {
     return c;
 }
 
-int Round(double v) { return static_cast<int>(std::lround(v)); }
+int Round(double v) {
+    return static_cast<int>(std::lround(v));
+}
 
 class DensityChartTest : public testing_support::RecordingTest {
-protected:
+  protected:
     void SetUp() override {
         RecordingTest::SetUp();
         box.SetPictureSize(400, 300);
@@ -56,7 +58,8 @@ protected:
     int CountNot(int x1, int y1, int x2, int y2, uint32_t colour) {
         int n = 0;
         for (int y = y1; y <= y2; ++y)
-            for (int x = x1; x <= x2; ++x) n += box.GetPixel(x, y) != colour;
+            for (int x = x1; x <= x2; ++x)
+                n += box.GetPixel(x, y) != colour;
         return n;
     }
     int Count(int x1, int y1, int x2, int y2, uint32_t colour) {
@@ -78,10 +81,13 @@ TEST(DensityGeometry, MapsValuesToPixelsAndBack) {
     EXPECT_DOUBLE_EQ(g.YLow, 0.1);
     EXPECT_NEAR(g.YRange, 0.8, 1e-15);
     // Ends of the ranges land on the plot's corners: 0.15 W .. 0.925 W, 0.85 H .. 0.15 H.
-    for (const auto& [x, px] : {std::pair{2.0, 120.0}, {10.0, 740.0}, {6.0, 430.0}}) EXPECT_NEAR(g.Px(x), px, 1e-9);
-    for (const auto& [y, py] : {std::pair{0.1, 425.0}, {0.9, 75.0}, {0.5, 250.0}}) EXPECT_NEAR(g.Py(y), py, 1e-9);
+    for (const auto& [x, px] : {std::pair{2.0, 120.0}, {10.0, 740.0}, {6.0, 430.0}})
+        EXPECT_NEAR(g.Px(x), px, 1e-9);
+    for (const auto& [y, py] : {std::pair{0.1, 425.0}, {0.9, 75.0}, {0.5, 250.0}})
+        EXPECT_NEAR(g.Py(y), py, 1e-9);
     // The drag's inverse: range low + (x - x0) * x range / plot width.
-    for (double v : {2.0, 3.7, 6.0, 10.0, -5.0, 15.5}) EXPECT_NEAR(g.ValueAtPixel(g.Px(v)), v, 1e-12);
+    for (double v : {2.0, 3.7, 6.0, 10.0, -5.0, 15.5})
+        EXPECT_NEAR(g.ValueAtPixel(g.Px(v)), v, 1e-12);
     EXPECT_NEAR(g.ValueAtPixel(120 + 77.5), 3, 1e-12);
 }
 
@@ -93,14 +99,18 @@ TEST(DensityGeometry, FlatCurveKeepsThePreviousPyAndAZeroCurveLiesOnTheBaseline)
     EXPECT_NEAR(g.Py(0.5), 45, 1e-9);
     g.LastPy = 123;
     EXPECT_EQ(g.Py(0.5), 123);
-    EXPECT_EQ(g.Py(1e300), 123); // not recomputed whatever the density
+    EXPECT_EQ(g.Py(1e300), 123);                     // not recomputed whatever the density
     g.SetRanges(x, std::vector<double>{0, 0, 0, 0}); // nothing under it
     EXPECT_EQ(g.Py(0), g.Y0);
 }
 
 TEST(DensityGeometry, MarkerHitIncludesBothEdges) {
-    for (const auto& [x, hit] : {std::pair{99.9, false}, {100.0, true}, {105.5, true}, {111.0, true},
-                                 {111.01, false}, {-1e300, false}})
+    for (const auto& [x, hit] : {std::pair{99.9, false},
+                                 {100.0, true},
+                                 {105.5, true},
+                                 {111.0, true},
+                                 {111.01, false},
+                                 {-1e300, false}})
         EXPECT_EQ(DensityChart::MarkerHit(x, 100, 11), hit) << x;
 }
 
@@ -127,7 +137,8 @@ TEST_F(DensityChartTest, ShadesInAndOutOfSpecDrawsLimitLinesMarkersAndTheCurve) 
 
     // Just above the baseline: out-of-spec red left of the LSL and right of
     // the USL, in-spec blue between (away from the lines); background above the curve.
-    for (const auto& [x, colour] : {std::pair{-1.6, kRed}, {-0.5, kBlue}, {1.0, kBlue}, {2.2, kRed}})
+    for (const auto& [x, colour] :
+         {std::pair{-1.6, kRed}, {-0.5, kBlue}, {1.0, kBlue}, {2.2, kRed}})
         EXPECT_EQ(box.GetPixel(Round(g.Px(x)), base - 3), colour) << x;
     EXPECT_EQ(box.GetPixel(static_cast<int>(g.Px(-2.5)), static_cast<int>(g.Py(0.3))), kWhite);
 
@@ -157,7 +168,8 @@ TEST_F(DensityChartTest, CurveIsDrawnAsDarkDotsOnTopOfTheShading) {
         for (int dy = -2; dy <= 1; ++dy)
             for (int dx = 0; dx <= 1; ++dx) {
                 const uint32_t p = box.GetPixel(px + dx, py + dy);
-                dark |= p != PictureBox::kInvalidPixel && (p & 0xFF) < 110 && ((p >> 8) & 0xFF) < 110;
+                dark |=
+                    p != PictureBox::kInvalidPixel && (p & 0xFF) < 110 && ((p >> 8) & 0xFF) < 110;
             }
         EXPECT_TRUE(dark) << i;
     }
@@ -182,7 +194,8 @@ TEST_F(DensityChartTest, AxisFlagsDecideTicksAndLabelsOnly) {
         // Shading, the limit line and the baseline (on to 0.925 W past the axis) stay.
         EXPECT_EQ(box.GetPixel(Round(g.Px(0)), static_cast<int>(g.Y0) - 5), kBlue);
         EXPECT_EQ(box.GetPixel(Round(g.Px(-2)), static_cast<int>(g.Y0) - 3), kRed);
-        EXPECT_EQ(box.GetPixel(static_cast<int>(g.X0 + g.PlotWidth) - 1, static_cast<int>(g.Y0)), kBlack);
+        EXPECT_EQ(box.GetPixel(static_cast<int>(g.X0 + g.PlotWidth) - 1, static_cast<int>(g.Y0)),
+                  kBlack);
     }
     EXPECT_TRUE(ErrorLabels().empty());
 }
@@ -205,7 +218,8 @@ TEST_F(DensityChartTest, WithoutRefreshTheOldBackgroundStays) {
 TEST_F(DensityChartTest, FlatDensityDrawsAFullBoxWithoutFailing) {
     // A uniform density seen only inside its support: every value equal.
     Curve c{std::vector<double>(51, 0.5), std::vector<double>(51, 0.5)};
-    for (int i = 1; i <= 50; ++i) c.X[i] = -0.5 + (i - 1) / 50.0;
+    for (int i = 1; i <= 50; ++i)
+        c.X[i] = -0.5 + (i - 1) / 50.0;
     const Geometry g = DrawWith(Standard(c)).Geom;
     EXPECT_TRUE(ErrorLabels().empty());
     const int mid = Round(g.Px(0)), top = static_cast<int>(0.15 * 300);

@@ -24,7 +24,7 @@ double SbCdf(double x, double d, double g, double l, double xi) {
 } // namespace
 
 class MomentsTest : public WindowTest {
-protected:
+  protected:
     void SetUp() override {
         WindowTest::SetUp();
         Click(w->cb_DrawbyMoments);
@@ -91,7 +91,8 @@ TEST_F(MomentsTest, ANormalFitGetsNormalPNCFigures) {
     Tick(w->cb_USL, w->tb_USL, "13");
     EXPECT_EQ(w->dd_Distribution->Text(), "Normal");
     // delta = 1 / sd, gamma = -mean / sd, in the scientific display.
-    EXPECT_EQ(Texts({w->tb_Param1, w->tb_Param2}), (std::vector<std::string>{"5.000000E-01", "-5.000000E+00"}));
+    EXPECT_EQ(Texts({w->tb_Param1, w->tb_Param2}),
+              (std::vector<std::string>{"5.000000E-01", "-5.000000E+00"}));
     EXPECT_LT(RelErr(Num(w->tb_LowerPNC), Phi(-3)), 1e-6);
     EXPECT_LT(RelErr(Num(w->tb_UpperPNC), Phi(-1.5)), 1e-6);
     EXPECT_LT(RelErr(Num(w->tb_PNC), Phi(-3) + Phi(-1.5)), 1e-6);
@@ -134,8 +135,10 @@ TEST_F(MomentsTest, EachMomentFieldIsCheckedInOrderAndTheLimitsLast) {
     for (const auto& [box, message] : rows) {
         SCOPED_TRACE(message);
         Moments("0", "1", "0", "3");
-        if (box == w->tb_Target) Click(w->cb_Target);
-        else if (box != w->tb_Kurtosis) Type(w->tb_Kurtosis, "x"); // a later bad field
+        if (box == w->tb_Target)
+            Click(w->cb_Target);
+        else if (box != w->tb_Kurtosis)
+            Type(w->tb_Kurtosis, "x"); // a later bad field
         Type(box, "abc");
         const QImage before = Chart();
         Rec().Clear();
@@ -178,13 +181,16 @@ TEST_F(MomentsTest, ChoosingWhileTickedLeavesTheFields) {
 namespace {
 // The handlers' mapping, written out: x = S - SkewMin over the span times W,
 // y = H - (K - KurtMin) / (KurtMax - KurtMin) H.
-double YOf(double k, double kMin, double kMax, double h) { return h - (k - kMin) / (kMax - kMin) * h; }
+double YOf(double k, double kMin, double kMax, double h) {
+    return h - (k - kMin) / (kMax - kMin) * h;
+}
 } // namespace
 
 TEST_F(WindowTest, TheChartRedrawPutsItsAxisEndsBack) {
     w->tb_Ymax->setText("99");
     w->PlotSkewKurt(-4, 4);
-    EXPECT_EQ((QStringList{w->lb_XMin->text(), w->lb_XMax->text(), w->lb_YMin->text(), w->tb_Ymax->text()}),
+    EXPECT_EQ((QStringList{w->lb_XMin->text(), w->lb_XMax->text(), w->lb_YMin->text(),
+                           w->tb_Ymax->text()}),
               (QStringList{"-4.0", "4.0", "1.0", "17.0"}));
     // Drawn half a marker low; a lock click centres it.
     const double h = w->pb_SkewKurt->ScaleHeight();
@@ -196,8 +202,11 @@ TEST_F(WindowTest, TheChartRedrawPutsItsAxisEndsBack) {
 }
 
 TEST_F(WindowTest, TheLockClickRoundsTheAxisTopHalfToEven) {
-    for (const auto& [kurtosis, ymax] : {std::pair{"3.000000E+00", "4"}, {"5.000000E+00", "8"},
-                                         {"9", "14"}, {"1.8", "3"}, {"-2", "3"}}) {
+    for (const auto& [kurtosis, ymax] : {std::pair{"3.000000E+00", "4"},
+                                         {"5.000000E+00", "8"},
+                                         {"9", "14"},
+                                         {"1.8", "3"},
+                                         {"-2", "3"}}) {
         w->tb_Kurtosis->setText(kurtosis);
         w->cb_LockKurtosis_Click();
         EXPECT_EQ(w->tb_Ymax->text().toStdString(), ymax) << kurtosis;

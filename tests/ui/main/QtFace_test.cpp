@@ -22,8 +22,10 @@ template <class Inspect> void CloseNextModal(Inspect inspect) {
         QWidget* modal = QApplication::activeModalWidget();
         ASSERT_NE(modal, nullptr);
         inspect(modal);
-        if (auto* dialog = qobject_cast<QDialog*>(modal)) dialog->accept();
-        else modal->close();
+        if (auto* dialog = qobject_cast<QDialog*>(modal))
+            dialog->accept();
+        else
+            modal->close();
     });
 }
 
@@ -63,7 +65,9 @@ TEST(QtFace, OneReportDialogListsEveryError) {
 TEST(About, NamesTheProductItsVersionAndPurpose) {
     frm_About2 about;
     EXPECT_EQ(about.lb_Title->text(), "Pondera");
-    EXPECT_TRUE(QRegularExpression("^Version \\d+\\.\\d+\\.\\d+$").match(about.lb_Version->text()).hasMatch())
+    EXPECT_TRUE(QRegularExpression("^Version \\d+\\.\\d+\\.\\d+$")
+                    .match(about.lb_Version->text())
+                    .hasMatch())
         << about.lb_Version->text().toStdString();
     EXPECT_TRUE(about.lb_Description->text().contains("fraction nonconforming"));
     CloseNextModal([](QWidget*) {});

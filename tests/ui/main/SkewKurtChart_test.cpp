@@ -17,7 +17,7 @@ using SkewKurtChart::PickScale;
 namespace {
 
 class SkewKurtChartTest : public testing_support::RecordingTest {
-protected:
+  protected:
     void SetUp() override {
         RecordingTest::SetUp();
         box.SetPictureSize(W, H);
@@ -25,8 +25,9 @@ protected:
 
     SkewKurtChart::Result DrawStandard(SkewKurtChart::Input in = {}) {
         SkewKurtChart::Result r;
-        support::Trap("Pondera.frm_Pondera.DrawSkewKurtLimits",
-                      [&] { r = SkewKurtChart::Draw(box, SkewKurtChart::MakeBoundary(-4, 4), in); });
+        support::Trap("Pondera.frm_Pondera.DrawSkewKurtLimits", [&] {
+            r = SkewKurtChart::Draw(box, SkewKurtChart::MakeBoundary(-4, 4), in);
+        });
         return r;
     }
 
@@ -73,8 +74,10 @@ TEST(SkewKurtMapping, CornersAndMiddleOfThePickingScaleAndBack) {
     EXPECT_DOUBLE_EQ(Standard(240, 200, 4).YToKurt(100), 2.5);
 
     const PickScale odd = Standard(311, 187, 8);
-    for (double skew : {-4.0, -1.3, 0.0, 2.75, 4.0}) EXPECT_NEAR(odd.XToSkew(odd.SkewToX(skew)), skew, 1e-12);
-    for (double kurt : {1.0, 1.8, 3.0, 8.0, 12.0}) EXPECT_NEAR(odd.YToKurt(odd.KurtToY(kurt)), kurt, 1e-12);
+    for (double skew : {-4.0, -1.3, 0.0, 2.75, 4.0})
+        EXPECT_NEAR(odd.XToSkew(odd.SkewToX(skew)), skew, 1e-12);
+    for (double kurt : {1.0, 1.8, 3.0, 8.0, 12.0})
+        EXPECT_NEAR(odd.YToKurt(odd.KurtToY(kurt)), kurt, 1e-12);
     EXPECT_DOUBLE_EQ(odd.KurtToY(8), 0);
     EXPECT_DOUBLE_EQ(odd.KurtToY(1), 187);
 }
@@ -125,19 +128,22 @@ TEST_F(SkewKurtChartTest, GreyBelowTheBoundaryWhiteAbove) {
     }
     EXPECT_GT(checked, 25);
     // The whole bottom row inside the frame is grey or frame; no white column.
-    for (int x = 1; x < W - 1; ++x) EXPECT_NE(box.GetPixel(x, H - 8), 0xFFFFFFu) << x;
+    for (int x = 1; x < W - 1; ++x)
+        EXPECT_NE(box.GetPixel(x, H - 8), 0xFFFFFFu) << x;
     // Near the middle the boundary line is dark.
     const int x0 = static_cast<int>(std::lround(sc.X(0)));
     const int y0 = static_cast<int>(sc.Y(1));
     bool dark = false;
-    for (int y = y0 - 2; y <= y0 + 2; ++y) dark |= (box.GetPixel(x0, y) & 0xFF) < 100;
+    for (int y = y0 - 2; y <= y0 + 2; ++y)
+        dark |= (box.GetPixel(x0, y) & 0xFF) < 100;
     EXPECT_TRUE(dark);
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
 TEST_F(SkewKurtChartTest, FrameAndTicksAreBlackAndTicksFollowTheFlags) {
     DrawStandard();
-    for (const auto& [x, y] : {std::pair{0, 0}, {W - 1, 50}, {0, 100}}) EXPECT_EQ(box.GetPixel(x, y), 0u);
+    for (const auto& [x, y] : {std::pair{0, 0}, {W - 1, 50}, {0, 100}})
+        EXPECT_EQ(box.GetPixel(x, y), 0u);
     // Y ticks: 4 pixels in from the left at y = H - j * H / 5.
     const int tickY = H - 2 * H / 5;
     EXPECT_EQ(box.GetPixel(3, tickY), 0u);

@@ -22,8 +22,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <unistd.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 // A settings store of this process's own, empty, so that what other test
@@ -47,7 +47,7 @@ inline void UsePrivateStore() {
 }
 
 class WindowTest : public testing_support::RecordingTest {
-protected:
+  protected:
     void SetUp() override {
         RecordingTest::SetUp();
         UsePrivateStore();
@@ -88,12 +88,14 @@ protected:
     // Several boxes at once, so a whole row of results compares in one line.
     static std::vector<std::string> Texts(std::initializer_list<const QLineEdit*> boxes) {
         std::vector<std::string> texts;
-        for (const QLineEdit* box : boxes) texts.push_back(Text(box));
+        for (const QLineEdit* box : boxes)
+            texts.push_back(Text(box));
         return texts;
     }
     QStringList Items() const {
         QStringList items;
-        for (int i = 0; i < w->dd_Distribution->count(); ++i) items << w->dd_Distribution->itemText(i);
+        for (int i = 0; i < w->dd_Distribution->count(); ++i)
+            items << w->dd_Distribution->itemText(i);
         return items;
     }
     // Press, move and release the left button at one point of a surface.
@@ -101,7 +103,9 @@ protected:
         QTest::mousePress(surface, Qt::LeftButton, {}, p);
         QTest::mouseMove(surface, p);
     }
-    static void Release(QWidget* surface, QPoint p) { QTest::mouseRelease(surface, Qt::LeftButton, {}, p); }
+    static void Release(QWidget* surface, QPoint p) {
+        QTest::mouseRelease(surface, Qt::LeftButton, {}, p);
+    }
     QImage Chart() { return w->pb_PDF->Image().copy(); }
     std::string LastMessage() const {
         const auto& m = support::Recorder().Messages;
@@ -116,5 +120,9 @@ protected:
 };
 
 // The standard normal, for reference values computed here and not by the engine.
-inline double PhiDensity(double z) { return std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI); }
-inline double Phi(double z) { return 0.5 * std::erfc(-z / std::sqrt(2.0)); }
+inline double PhiDensity(double z) {
+    return std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI);
+}
+inline double Phi(double z) {
+    return 0.5 * std::erfc(-z / std::sqrt(2.0));
+}

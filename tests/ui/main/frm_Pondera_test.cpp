@@ -30,7 +30,8 @@ TEST_F(WindowTest, StartsWithTheNormalAndTheClassicalList) {
     // The options dialog is loaded hidden with the window and shows the range drawn.
     ASSERT_NE(w->Options(), nullptr);
     EXPECT_FALSE(w->Options()->isVisible());
-    EXPECT_EQ(Texts({w->Options()->tb_XMin, w->Options()->tb_XMax}), (Strings{"-2.600000", "2.600000"}));
+    EXPECT_EQ(Texts({w->Options()->tb_XMin, w->Options()->tb_XMax}),
+              (Strings{"-2.600000", "2.600000"}));
     // The last start-up step redraws the moments chart; its locks are ticked and disabled.
     EXPECT_EQ(w->tb_Ymax->text(), "17.0");
     EXPECT_TRUE(w->cb_LockSkewness->isChecked());
@@ -129,7 +130,9 @@ struct BadInput {
 };
 
 // Row names, not bytes, in the test list.
-void PrintTo(const BadInput& c, std::ostream* os) { *os << c.Name; }
+void PrintTo(const BadInput& c, std::ostream* os) {
+    *os << c.Name;
+}
 
 class PlotChecks : public WindowTest, public ::testing::WithParamInterface<BadInput> {};
 
@@ -184,14 +187,14 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"RulesBeforeLimits", "Exponential", "0", "0", nullptr, "abc", nullptr,
                  "Scale parameter for an Exponential distribution must be greater than zero.",
                  "Pondera", "tb_Param1", "0"},
-        BadInput{"LSLBeforeUSL", "Normal", "0", "1", nullptr, "abc", "zz",
-                 "LSL must be a number.", "Pondera Warning", "tb_LSL", "abc"},
+        BadInput{"LSLBeforeUSL", "Normal", "0", "1", nullptr, "abc", "zz", "LSL must be a number.",
+                 "Pondera Warning", "tb_LSL", "abc"},
         BadInput{"USL", "Normal", "0", "1", nullptr, "-1", "1e999", "USL must be a number.",
                  "Pondera Warning", "tb_USL", "1e999"}),
     [](const auto& info) { return std::string(info.param.Name); });
 
 TEST_F(WindowTest, AnUntickedLimitAndAHiddenFieldAreNotChecked) {
-    w->tb_LSL->setText("abc");   // disabled: unticked
+    w->tb_LSL->setText("abc");    // disabled: unticked
     w->tb_Param3->setText("abc"); // hidden for the normal
     Type(w->tb_Param1, "1");
     QTest::keyClick(w->tb_Param1, Qt::Key_Return); // Enter in a field plots
@@ -217,7 +220,8 @@ TEST_F(WindowTest, FocusActivatesItsFrameSelectsTheTextAndChecksTheFirstParamete
     EXPECT_EQ(LastTitle(), "Pondera Warning");
     w->but_Plot->setEnabled(true);
     w->but_Plot->setFocus(Qt::TabFocusReason);
-    for (auto* frame : w->findChildren<TitledFrame*>()) EXPECT_FALSE(frame->IsActive());
+    for (auto* frame : w->findChildren<TitledFrame*>())
+        EXPECT_FALSE(frame->IsActive());
 }
 
 // ---- the plot: range, grid, results ---------------------------------------------
@@ -228,14 +232,16 @@ struct RangeCase {
     const char* P1;
     const char* P2;
     const char* P3;
-    double K;               // standard deviations each side
-    const char* LSL;        // nullptr = unticked
+    double K;        // standard deviations each side
+    const char* LSL; // nullptr = unticked
     const char* Target;
     const char* USL;
-    double Low, High;       // expected range
+    double Low, High; // expected range
 };
 
-void PrintTo(const RangeCase& c, std::ostream* os) { *os << c.Name; }
+void PrintTo(const RangeCase& c, std::ostream* os) {
+    *os << c.Name;
+}
 
 class PlotRange : public WindowTest, public ::testing::WithParamInterface<RangeCase> {};
 
@@ -257,7 +263,8 @@ TEST_P(PlotRange, CoversTheCandidateTheTickedLimitsAndTheMinimum) {
     // Written back to the options and into the options dialog.
     EXPECT_DOUBLE_EQ(DisplayOptions::AppXMin, w->RangeLow);
     EXPECT_DOUBLE_EQ(DisplayOptions::AppXMax, w->RangeHigh);
-    EXPECT_EQ(w->Options()->tb_XMin->text().toStdString(), support::Format(w->RangeLow, "0.000000"));
+    EXPECT_EQ(w->Options()->tb_XMin->text().toStdString(),
+              support::Format(w->RangeLow, "0.000000"));
 }
 
 // Weibull 2, 10, 5: mean 5 + 10 Gamma(1.5) = 5 + 5 sqrt(pi), sd 10 sqrt(1 - pi/4).
@@ -277,9 +284,9 @@ INSTANTIATE_TEST_SUITE_P(
                   nullptr, 2, 3.5},
         RangeCase{"WeibullMinimum", "Weibull", "2", "10", "5", 0.5, nullptr, nullptr, nullptr, 5,
                   kWeibullMean + 0.5 * kWeibullSd},
-        RangeCase{"LogNormalMinimumAboveRange", "LogNormal", "0", "0.1", "100", 1, nullptr,
-                  nullptr, nullptr, 100, 100 + std::exp(0.005) + std::exp(0.005) *
-                                                                   std::sqrt(std::expm1(0.01))},
+        RangeCase{"LogNormalMinimumAboveRange", "LogNormal", "0", "0.1", "100", 1, nullptr, nullptr,
+                  nullptr, 100,
+                  100 + std::exp(0.005) + std::exp(0.005) * std::sqrt(std::expm1(0.01))},
         RangeCase{"UniformAddsNothing", "Uniform", "0", "12", nullptr, 0.5, nullptr, nullptr,
                   nullptr, 6 - 0.5 * std::sqrt(12.0), 6 + 0.5 * std::sqrt(12.0)}),
     [](const auto& info) { return std::string(info.param.Name); });
@@ -334,7 +341,8 @@ TEST_F(WindowTest, PNCFiguresFromTheTickedLimits) {
     DisplayOptions::AppDecPlaces = 2;
     Click(w->cb_LSL);
     Click(w->cb_USL);
-    EXPECT_EQ(Texts({w->tb_LowerPNC, w->tb_UpperPNC, w->tb_PNC}), (Strings{"0.00", "0.00", "0.00"}));
+    EXPECT_EQ(Texts({w->tb_LowerPNC, w->tb_UpperPNC, w->tb_PNC}),
+              (Strings{"0.00", "0.00", "0.00"}));
     EXPECT_FALSE(w->tb_LSL->isEnabled());
 }
 
@@ -420,7 +428,7 @@ TEST_F(WindowTest, TheUprightTitlesArePaintedReadingUpward) {
 // ---- dragging the spec-limit markers ---------------------------------------------
 
 class DragTest : public WindowTest {
-protected:
+  protected:
     void SetUp() override {
         WindowTest::SetUp();
         Tick(w->cb_LSL, w->tb_LSL, "-1");

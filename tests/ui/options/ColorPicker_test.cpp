@@ -9,7 +9,7 @@ TEST(ColorPickerTest, HoldsAColourInBlueGreenRedOrderAndSignalsChanges) {
     ColorPicker picker;
     QSignalSpy changed(&picker, &ColorPicker::ColorChanged);
     picker.SetColor(0x0000FF);
-    picker.SetColor(0x0000FF); // same colour: no second signal
+    picker.SetColor(0x0000FF);   // same colour: no second signal
     picker.SetColor(0xFF00FF00); // only 24 bits are a colour
     ASSERT_EQ(changed.count(), 2);
     EXPECT_EQ(changed[0][0].value<uint32_t>(), 0x0000FFu);

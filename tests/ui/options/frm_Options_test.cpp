@@ -24,7 +24,7 @@ using namespace DisplayOptions;
 namespace {
 
 class OptionsDialogTest : public settings_test::OptionsStoreTest {
-protected:
+  protected:
     // Names of the values stored so far, in the order first written.
     static std::vector<std::string> StoredKeys() {
         std::vector<std::string> keys;
@@ -52,7 +52,8 @@ protected:
         QTest::keyClicks(box, text);
     }
     static void Settle() {
-        for (int i = 0; i < 3; ++i) QApplication::processEvents();
+        for (int i = 0; i < 3; ++i)
+            QApplication::processEvents();
     }
 };
 
@@ -74,10 +75,12 @@ TEST_F(OptionsDialogTest, FormLoadShowsTheOptionsInMemory) {
     frm_Options dialog;
 
     // The end points in FormatDec of the selected places.
-    EXPECT_EQ((QStringList{dialog.dd_Decimal->currentText(), dialog.tb_NumStDev->text(), dialog.tb_XTicks->text(),
-                           dialog.tb_YTicks->text(), dialog.tb_XMin->text(), dialog.tb_XMax->text()}),
+    EXPECT_EQ((QStringList{dialog.dd_Decimal->currentText(), dialog.tb_NumStDev->text(),
+                           dialog.tb_XTicks->text(), dialog.tb_YTicks->text(),
+                           dialog.tb_XMin->text(), dialog.tb_XMax->text()}),
               (QStringList{"2", "3.25", "7", "4", "-1.23", "12.50"}));
-    EXPECT_EQ(std::make_pair(dialog.sb_XTicks->Value(), dialog.sb_YTicks->Value()), std::make_pair(7, 4));
+    EXPECT_EQ(std::make_pair(dialog.sb_XTicks->Value(), dialog.sb_YTicks->Value()),
+              std::make_pair(7, 4));
     EXPECT_TRUE(dialog.ob_Decimal->isChecked());
     EXPECT_TRUE(dialog.ob_Endpoints->isChecked());
     EXPECT_EQ(dialog.cp_Background->Color(), 0x123456u);
@@ -116,11 +119,13 @@ TEST_F(OptionsDialogTest, EqualEndpointsAreAppliedInTheFixedOrder) {
 
     EXPECT_TRUE(Rec().Messages.empty());
     EXPECT_EQ(applied.count(), 1);
-    EXPECT_EQ(StoredKeys(), (std::vector<std::string>{kAppBackColor, kAppInSpecColor, kAppOutSpecColor,
-                                                      kAppXTicks, kAppYTicks, kAppDecPlaces, kAppXRange,
-                                                      kAppXMin, kAppXMax, kAppDisplay, kAppRangeMode}));
+    EXPECT_EQ(StoredKeys(),
+              (std::vector<std::string>{kAppBackColor, kAppInSpecColor, kAppOutSpecColor,
+                                        kAppXTicks, kAppYTicks, kAppDecPlaces, kAppXRange, kAppXMin,
+                                        kAppXMax, kAppDisplay, kAppRangeMode}));
     std::vector<std::string> stored;
-    for (const char* key : {kAppInSpecColor, kAppDecPlaces, kAppXRange, kAppXMin, kAppXMax, kAppDisplay, kAppRangeMode})
+    for (const char* key : {kAppInSpecColor, kAppDecPlaces, kAppXRange, kAppXMin, kAppXMax,
+                            kAppDisplay, kAppRangeMode})
         stored.push_back(Stored(key));
     EXPECT_EQ(stored, (std::vector<std::string>{"65280", "3", "1", "5", "5", "0", "1"}));
     EXPECT_TRUE(AppXMin == 5.0 && AppXMax == 5.0 && AppXRange == 1 && AppRangeMode && !AppDisplay);
@@ -139,9 +144,10 @@ TEST_F(OptionsDialogTest, StandardDeviationModeNeitherReadsNorStoresTheEndpoints
     QTest::mouseClick(dialog.but_Apply, Qt::LeftButton);
 
     EXPECT_TRUE(Rec().Messages.empty());
-    EXPECT_EQ(StoredKeys(), (std::vector<std::string>{kAppBackColor, kAppInSpecColor, kAppOutSpecColor,
-                                                      kAppXTicks, kAppYTicks, kAppDecPlaces, kAppXRange,
-                                                      kAppNumStDev, kAppDisplay, kAppRangeMode}));
+    EXPECT_EQ(StoredKeys(),
+              (std::vector<std::string>{kAppBackColor, kAppInSpecColor, kAppOutSpecColor,
+                                        kAppXTicks, kAppYTicks, kAppDecPlaces, kAppXRange,
+                                        kAppNumStDev, kAppDisplay, kAppRangeMode}));
     EXPECT_EQ(Stored(kAppNumStDev), "3");
     EXPECT_EQ(Stored(kAppXRange), "0");
     EXPECT_EQ(AppXMin, -7.0);
@@ -181,7 +187,8 @@ TEST_F(OptionsDialogTest, EachBoxChecksItsTextWhenItLosesTheFocus) {
         Type(box, c.text);
         QTest::keyClick(box, Qt::Key_Tab);
         Settle();
-        EXPECT_EQ(MessageTexts(), c.message.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.message})
+        EXPECT_EQ(MessageTexts(), c.message.empty() ? std::vector<std::string>{}
+                                                    : std::vector<std::string>{c.message})
             << c.name;
         if (c.message.empty()) {
             EXPECT_NE(QApplication::focusWidget(), box) << c.name;
@@ -200,7 +207,8 @@ TEST_F(OptionsDialogTest, TwoBadBoxesDoNotPassTheFocusBackAndForth) {
     dialog.tb_XMax->setText("bad too");
     Type(dialog.tb_XMin, "bad");
     QTest::keyClick(dialog.tb_XMin, Qt::Key_Tab); // on to tb_XMax
-    for (int i = 0; i < 10; ++i) Settle();
+    for (int i = 0; i < 10; ++i)
+        Settle();
     EXPECT_EQ(MessageTexts(), std::vector<std::string>{"Display range minimum must be a number."});
     EXPECT_EQ(QApplication::focusWidget(), dialog.tb_XMin);
 }
@@ -217,7 +225,8 @@ TEST_F(OptionsDialogTest, ApplyFromABadBoxShowsOneMessageAndStoresNothing) {
         else
             QTest::mouseClick(dialog.but_Apply, Qt::LeftButton); // focus moves, then the click
         Settle();
-        EXPECT_EQ(MessageTexts(), std::vector<std::string>{byEnter ? kTicksMessage : kStDevMessage});
+        EXPECT_EQ(MessageTexts(),
+                  std::vector<std::string>{byEnter ? kTicksMessage : kStDevMessage});
         EXPECT_TRUE(StoredKeys().empty());
         EXPECT_EQ(QApplication::focusWidget(), box);
         EXPECT_EQ(AppXTicks, 5);
@@ -305,4 +314,3 @@ TEST_F(OptionsDialogTest, ARefusingStoreIsReportedOnceAndTheOptionsStillApply) {
     EXPECT_EQ(errors[0].Description, "Failed saving the application setting");
     EXPECT_EQ(errors[0].Source, "Pondera.CAppSetting");
 }
-

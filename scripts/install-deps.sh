@@ -2,7 +2,7 @@
 # Installs the Debian packages Pondera needs, but only those dpkg says are missing.
 set -euo pipefail
 packages=(
-  build-essential cmake pkg-config
+  build-essential cmake pkg-config clang-format
   qt6-base-dev qt6-base-dev-tools libgl-dev
   libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xclip fonts-wine

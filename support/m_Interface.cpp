@@ -3,12 +3,9 @@
 #include "support/ErrorReporter.h"
 #include "support/ErrorTrap.h"
 #include "support/UserFace.h"
+#include "support/Version.h"
 
 #include <cmath>
-
-#ifndef PONDERA_VERSION
-#define PONDERA_VERSION "0"
-#endif
 
 namespace m_Interface {
 
@@ -23,7 +20,7 @@ constexpr const char* kPi = "Pondera.m_Interface.Pi";
 void SetupErrorHandling() {
     support::Trap(kSetupErrorHandling, [&] {
         support::ErrorReporter::Instance().SetApplication(
-            support::kAppTitle, support::ErrorReporter::ProgramFolder(), PONDERA_VERSION);
+            support::kAppTitle, support::ErrorReporter::ProgramFolder(), support::kVersion);
     });
 }
 

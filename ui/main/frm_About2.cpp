@@ -1,15 +1,12 @@
 #include "ui/main/frm_About2.h"
 
 #include "support/ErrorTrap.h"
+#include "support/Version.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
-
-#ifndef PONDERA_VERSION
-#define PONDERA_VERSION "0.0.0"
-#endif
 
 namespace {
 constexpr const char* kForm_Load = "Pondera.frm_About2.Form_Load";
@@ -62,7 +59,7 @@ frm_About2::frm_About2(QWidget* parent) : QDialog(parent) {
 }
 
 QString frm_About2::VersionText() {
-    return QStringLiteral("Version " PONDERA_VERSION);
+    return QStringLiteral("Version ") + QString::fromLatin1(support::kVersion);
 }
 
 void frm_About2::but_OK_Click() {

@@ -1,18 +1,18 @@
-// The commands of pondera-cli; each gets the arguments after its name and
-// returns the exit code.
+// The commands of pondera-cli. Each adds itself to the program as a subcommand
+// with its options; when it is the one chosen it runs once the command line is
+// read and leaves its exit status in `status`.
 #pragma once
 
-#include <string>
-#include <vector>
+namespace CLI {
+class App;
+}
 
 namespace cli {
 
-using Args = std::vector<std::string>;
-
-int RunMoments(const Args& args); // moments DIST P1 [P2 [P3]]
-int RunPdf(const Args& args);     // pdf DIST P1 P2 P3 P4 --range LOW HIGH --points N
-int RunPnc(const Args& args);     // pnc DIST P1 P2 P3 P4 [--lsl X] [--usl X], or lines on stdin
-int RunFit(const Args& args);     // fit MEAN SD SKEW KURT, or lines on stdin
-int RunPlot(const Args& args);    // plot --dist NAME ... (the window's code path, headless)
+void AddMoments(CLI::App& program, int& status); // moments DIST P1 [P2 [P3]]
+void AddPdf(CLI::App& program, int& status);     // pdf DIST P1..P4 --range LOW HIGH --points N
+void AddPnc(CLI::App& program, int& status);     // pnc DIST P1..P4 [--lsl X] [--usl X], or stdin
+void AddFit(CLI::App& program, int& status);     // fit MEAN SD SKEW KURT, or lines on stdin
+void AddPlot(CLI::App& program, int& status);    // plot --dist NAME ... (the window, headless)
 
 } // namespace cli

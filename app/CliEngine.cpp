@@ -1,5 +1,6 @@
 // pondera-cli moments, pdf and pnc: the engine's figures as the window computes
 // them, one JSON object per answer.
+#include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
 #include "engine/m_Distributions.h"
@@ -8,6 +9,7 @@
 #include "support/UserFace.h"
 
 #include <cmath>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -20,10 +22,11 @@ using namespace m_Distributions;
 // The arguments of one request: a distribution, up to four parameters (missing
 // trailing ones are 0) and named options.
 struct Request {
+    std::vector<std::string> Words; // DIST P1 P2 ... as given
     std::string Dist;
     double P[4] = {0, 0, 0, 0};
     std::optional<double> LSL, USL, Low, High;
-    int Points = 0;
+    std::optional<int> Points;
 };
 
 bool IsClassical(const std::string& name) {
@@ -31,50 +34,26 @@ bool IsClassical(const std::string& name) {
     return e && e->Code <= kUniform;
 }
 
-// Parses DIST, then up to maxParams numbers, then the options the command takes.
-// Returns an empty string on success, else what is wrong.
-std::string Parse(const Args& args, int maxParams, bool limits, bool grid, Request& r) {
-    if (args.empty()) return "a distribution name is needed";
-    r.Dist = args[0];
-    int params = 0;
-    for (size_t i = 1; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        auto value = [&](std::optional<double>& out) -> std::string {
-            double v;
-            if (i + 1 >= args.size() || !ParseArg(args[i + 1], v)) return a + " takes a number";
-            out = v;
-            ++i;
-            return "";
-        };
-        std::string problem;
-        if (a.rfind("--", 0) == 0) {
-            if (limits && a == "--lsl")
-                problem = value(r.LSL);
-            else if (limits && a == "--usl")
-                problem = value(r.USL);
-            else if (grid && a == "--range") {
-                problem = value(r.Low);
-                if (problem.empty()) problem = value(r.High);
-                if (!problem.empty()) problem = "--range takes two numbers, LOW and HIGH";
-            } else if (grid && a == "--points") {
-                std::optional<double> n;
-                problem = value(n);
-                if (problem.empty() && (*n < 1 || *n > kMaxPoints || *n != std::floor(*n)))
-                    problem = "--points takes a whole number from 1 to 32767";
-                if (problem.empty()) r.Points = static_cast<int>(*n);
-            } else {
-                problem = "unknown option " + a;
-            }
-        } else if (params < maxParams) {
-            if (!ParseArg(a, r.P[params])) problem = "parameter \"" + a + "\" is not a number";
-            ++params;
-        } else {
-            problem = "too many parameters";
-        }
-        if (!problem.empty()) return problem;
-    }
-    if (grid && (!r.Low || !r.Points)) return "--range LOW HIGH and --points N are needed";
+// Reads DIST and up to maxParams numbers from the words. Returns an empty string
+// on success, else what is wrong.
+std::string ParseWords(int maxParams, Request& r) {
+    if (r.Words.empty()) return "a distribution name is needed";
+    r.Dist = r.Words[0];
+    if (static_cast<int>(r.Words.size()) - 1 > maxParams) return "too many parameters";
+    for (size_t i = 1; i < r.Words.size(); ++i)
+        if (!ParseArg(r.Words[i], r.P[i - 1]))
+            return "parameter \"" + r.Words[i] + "\" is not a number";
     return "";
+}
+
+// A command taking DIST and parameters; the request lives as long as the program.
+CLI::App* AddRequest(CLI::App& program, const char* name, const char* what, const char* words,
+                     std::shared_ptr<Request>& r) {
+    r = std::make_shared<Request>();
+    CLI::App* command = program.add_subcommand(name, what);
+    command->add_option("DIST_PARAMS", r->Words, "the distribution's name, then its parameters")
+        ->type_name(words);
+    return command;
 }
 
 // The three checks in the order Plot runs them; the first that fails has shown its message.
@@ -151,11 +130,8 @@ std::string ParseLine(const std::string& line, Request& r) {
     return "";
 }
 
-} // namespace
-
-int RunMoments(const Args& args) {
-    Request r;
-    if (const std::string problem = Parse(args, 3, false, false, r); !problem.empty())
+int RunMoments(Request& r) {
+    if (const std::string problem = ParseWords(3, r); !problem.empty())
         return Fail("moments", problem);
     if (!IsClassical(r.Dist))
         return Fail("moments", "moments are given for the six classical distributions");
@@ -181,10 +157,8 @@ int RunMoments(const Args& args) {
     return 0;
 }
 
-int RunPdf(const Args& args) {
-    Request r;
-    if (const std::string problem = Parse(args, 4, false, true, r); !problem.empty())
-        return Fail("pdf", problem);
+int RunPdf(Request& r) {
+    if (const std::string problem = ParseWords(4, r); !problem.empty()) return Fail("pdf", problem);
     if (!FindDistribution(r.Dist)) return Fail("pdf", "unknown distribution \"" + r.Dist + "\"");
     JsonObject out;
     support::Recorder().Clear();
@@ -192,7 +166,7 @@ int RunPdf(const Args& args) {
         support::ActionScope action;
         if (ParametersPass(r)) {
             const double low = *r.Low, high = *r.High;
-            const int n = r.Points;
+            const int n = *r.Points;
             std::vector<double> x(static_cast<size_t>(n)), density(static_cast<size_t>(n), 0.0);
             for (int i = 1; i <= n; ++i)
                 x[static_cast<size_t>(i - 1)] = GridX(low, high, n, i);
@@ -216,10 +190,9 @@ int RunPdf(const Args& args) {
     return 0;
 }
 
-int RunPnc(const Args& args) {
-    if (!args.empty()) {
-        Request r;
-        if (const std::string problem = Parse(args, 4, true, false, r); !problem.empty())
+int RunPnc(Request& r) {
+    if (!r.Words.empty() || r.LSL || r.USL) {
+        if (const std::string problem = ParseWords(4, r); !problem.empty())
             return Fail("pnc", problem);
         if (!FindDistribution(r.Dist))
             return Fail("pnc", "unknown distribution \"" + r.Dist + "\"");
@@ -229,12 +202,60 @@ int RunPnc(const Args& args) {
     }
     // One request per line.
     return AnswerLines("pnc", [](const std::string& line) {
-        Request r;
-        if (std::string problem = ParseLine(line, r); !problem.empty()) return problem;
-        JsonObject out = Pnc(r);
+        Request request;
+        if (std::string problem = ParseLine(line, request); !problem.empty()) return problem;
+        JsonObject out = Pnc(request);
         Print(out);
         return std::string();
     });
+}
+
+} // namespace
+
+void AddMoments(CLI::App& program, int& status) {
+    std::shared_ptr<Request> r;
+    AddRequest(program, "moments",
+               "Mean, stdev, skewness and kurtosis of a classical distribution.",
+               "DIST P1 [P2 [P3]]", r)
+        ->callback([r, &status] { status = RunMoments(*r); });
+}
+
+void AddPdf(CLI::App& program, int& status) {
+    std::shared_ptr<Request> r;
+    CLI::App* command =
+        AddRequest(program, "pdf", "The density on x(i) = LOW + (i - 1)(HIGH - LOW)/N, i = 1..N.",
+                   "DIST P1 P2 P3 P4", r);
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "--range",
+            [r](const std::vector<std::string>& ends) {
+                double v[2];
+                for (int i = 0; i < 2; ++i)
+                    if (!ParseArg(ends[static_cast<size_t>(i)], v[i]))
+                        BadValue("--range", "takes two numbers, LOW and HIGH");
+                r->Low = v[0];
+                r->High = v[1];
+            },
+            "the ends of the grid")
+        ->expected(2)
+        ->type_name("LOW HIGH")
+        ->required();
+    AddWhole(command, "--points", 1, kMaxPoints, r->Points, "the number of grid points N")
+        ->required();
+    command->callback([r, &status] { status = RunPdf(*r); });
+}
+
+void AddPnc(CLI::App& program, int& status) {
+    std::shared_ptr<Request> r;
+    CLI::App* command =
+        AddRequest(program, "pnc",
+                   "Fraction nonconforming below the LSL, above the USL and in total. With no "
+                   "DIST, one request DIST|P1|P2|P3|P4|LSL|USL per line of standard input (an "
+                   "empty field is absent).",
+                   "DIST P1 P2 P3 P4", r);
+    AddNumber(command, "--lsl", r->LSL, "the lower spec limit (absent: unticked)");
+    AddNumber(command, "--usl", r->USL, "the upper spec limit (absent: unticked)");
+    command->callback([r, &status] { status = RunPnc(*r); });
 }
 
 } // namespace cli

@@ -1,11 +1,13 @@
 // pondera-cli fit: the Johnson curve for four moments, fitted as the moments view
 // fits it (JohnsonDist::Calculate without end points), one JSON object per fit.
+#include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
 #include "johnson/JohnsonDist.h"
 #include "support/ErrorReporter.h"
 #include "support/UserFace.h"
 
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -46,12 +48,10 @@ void PrintFit(const double (&m)[4]) {
     PrintLine(out);
 }
 
-} // namespace
-
-int RunFit(const Args& args) {
+int RunFit(const std::vector<std::string>& words) {
     double m[4];
-    if (!args.empty()) {
-        if (const std::string problem = ParseMoments(args, m); !problem.empty())
+    if (!words.empty()) {
+        if (const std::string problem = ParseMoments(words, m); !problem.empty())
             return Fail("fit", problem);
         PrintFit(m);
         return 0;
@@ -59,13 +59,25 @@ int RunFit(const Args& args) {
     // One fit per line "MEAN SD SKEW KURT".
     return AnswerLines("fit", [&](const std::string& line) {
         std::istringstream in(line);
-        std::vector<std::string> words;
+        std::vector<std::string> lineWords;
         for (std::string w; in >> w;)
-            words.push_back(w);
-        if (std::string problem = ParseMoments(words, m); !problem.empty()) return problem;
+            lineWords.push_back(w);
+        if (std::string problem = ParseMoments(lineWords, m); !problem.empty()) return problem;
         PrintFit(m);
         return std::string();
     });
+}
+
+} // namespace
+
+void AddFit(CLI::App& program, int& status) {
+    auto words = std::make_shared<std::vector<std::string>>();
+    CLI::App* command = program.add_subcommand(
+        "fit", "The Johnson curve with these moments; with none, one \"MEAN SD SKEW KURT\" per "
+               "line of standard input.");
+    command->add_option("MOMENTS", *words, "mean, standard deviation, skewness, kurtosis")
+        ->type_name("MEAN SD SKEW KURT");
+    command->callback([words, &status] { status = RunFit(*words); });
 }
 
 } // namespace cli

@@ -132,29 +132,15 @@ bool ParseArg(const std::string& text, double& value) {
 }
 
 int Usage() {
-    std::fputs("usage: pondera-cli COMMAND ARGUMENTS\n"
-               "  moments DIST P1 [P2 [P3]]\n"
-               "      mean, stdev, skewness and kurtosis of a classical distribution\n"
-               "  pdf DIST P1 P2 P3 P4 --range LOW HIGH --points N\n"
-               "      the density on x(i) = LOW + (i - 1)(HIGH - LOW)/N, i = 1..N (N up to 32767)\n"
-               "  pnc DIST P1 P2 P3 P4 [--lsl X] [--usl X]\n"
-               "      fraction nonconforming below the LSL, above the USL and in total;\n"
-               "      with no arguments, one line DIST|P1|P2|P3|P4|LSL|USL per request on\n"
-               "      standard input (an empty field is absent)\n"
-               "  fit MEAN SD SKEW KURT\n"
-               "      the Johnson curve with these moments (or lines on standard input)\n"
-               "  plot --dist NAME ...\n"
-               "      the window's plot, headless (not in builds without the window)\n"
-               "DIST: Normal, LogNormal, Exponential, Weibull, Uniform, Triangular (moments),\n"
-               "      and Johnson SB, Johnson SL, Johnson SU (pdf, pnc). Missing trailing\n"
-               "      parameters are 0. Output: one JSON object per answer on standard output.\n",
-               stderr);
+    std::fputs("Run 'pondera-cli --help' for the usage.\n", stderr);
     return 2;
 }
 
 int Fail(const std::string& command, const std::string& problem) {
-    std::fprintf(stderr, "pondera-cli %s: %s\n", command.c_str(), problem.c_str());
-    return Usage();
+    const std::string name = command.empty() ? "pondera-cli" : "pondera-cli " + command;
+    std::fprintf(stderr, "%s: %s\nRun '%s --help' for the usage.\n", name.c_str(), problem.c_str(),
+                 name.c_str());
+    return 2;
 }
 
 void PrintLine(const JsonObject& out) {

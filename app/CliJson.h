@@ -30,9 +30,9 @@ class JsonObject {
 // Parses a command-line number with the input-field rule; false when it is not one.
 bool ParseArg(const std::string& text, double& value);
 
-// Prints usage to stderr and returns 2.
+// Points to --help on stderr and returns 2.
 int Usage();
-// Prints "pondera-cli COMMAND: PROBLEM" and the usage to stderr; returns 2.
+// Prints "pondera-cli COMMAND: PROBLEM" and where the usage is to stderr; returns 2.
 int Fail(const std::string& command, const std::string& problem);
 
 // Prints one object as one line on standard output, at once.

@@ -1,6 +1,7 @@
 // pondera-cli plot: the main window, headless, driven as a person would drive
 // it: pick the distribution, type the fields, tick the limits, press Plot; then
 // everything the window shows is printed as one JSON object.
+#include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
 #include "engine/m_Distributions.h"
@@ -17,7 +18,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -77,30 +77,12 @@ struct PlotArgs {
     bool Moments = false;
     std::optional<std::string> Mean, StDev, Skewness, Kurtosis;
     std::optional<int> Decimals;
-    std::optional<bool> Scientific;
-    std::optional<bool> Endpoints;
+    std::optional<std::string> Display, Range;
     std::optional<double> NumStDev, XMin, XMax;
     std::optional<int> XTicks, YTicks;
     int Width = 0, Height = 0;
     std::optional<std::string> Png;
 };
-
-int PlotUsage() {
-    std::fputs("usage: pondera-cli plot [OPTIONS]\n"
-               "  --dist NAME            Normal (default), Exponential, LogNormal, Uniform,\n"
-               "                         Triangular or Weibull; fills its default parameters\n"
-               "  --param1..--param4 T   parameter texts, typed as into the fields\n"
-               "  --lsl T --target T --usl T   spec limits (a given limit is ticked)\n"
-               "  --moments              draw using Johnson distributions, with\n"
-               "    --mean T --stdev T --skewness T --kurtosis T\n"
-               "  --decimals N (0-6)  --display decimal|scientific\n"
-               "  --range stdev|endpoints  --num-stdev K  --xmin A  --xmax B\n"
-               "  --xticks N  --yticks N  --size WxH  --png FILE\n"
-               "Presses Plot and prints one JSON object: fields, status, messages, errors,\n"
-               "range, points, focus.\n",
-               stderr);
-    return 2;
-}
 
 bool WholeNumber(const std::string& text, int low, int high, int& out) {
     double v = 0;
@@ -109,89 +91,57 @@ bool WholeNumber(const std::string& text, int low, int high, int& out) {
     return true;
 }
 
-// false on a malformed command line.
-bool Parse(const Args& args, PlotArgs& p, std::string& error) {
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& flag = args[i];
-        if (flag == "--moments") {
-            p.Moments = true;
-            continue;
-        }
-        static const char* const kValued[] = {
-            "--dist",     "--param1",  "--param2", "--param3",    "--param4",   "--lsl",
-            "--target",   "--usl",     "--mean",   "--stdev",     "--skewness", "--kurtosis",
-            "--decimals", "--display", "--range",  "--num-stdev", "--xmin",     "--xmax",
-            "--xticks",   "--yticks",  "--size",   "--png"};
-        if (std::find(std::begin(kValued), std::end(kValued), flag) == std::end(kValued)) {
-            error = "unknown option " + flag;
-            return false;
-        }
-        if (i + 1 >= args.size()) {
-            error = "missing value after " + flag;
-            return false;
-        }
-        const std::string& value = args[++i];
-        double number = 0;
-        int whole = 0;
-        if (flag == "--dist") {
-            if (!m_Distributions::FindDistribution(value))
-                return error = "unknown distribution " + value, false;
-            p.Dist = value;
-        } else if (flag.rfind("--param", 0) == 0 && flag.size() == 8 && flag[7] >= '1' &&
-                   flag[7] <= '4')
-            p.Param[flag[7] - '1'] = value;
-        else if (flag == "--lsl")
-            p.LSL = value;
-        else if (flag == "--target")
-            p.Target = value;
-        else if (flag == "--usl")
-            p.USL = value;
-        else if (flag == "--mean")
-            p.Mean = value;
-        else if (flag == "--stdev")
-            p.StDev = value;
-        else if (flag == "--skewness")
-            p.Skewness = value;
-        else if (flag == "--kurtosis")
-            p.Kurtosis = value;
-        else if (flag == "--decimals") {
-            if (!WholeNumber(value, 0, 6, whole)) return error = "--decimals takes 0 to 6", false;
-            p.Decimals = whole;
-        } else if (flag == "--display") {
-            if (value != "decimal" && value != "scientific")
-                return error = "--display takes decimal or scientific", false;
-            p.Scientific = value == "scientific";
-        } else if (flag == "--range") {
-            if (value != "stdev" && value != "endpoints")
-                return error = "--range takes stdev or endpoints", false;
-            p.Endpoints = value == "endpoints";
-        } else if (flag == "--num-stdev") {
-            if (!ParseArg(value, number) || !(number > 0))
-                return error = "--num-stdev takes a number greater than zero", false;
-            p.NumStDev = number;
-        } else if (flag == "--xmin" || flag == "--xmax") {
-            if (!ParseArg(value, number)) return error = flag + " takes a number", false;
-            (flag == "--xmin" ? p.XMin : p.XMax) = number;
-        } else if (flag == "--xticks" || flag == "--yticks") {
-            if (!WholeNumber(value, 1, 1000, whole))
-                return error = flag + " takes a whole number from 1 to 1000", false;
-            (flag == "--xticks" ? p.XTicks : p.YTicks) = whole;
-        } else if (flag == "--size") {
-            const auto x = value.find('x');
-            int w = 0, h = 0;
-            if (x == std::string::npos || !WholeNumber(value.substr(0, x), 50, 4000, w) ||
-                !WholeNumber(value.substr(x + 1), 50, 4000, h))
-                return error = "--size takes WxH, each 50 to 4000", false;
-            p.Width = w;
-            p.Height = h;
-        } else if (flag == "--png") {
-            p.Png = value;
-        } else {
-            error = "unknown option " + flag;
-            return false;
-        }
-    }
-    return true;
+// The options of `plot`, in the order the window offers them.
+void AddOptions(CLI::App* c, PlotArgs& p) {
+    c->add_option_function<std::string>(
+         "--dist",
+         [&p](const std::string& name) {
+             if (!m_Distributions::FindDistribution(name))
+                 BadValue("--dist", "takes a distribution name, not \"" + name + "\"");
+             p.Dist = name;
+         },
+         "Normal (default), Exponential, LogNormal, Uniform, Triangular or Weibull; fills its "
+         "default parameters")
+        ->type_name("NAME");
+    for (int i = 0; i < 4; ++i)
+        AddText(c, "--param" + std::to_string(i + 1), p.Param[i],
+                "parameter text, typed as into the field");
+    AddText(c, "--lsl", p.LSL, "lower spec limit (a given limit is ticked)");
+    AddText(c, "--target", p.Target, "target (ticked)");
+    AddText(c, "--usl", p.USL, "upper spec limit (ticked)");
+    c->add_flag("--moments", p.Moments, "draw using Johnson distributions, from the moments below");
+    AddText(c, "--mean", p.Mean, "mean text");
+    AddText(c, "--stdev", p.StDev, "standard deviation text");
+    AddText(c, "--skewness", p.Skewness, "skewness text");
+    AddText(c, "--kurtosis", p.Kurtosis, "kurtosis text");
+    AddWhole(c, "--decimals", 0, 6, p.Decimals, "decimal places");
+    AddChoice(c, "--display", {"decimal", "scientific"}, p.Display, "number display");
+    AddChoice(c, "--range", {"stdev", "endpoints"}, p.Range, "x range mode");
+    c->add_option_function<std::string>(
+         "--num-stdev",
+         [&p](const std::string& text) {
+             double v = 0;
+             if (!ParseArg(text, v) || !(v > 0))
+                 BadValue("--num-stdev", "takes a number greater than zero");
+             p.NumStDev = v;
+         },
+         "standard deviations on each side of the mean")
+        ->type_name("K");
+    AddNumber(c, "--xmin", p.XMin, "fixed x minimum");
+    AddNumber(c, "--xmax", p.XMax, "fixed x maximum");
+    AddWhole(c, "--xticks", 1, 1000, p.XTicks, "x-axis ticks");
+    AddWhole(c, "--yticks", 1, 1000, p.YTicks, "y-axis ticks");
+    c->add_option_function<std::string>(
+         "--size",
+         [&p](const std::string& value) {
+             const auto x = value.find('x');
+             if (x == std::string::npos || !WholeNumber(value.substr(0, x), 50, 4000, p.Width) ||
+                 !WholeNumber(value.substr(x + 1), 50, 4000, p.Height))
+                 BadValue("--size", "takes WxH, each 50 to 4000");
+         },
+         "size of the chart in pixels")
+        ->type_name("WxH");
+    AddText(c, "--png", p.Png, "save the chart as a PNG file")->type_name("FILE");
 }
 
 std::string Field(const QWidget* w, const QString& text) {
@@ -201,16 +151,7 @@ std::string Field(const QWidget* w, const QString& text) {
     return o.Str();
 }
 
-} // namespace
-
-int RunPlot(const Args& args) {
-    PlotArgs p;
-    std::string error;
-    if (!Parse(args, p, error)) {
-        std::fprintf(stderr, "pondera-cli plot: %s\n", error.c_str());
-        return PlotUsage();
-    }
-
+int RunPlot(const PlotArgs& p) {
     TempStore store;
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     // Qt's own chatter (platform notes) is not part of the answer.
@@ -237,10 +178,11 @@ int RunPlot(const Args& args) {
 
     // Display options, as the options dialog would set them.
     if (p.Decimals) DisplayOptions::AppDecPlaces = static_cast<int16_t>(*p.Decimals);
-    if (p.Scientific) DisplayOptions::AppDisplay = *p.Scientific;
-    if (p.Endpoints) {
-        DisplayOptions::AppXRange = *p.Endpoints ? 1 : 0;
-        DisplayOptions::AppRangeMode = *p.Endpoints;
+    if (p.Display) DisplayOptions::AppDisplay = *p.Display == "scientific";
+    if (p.Range) {
+        const bool endpoints = *p.Range == "endpoints";
+        DisplayOptions::AppXRange = endpoints ? 1 : 0;
+        DisplayOptions::AppRangeMode = endpoints;
     }
     if (p.NumStDev) DisplayOptions::AppNumStDev = *p.NumStDev;
     if (p.XMin) DisplayOptions::AppXMin = *p.XMin;
@@ -329,6 +271,17 @@ int RunPlot(const Args& args) {
     window.reset();
     support::SetFace(nullptr);
     return 0;
+}
+
+} // namespace
+
+void AddPlot(CLI::App& program, int& status) {
+    auto p = std::make_shared<PlotArgs>();
+    CLI::App* command = program.add_subcommand(
+        "plot", "Presses Plot in the window, off screen on a temporary settings store, and "
+                "prints its fields, status, messages, errors, range, points and focus.");
+    AddOptions(command, *p);
+    command->callback([p, &status] { status = RunPlot(*p); });
 }
 
 } // namespace cli

@@ -1,22 +1,22 @@
 // pondera-cli: the engine and the window's plot path, headless, for scripts.
+#include "app/CliArgs.h"
 #include "app/CliCommands.h"
-#include "app/CliJson.h"
+#include "support/Version.h"
 #include "support/m_Interface.h"
 
-#include <string>
-#include <vector>
-
 int main(int argc, char** argv) {
-    if (argc < 2) return cli::Usage();
-    m_Interface::SetupErrorHandling();
-    const std::string command = argv[1];
-    const cli::Args args(argv + 2, argv + argc);
-    if (command == "moments") return cli::RunMoments(args);
-    if (command == "pdf") return cli::RunPdf(args);
-    if (command == "pnc") return cli::RunPnc(args);
-    if (command == "fit") return cli::RunFit(args);
+    CLI::App program("Pondera's figures as JSON: moments, densities, fraction nonconforming "
+                     "and Johnson fits.",
+                     "pondera-cli");
+    cli::SetUp(program, support::kVersion);
+    int status = 0;
+    cli::AddMoments(program, status);
+    cli::AddPdf(program, status);
+    cli::AddPnc(program, status);
+    cli::AddFit(program, status);
 #ifndef PONDERA_NO_PLOT
-    if (command == "plot") return cli::RunPlot(args);
+    cli::AddPlot(program, status);
 #endif
-    return cli::Usage();
+    m_Interface::SetupErrorHandling();
+    return cli::Run(program, argc, argv, status);
 }

@@ -1,5 +1,7 @@
 #include "support/ErrorReporter.h"
 
+#include "support/Version.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -62,9 +64,18 @@ std::string ErrorReporter::ProgramFolder() {
 std::string ErrorReporter::LogPath() const {
     if (const char* env = std::getenv("PONDERA_ERROR_LOG"); env && *env) return env;
     const std::string folder = path_.empty() ? ProgramFolder() : path_;
-    if (!folder.empty() && access(folder.c_str(), W_OK) == 0)
-        return (fs::path(folder) / kLogFileName).string();
+    if (IsBuildFolder(folder)) return (fs::path(folder) / kLogFileName).string();
     return StateLogPath();
+}
+
+bool ErrorReporter::IsBuildFolder(const std::string& folder) {
+    if (folder.empty() || access(folder.c_str(), W_OK) != 0) return false;
+    std::error_code ec;
+    // CMake leaves its CMakeFiles folder beside every program it builds.
+    if (!fs::is_directory(fs::path(folder) / "CMakeFiles", ec)) return false;
+    const fs::path inPrefix =
+        fs::weakly_canonical(folder, ec).lexically_relative(fs::path(kInstallPrefix));
+    return inPrefix.empty() || *inPrefix.begin() == "..";
 }
 
 std::string ErrorReporter::StateLogPath() {

@@ -30,8 +30,11 @@ class ErrorReporter {
     // The folder of the running program.
     static std::string ProgramFolder();
     // Where the log goes: PONDERA_ERROR_LOG, else the program's folder when it is
-    // writable, else $XDG_STATE_HOME/Pondera (default ~/.local/state/Pondera).
+    // a build folder, else $XDG_STATE_HOME/Pondera (default ~/.local/state/Pondera).
+    // An installed program so never writes into a system folder.
     std::string LogPath() const;
+    // A writable folder CMake built the program in, outside the install prefix.
+    static bool IsBuildFolder(const std::string& folder);
     static std::string StateLogPath();
     // Appends one line with a single write; never throws, never stops the program.
     void AppendLog(const std::string& label, int32_t number, const std::string& source,

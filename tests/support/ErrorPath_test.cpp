@@ -144,17 +144,28 @@ TEST_F(ErrorPath, ObjectErrorNumbersGetTheirOwnBoxesAndNoReport) {
     EXPECT_EQ(support::Err().Number, 0) << "HandleErrors clears the error";
 }
 
-TEST_F(ErrorPath, LogGoesToTheProgramFolderElseTheStateFolder) {
+TEST_F(ErrorPath, LogGoesBesideABuiltProgramElseToTheStateFolder) {
     unsetenv("PONDERA_ERROR_LOG");
     auto& reporter = support::ErrorReporter::Instance();
-    const std::string state = (fs::temp_directory_path() / "pondera-state").string();
+    const fs::path tmp = fs::temp_directory_path();
+    const std::string state = (tmp / "pondera-state").string();
+    const std::string stateLog = state + "/Pondera/qarvPonderaErrorLog.txt";
+    const fs::path build = tmp / "pondera-build-folder";
+    fs::create_directories(build / "CMakeFiles");
     const char* oldState = std::getenv("XDG_STATE_HOME");
     setenv("XDG_STATE_HOME", state.c_str(), 1);
-    reporter.SetApplication("Pondera", "/nonexistent-pondera-folder", "test");
-    EXPECT_EQ(reporter.LogPath(), state + "/Pondera/qarvPonderaErrorLog.txt");
-    reporter.SetApplication("Pondera", fs::temp_directory_path().string(), "test");
-    EXPECT_EQ(reporter.LogPath(), (fs::temp_directory_path() / "qarvPonderaErrorLog.txt").string());
+    const std::pair<std::string, std::string> rows[] = {
+        {build.string(), (build / "qarvPonderaErrorLog.txt").string()}, // a build tree
+        {tmp.string(), stateLog},          // writable, but no program was built there
+        {"/nonexistent-folder", stateLog}, // gone
+        {"/usr/bin", stateLog},            // a system folder
+    };
+    for (const auto& [folder, log] : rows) {
+        reporter.SetApplication("Pondera", folder, "test");
+        EXPECT_EQ(reporter.LogPath(), log) << folder;
+    }
     reporter.SetApplication("Pondera", "", "test");
+    fs::remove_all(build);
     if (oldState) setenv("XDG_STATE_HOME", oldState, 1);
 }
 

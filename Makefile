@@ -1,8 +1,9 @@
 # Thin wrapper over CMake: `make run` and `make test` do all set-up themselves.
 BUILD ?= build
 JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
 
-.PHONY: run test deps configure build bench clean
+.PHONY: run test deps configure build bench install package clean
 
 deps:
 	@scripts/install-deps.sh
@@ -19,10 +20,22 @@ run: build
 test: build
 	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
+# The programs, desktop entry, metadata, icons and manual pages under PREFIX.
+install: deps
+	@cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
+	@cmake --build $(BUILD) -j $(JOBS) --target pondera pondera-cli desktop_files
+	cmake --install $(BUILD) --strip
+
+# A Debian package for /usr, left in this folder.
+package: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target pondera pondera-cli desktop_files
+	cd $(BUILD) && cpack -G DEB
+	mv $(BUILD)/pondera_*.deb .
+
 bench: configure
 	@cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release >/dev/null
 	@cmake --build build-bench -j $(JOBS) --target pondera_bench
 	build-bench/bench/pondera_bench
 
 clean:
-	rm -rf $(BUILD) build-bench
+	rm -rf $(BUILD) build-bench pondera_*.deb

@@ -6,6 +6,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libgl-dev
   libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xclip fonts-wine
+  libcli11-dev
+  desktop-file-utils appstream man-db file gzip dpkg-dev fakeroot lintian
 )
 missing=()
 for p in "${packages[@]}"; do

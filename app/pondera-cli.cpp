@@ -15,6 +15,7 @@ int main(int argc, char** argv) {
     if (command == "pdf") return cli::RunPdf(args);
     if (command == "pnc") return cli::RunPnc(args);
     if (command == "fit") return cli::RunFit(args);
+    if (command == "data") return cli::RunData(args);
 #ifndef PONDERA_NO_PLOT
     if (command == "plot") return cli::RunPlot(args);
 #endif

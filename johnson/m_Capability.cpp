@@ -13,6 +13,7 @@
 #include "support/ErrorTrap.h"
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <utility>
 
@@ -24,7 +25,12 @@ constexpr const char* kPercentilePoints = "Pondera.m_Capability.PercentilePoints
 constexpr const char* kIndices = "Pondera.m_Capability.Indices";
 
 using namespace m_Distributions;
-using support::ck;
+
+// A figure beyond the double range is no figure: it stays empty, and the
+// overflow that showed it is not an error to report beside a sound PNC.
+void Quiet() {
+    std::feclearexcept(FE_ALL_EXCEPT);
+}
 
 // One quantile: z and its two tails P(Z <= z), P(Z > z).
 struct Point {
@@ -45,13 +51,13 @@ std::optional<double> Quantile(int code, double p1, double p2, double p3, double
         return p1 + p2 * p.Z;
     case kLogNormal:
         if (!(p2 > 0)) return std::nullopt;
-        return p3 + ck(std::exp(p1 + p2 * p.Z));
+        return p3 + std::exp(p1 + p2 * p.Z);
     case kExponential:
         if (!(p1 > 0)) return std::nullopt;
         return p2 + Hazard(p) / p1;
     case kWeibull:
         if (!(p1 > 0 && p2 > 0)) return std::nullopt;
-        return p3 + p2 * ck(std::pow(Hazard(p), 1 / p1));
+        return p3 + p2 * std::pow(Hazard(p), 1 / p1);
     case kUniform:
         if (!(p1 <= p2)) return std::nullopt;
         return p.Lower < p.Upper ? p1 + p.Lower * (p2 - p1) : p2 - p.Upper * (p2 - p1);
@@ -73,9 +79,15 @@ std::optional<double> Quantile(int code, double p1, double p2, double p3, double
             return std::nullopt;
         if (type == JohnsonDist::kSL && p3 == 0) return std::nullopt;
         // The transform reports its own faults and answers 0, which would pass
-        // for a quantile: a tail beyond exp's range is no curve to judge.
-        if (type != JohnsonDist::kNormal && !(std::fabs((p.Z - p2) / p1) < 700))
-            return std::nullopt;
+        // for a quantile: a point beyond the double range is left out first.
+        const double w = std::fabs((p.Z - p2) / p1);
+        if (!(w < 1e300)) return std::nullopt;
+        if (type != JohnsonDist::kNormal) {
+            const double reach = type == JohnsonDist::kSB ? std::fabs(p3)
+                                 : w < 700                ? std::fabs(p3) * std::exp(w)
+                                                          : HUGE_VAL;
+            if (!(reach + std::fabs(p4) < 1e300)) return std::nullopt;
+        }
         return JohnsonDist().NormaltoJohnson(p.Z, p1, p2, p3, p4, type);
     }
     }
@@ -91,13 +103,14 @@ std::optional<Percentiles> PercentilePoints(int code, double p1, double p2, doub
         double x[3];
         for (int i = 0; i < 3; ++i) {
             const std::optional<double> q = Quantile(code, p1, p2, p3, p4, points[i]);
-            if (!q || !std::isfinite(*q)) return;
-            x[i] = ck(*q);
+            if (!q || !std::isfinite(*q)) return Quiet();
+            x[i] = *q;
         }
         // The mirrored lognormal (SL with lamda -1) falls as z rises: AS 100 then
         // gives the upper point at z = -3.
         if (x[0] > x[2]) std::swap(x[0], x[2]);
         result = Percentiles{x[0], x[1], x[2]};
+        Quiet();
     });
     return result;
 }
@@ -106,14 +119,20 @@ Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<d
                 double pncTotal) {
     Figures f;
     support::Trap(kIndices, [&] {
-        if (lsl && usl && x.X99865 > x.X0135) f.Pp = ck((*usl - *lsl) / (x.X99865 - x.X0135));
-        if (lsl && x.X50 > x.X0135) f.Ppl = ck((x.X50 - *lsl) / (x.X50 - x.X0135));
-        if (usl && x.X99865 > x.X50) f.Ppu = ck((*usl - x.X50) / (x.X99865 - x.X50));
+        auto quotient = [](double above, double below) -> std::optional<double> {
+            const double r = above / below;
+            if (below > 0 && std::isfinite(r)) return r;
+            return std::nullopt;
+        };
+        if (lsl && usl) f.Pp = quotient(*usl - *lsl, x.X99865 - x.X0135);
+        if (lsl) f.Ppl = quotient(x.X50 - *lsl, x.X50 - x.X0135);
+        if (usl) f.Ppu = quotient(*usl - x.X50, x.X99865 - x.X50);
         if (f.Ppl && f.Ppu)
             f.Ppk = std::min(*f.Ppl, *f.Ppu);
         else
             f.Ppk = f.Ppl ? f.Ppl : f.Ppu;
-        if (lsl || usl) f.Ppm = ck(pncTotal * 1e6);
+        if (lsl || usl) f.Ppm = quotient(pncTotal, 1e-6);
+        Quiet();
     });
     return f;
 }

@@ -91,6 +91,7 @@ JsonObject Pnc(const Request& r) {
                 upper = m_PercentCertainty::CalcUSLPNC();
             }
             out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
+            out.AddRaw("capability", CapabilityJson(e->Code, r.P, r.LSL, r.USL));
         }
     }
     if (!support::Recorder().Status.empty()) out.AddString("status", support::Recorder().Status);

@@ -14,6 +14,7 @@ int main(int argc, char** argv) {
     cli::AddPdf(program, status);
     cli::AddPnc(program, status);
     cli::AddFit(program, status);
+    cli::AddData(program, status);
 #ifndef PONDERA_NO_PLOT
     cli::AddPlot(program, status);
 #endif

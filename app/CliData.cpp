@@ -1,0 +1,141 @@
+// pondera-cli data: a sample read from a file or standard input, its moments,
+// the Johnson curve fitted to them as the moments view fits it, that curve's
+// fraction nonconforming and the capability figures; and the capability object
+// that pnc adds to its answer.
+#include "app/CliArgs.h"
+#include "app/CliCommands.h"
+#include "app/CliJson.h"
+#include "engine/m_Distributions.h"
+#include "engine/m_PercentCertainty.h"
+#include "johnson/JohnsonDist.h"
+#include "johnson/m_Capability.h"
+#include "johnson/m_SampleData.h"
+#include "support/ErrorReporter.h"
+#include "support/UserFace.h"
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+namespace cli {
+
+namespace {
+
+constexpr double kUndefined = std::numeric_limits<double>::quiet_NaN(); // printed as null
+
+double Or(const std::optional<double>& v) {
+    return v.value_or(kUndefined);
+}
+
+// The distribution code the PNC calculator takes for a fitted curve, as the
+// window passes it: a normal fit goes to the Johnson normal form (code 0).
+std::optional<int> CodeOfFit(const std::string& type) {
+    if (type == "SB") return m_Distributions::kJohnsonSB;
+    if (type == "SU") return m_Distributions::kJohnsonSU;
+    if (type == "SL") return m_Distributions::kJohnsonSL;
+    if (type == "Normal") return 0;
+    return std::nullopt; // no curve to draw (an error, or the two-point ST limit)
+}
+
+std::string Capability(const std::optional<m_Capability::Percentiles>& x, std::optional<double> lsl,
+                       std::optional<double> usl) {
+    const m_Capability::Figures f =
+        x ? m_Capability::Indices(*x, lsl, usl) : m_Capability::Figures{};
+    return JsonObject()
+        .Add("pp", Or(f.Pp))
+        .Add("ppl", Or(f.Ppl))
+        .Add("ppu", Or(f.Ppu))
+        .Add("ppk", Or(f.Ppk))
+        .Add("x0135", x ? x->X0135 : kUndefined)
+        .Add("x50", x ? x->X50 : kUndefined)
+        .Add("x99865", x ? x->X99865 : kUndefined)
+        .Str();
+}
+
+} // namespace
+
+std::string CapabilityJson(int code, const double (&p)[4], std::optional<double> lsl,
+                           std::optional<double> usl) {
+    return Capability(m_Capability::PercentilePoints(code, p[0], p[1], p[2], p[3]), lsl, usl);
+}
+
+namespace {
+
+struct DataRequest {
+    std::string Path;
+    std::optional<double> LSL, USL, Target;
+};
+
+int RunData(const DataRequest& r) {
+    const std::optional<double>&lsl = r.LSL, &usl = r.USL;
+    // The target is checked like the other limits but, as in the window, takes no
+    // part in the fraction nonconforming or the capability figures.
+
+    // Scripts read the same file the same way everywhere: "." is the decimal point.
+    const m_SampleData::Parsed data = m_SampleData::ReadFile(r.Path);
+    if (!data.Problem.empty()) return Fail("data", data.Problem);
+    m_SampleData::Summary s;
+    if (const std::string problem = m_SampleData::Describe(data.Values, s); !problem.empty())
+        return Fail("data", problem);
+
+    JsonObject out;
+    support::Recorder().Clear();
+    {
+        support::ActionScope action;
+        out.Add("n", static_cast<double>(s.N))
+            .Add("mean", s.Mean)
+            .Add("stdev", s.StDev)
+            .Add("skewness", s.Skewness)
+            .Add("kurtosis", s.Kurtosis);
+        // The exact moments, not rounded texts, as CalculateFromData passes them.
+        JohnsonDist fit;
+        fit.Calculate(s.Mean, s.StDev, s.Skewness, s.Kurtosis);
+        out.AddRaw("fit", JsonObject()
+                              .AddString("type", fit.JDistribution)
+                              .AddString("message", fit.CalcError)
+                              .Add("delta", fit.Delta)
+                              .Add("gamma", fit.Gamma)
+                              .Add("lamda", fit.Lamda)
+                              .Add("xi", fit.Xi)
+                              .Str());
+        const std::optional<int> code = CodeOfFit(fit.JDistribution);
+        const double p[4] = {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi};
+        double lower = kUndefined, upper = kUndefined;
+        if (code) {
+            namespace pc = m_PercentCertainty;
+            pc::CurrentDistribution = *code;
+            pc::Param1 = p[0], pc::Param2 = p[1], pc::Param3 = p[2], pc::Param4 = p[3];
+            lower = upper = 0; // a missing limit contributes nothing
+            if (lsl) {
+                pc::LSL = *lsl;
+                lower = pc::CalcLSLPNC();
+            }
+            if (usl) {
+                pc::USL = *usl;
+                upper = pc::CalcUSLPNC();
+            }
+        }
+        out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
+        out.AddRaw("capability",
+                   code ? CapabilityJson(*code, p, lsl, usl) : Capability(std::nullopt, lsl, usl));
+    }
+    out.AddRecorded();
+    PrintLine(out);
+    return 0;
+}
+
+} // namespace
+
+void AddData(CLI::App& program, int& status) {
+    auto r = std::make_shared<DataRequest>();
+    CLI::App* command = program.add_subcommand(
+        "data", "Moments of a sample (one value per line), the Johnson curve fitted to them, its "
+                "fraction nonconforming and capability figures.");
+    command->add_option("FILE", r->Path, "the values, or - for standard input")->required();
+    AddNumber(command, "--lsl", r->LSL, "the lower spec limit (absent: unticked)");
+    AddNumber(command, "--usl", r->USL, "the upper spec limit (absent: unticked)");
+    AddNumber(command, "--target", r->Target, "the target (checked; takes no part in the figures)");
+    command->callback([r, &status] { status = RunData(*r); });
+}
+
+} // namespace cli

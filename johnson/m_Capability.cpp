@@ -1,0 +1,140 @@
+// Percentile points and performance indices (ISO 22514-2, percentile method).
+//
+// Quantiles of the classical families in the parameterisation of the catalogue
+// (Johnson, Kotz & Balakrishnan): normal mu + sigma z; log-normal min + exp(mu +
+// sigma z); exponential (Param1 a rate) min + H / rate and Weibull min + scale
+// H^(1/shape) with the cumulative hazard H = -ln(1 - p); uniform and triangular
+// by inverting their piecewise cumulative functions. Each takes the lower and
+// the upper tail probability so that the far tail keeps its digits.
+#include "johnson/m_Capability.h"
+
+#include "engine/m_Distributions.h"
+#include "johnson/JohnsonDist.h"
+#include "support/ErrorTrap.h"
+
+#include <algorithm>
+#include <cfenv>
+#include <cmath>
+#include <utility>
+
+namespace m_Capability {
+
+namespace {
+
+constexpr const char* kPercentilePoints = "Pondera.m_Capability.PercentilePoints";
+constexpr const char* kIndices = "Pondera.m_Capability.Indices";
+
+using namespace m_Distributions;
+
+// A figure beyond the double range is no figure: it stays empty, and the
+// overflow that showed it is not an error to report beside a sound PNC.
+void Quiet() {
+    std::feclearexcept(FE_ALL_EXCEPT);
+}
+
+// One quantile: z and its two tails P(Z <= z), P(Z > z).
+struct Point {
+    double Z, Lower, Upper;
+};
+
+// The cumulative hazard -ln(1 - p) from whichever tail is the smaller.
+double Hazard(const Point& p) {
+    return p.Lower < p.Upper ? -std::log1p(-p.Lower) : -std::log(p.Upper);
+}
+
+// Empty when the calculator would refuse the parameters as well.
+std::optional<double> Quantile(int code, double p1, double p2, double p3, double p4,
+                               const Point& p) {
+    switch (code) {
+    case kNormal:
+        if (!(p2 > 0)) return std::nullopt;
+        return p1 + p2 * p.Z;
+    case kLogNormal:
+        if (!(p2 > 0)) return std::nullopt;
+        return p3 + std::exp(p1 + p2 * p.Z);
+    case kExponential:
+        if (!(p1 > 0)) return std::nullopt;
+        return p2 + Hazard(p) / p1;
+    case kWeibull:
+        if (!(p1 > 0 && p2 > 0)) return std::nullopt;
+        return p3 + p2 * std::pow(Hazard(p), 1 / p1);
+    case kUniform:
+        if (!(p1 <= p2)) return std::nullopt;
+        return p.Lower < p.Upper ? p1 + p.Lower * (p2 - p1) : p2 - p.Upper * (p2 - p1);
+    case kTriangular: {
+        if (!(p1 <= p2 && p2 <= p3)) return std::nullopt;
+        if (p1 == p3) return p1;
+        const double width = p3 - p1;
+        if (p.Lower * width <= p2 - p1) return p1 + std::sqrt(p.Lower * width * (p2 - p1));
+        return p3 - std::sqrt(p.Upper * width * (p3 - p2));
+    }
+    default: {
+        // The Johnson forms as the calculator tells them apart.
+        const int type = code == kJohnsonSB   ? JohnsonDist::kSB
+                         : code == kJohnsonSU ? JohnsonDist::kSU
+                         : code == kJohnsonSL ? JohnsonDist::kSL
+                                              : JohnsonDist::kNormal;
+        if (!(p1 > 0)) return std::nullopt;
+        if ((type == JohnsonDist::kSB || type == JohnsonDist::kSU) && !(p3 > 0))
+            return std::nullopt;
+        if (type == JohnsonDist::kSL && p3 == 0) return std::nullopt;
+        // The transform reports its own faults and answers 0, which would pass
+        // for a quantile: a point beyond the double range is left out first.
+        const double w = std::fabs((p.Z - p2) / p1);
+        if (!(w < 1e300)) return std::nullopt;
+        if (type != JohnsonDist::kNormal) {
+            const double reach = type == JohnsonDist::kSB ? std::fabs(p3)
+                                 : w < 700                ? std::fabs(p3) * std::exp(w)
+                                                          : HUGE_VAL;
+            if (!(reach + std::fabs(p4) < 1e300)) return std::nullopt;
+        }
+        return JohnsonDist().NormaltoJohnson(p.Z, p1, p2, p3, p4, type);
+    }
+    }
+}
+
+} // namespace
+
+std::optional<Percentiles> PercentilePoints(int code, double p1, double p2, double p3, double p4) {
+    std::optional<Percentiles> result;
+    support::Trap(kPercentilePoints, [&] {
+        const double tail = 0.5 * std::erfc(3 / std::sqrt(2.0)); // P(Z < -3)
+        const Point points[3] = {{-3, tail, 1 - tail}, {0, 0.5, 0.5}, {3, 1 - tail, tail}};
+        double x[3];
+        for (int i = 0; i < 3; ++i) {
+            const std::optional<double> q = Quantile(code, p1, p2, p3, p4, points[i]);
+            if (!q || !std::isfinite(*q)) return Quiet();
+            x[i] = *q;
+        }
+        // The mirrored lognormal (SL with lamda -1) falls as z rises: AS 100 then
+        // gives the upper point at z = -3.
+        if (x[0] > x[2]) std::swap(x[0], x[2]);
+        result = Percentiles{x[0], x[1], x[2]};
+        Quiet();
+    });
+    return result;
+}
+
+Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<double> usl,
+                double pncTotal) {
+    Figures f;
+    support::Trap(kIndices, [&] {
+        auto quotient = [](double above, double below) -> std::optional<double> {
+            const double r = above / below;
+            if (below > 0 && std::isfinite(r)) return r;
+            return std::nullopt;
+        };
+        if (lsl && usl) f.Pp = quotient(*usl - *lsl, x.X99865 - x.X0135);
+        if (lsl) f.Ppl = quotient(x.X50 - *lsl, x.X50 - x.X0135);
+        if (usl) f.Ppu = quotient(*usl - x.X50, x.X99865 - x.X50);
+        if (f.Ppl && f.Ppu)
+            f.Ppk = std::min(*f.Ppl, *f.Ppu);
+        else
+            f.Ppk = f.Ppl ? f.Ppl : f.Ppu;
+        if (lsl || usl) f.Ppm = quotient(pncTotal, 1e-6);
+        Quiet();
+    });
+    return f;
+}
+
+} // namespace m_Capability

@@ -1,0 +1,34 @@
+// Process performance figures beside the fraction nonconforming, by the
+// percentile method of ISO 22514-2: the curve's own quantiles stand in for
+// mean +- 3 standard deviations, so a skewed curve is judged by its tails.
+#pragma once
+
+#include <optional>
+
+namespace m_Capability {
+
+// The curve's quantiles at the normal probabilities of -3, 0 and +3 standard
+// deviations (0.135 %, 50 %, 99.865 %).
+struct Percentiles {
+    double X0135 = 0, X50 = 0, X99865 = 0;
+};
+
+// For a distribution code (1..9 as in the catalogue; any other code the Johnson
+// normal form z = gamma + delta x, as the calculator takes it) and Param1..Param4.
+// Closed forms for the six classical families, the AS 100 transform for the
+// Johnson ones. Empty when the parameters describe no curve.
+std::optional<Percentiles> PercentilePoints(int code, double p1, double p2, double p3, double p4);
+
+struct Figures {
+    std::optional<double> Pp, Ppl, Ppu, Ppk;
+    std::optional<double> Ppm; // the total fraction nonconforming in parts per million
+};
+
+// Pp = (USL - LSL) / (X99.865 - X0.135), Ppu = (USL - X50) / (X99.865 - X50),
+// Ppl = (X50 - LSL) / (X50 - X0.135), Ppk the smaller of those defined. A figure
+// that needs a missing limit, or a curve without spread on its side, is empty;
+// so is Ppm when neither limit is given.
+Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<double> usl,
+                double pncTotal = 0);
+
+} // namespace m_Capability

@@ -1,0 +1,118 @@
+// Capability figures: hand-computed normal and uniform cases, and every family's
+// percentile points put back through the calculator's cumulative probability.
+#include "johnson/m_Capability.h"
+
+#include "engine/m_Distributions.h"
+#include "engine/m_PercentCertainty.h"
+#include "tests/helpers/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+namespace {
+
+using namespace m_Distributions;
+using std::nullopt;
+
+constexpr double kTail = 0.00134989803163009452; // P(Z < -3), from tables
+using Opt = std::optional<double>;
+
+struct IndexRow {
+    const char* Name;
+    int Code;
+    double P1, P2;
+    Opt Lsl, Usl;
+    Opt Pp, Ppl, Ppu, Ppk, Ppm;
+};
+
+// Normal 10, 2: X0.135, X50, X99.865 = 4, 10, 16. Uniform 0..10: 10t, 5, 10 - 10t.
+const IndexRow kIndexRows[] = {
+    {"normal_both", kNormal, 10, 2, 4, 18, 14 / 12.0, 1, 8 / 6.0, 1, 2700},
+    {"normal_usl_only", kNormal, 10, 2, nullopt, 13, nullopt, nullopt, 0.5, 0.5, 2700},
+    {"normal_no_limits", kNormal, 10, 2, nullopt, nullopt, nullopt, nullopt, nullopt, nullopt,
+     nullopt},
+    {"uniform_both", kUniform, 0, 10, 1, 9, 8 / (10 - 20 * kTail), 4 / (5 - 10 * kTail),
+     4 / (5 - 10 * kTail), 4 / (5 - 10 * kTail), 2700},
+    // A point mass has no spread: nothing to divide by.
+    {"uniform_point_mass", kUniform, 5, 5, 4, 6, nullopt, nullopt, nullopt, nullopt, 2700},
+};
+
+class CapabilityIndices : public testing_support::RecordingTest,
+                          public ::testing::WithParamInterface<IndexRow> {};
+
+TEST_P(CapabilityIndices, MatchTheHandComputedFigures) {
+    const IndexRow& r = GetParam();
+    const auto x = m_Capability::PercentilePoints(r.Code, r.P1, r.P2, 0, 0);
+    ASSERT_TRUE(x);
+    const m_Capability::Figures f = m_Capability::Indices(*x, r.Lsl, r.Usl, 0.0027);
+    const std::pair<Opt, Opt> pairs[] = {
+        {f.Pp, r.Pp}, {f.Ppl, r.Ppl}, {f.Ppu, r.Ppu}, {f.Ppk, r.Ppk}, {f.Ppm, r.Ppm}};
+    for (const auto& [got, want] : pairs) {
+        ASSERT_EQ(got.has_value(), want.has_value());
+        if (want) {
+            EXPECT_NEAR(*got, *want, 1e-12 * *want);
+        }
+    }
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, CapabilityIndices, ::testing::ValuesIn(kIndexRows),
+                         [](const auto& info) { return std::string(info.param.Name); });
+
+struct CurveRow {
+    const char* Name;
+    int Code; // 0: the Johnson normal form
+    double P[4];
+};
+
+const CurveRow kCurves[] = {
+    {"Normal", kNormal, {10, 2}},
+    {"LogNormal", kLogNormal, {0.5, 0.8, 3}},
+    {"Exponential", kExponential, {2, 1}},
+    {"Weibull", kWeibull, {1.7, 3, -1}},
+    {"Uniform", kUniform, {-1, 4}},
+    {"Triangular", kTriangular, {0, 1, 5}},
+    {"Triangular_mode_at_max", kTriangular, {0, 5, 5}},
+    {"JohnsonSB", kJohnsonSB, {1.36, 1.98, 8.59, -1.82}},
+    {"JohnsonSU", kJohnsonSU, {1.97, -1.13, 1.44, -1.0}},
+    {"JohnsonSL", kJohnsonSL, {1.81, -0.66, 1, -0.68}},
+    {"JohnsonSL_mirrored", kJohnsonSL, {5.11, -4.65, -1, 4.53}},
+    {"Johnson_normal_form", 0, {0.5, -2.5}},
+};
+
+class CapabilityPercentiles : public testing_support::RecordingTest,
+                              public ::testing::WithParamInterface<CurveRow> {};
+
+// The cumulative probability at each point is the normal one at -3, 0 and +3:
+// the quantiles invert the calculator's own distribution functions.
+TEST_P(CapabilityPercentiles, AreTheCurvesQuantiles) {
+    const CurveRow& r = GetParam();
+    const auto x = m_Capability::PercentilePoints(r.Code, r.P[0], r.P[1], r.P[2], r.P[3]);
+    ASSERT_TRUE(x);
+    m_PercentCertainty::CurrentDistribution = r.Code; // tells the calculator the Johnson form
+    const std::string key = m_PercentCertainty::CalculatorName(r.Code);
+    auto cdf = [&](double v) { return PNC_LSL(key, v, r.P[0], r.P[1], r.P[2], r.P[3]); };
+    auto upper = [&](double v) { return PNC_USL_Upper(key, v, r.P[0], r.P[1], r.P[2], r.P[3]); };
+    EXPECT_NEAR(cdf(x->X0135), kTail, 1e-10 * kTail);
+    EXPECT_NEAR(cdf(x->X50), 0.5, 1e-12);
+    EXPECT_NEAR(upper(x->X99865), kTail, 1e-10 * kTail);
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Families, CapabilityPercentiles, ::testing::ValuesIn(kCurves),
+                         [](const auto& info) { return std::string(info.param.Name); });
+
+class Capability : public testing_support::RecordingTest {};
+
+TEST_F(Capability, ParametersWithoutACurveHaveNoPercentiles) {
+    const CurveRow rows[] = {
+        {"", kNormal, {0, 0}}, {"", kJohnsonSL, {1, 0, 0, 0}}, {"", kJohnsonSU, {1, 2000, 1, 0}}};
+    for (const CurveRow& r : rows)
+        EXPECT_FALSE(m_Capability::PercentilePoints(r.Code, r.P[0], r.P[1], r.P[2], r.P[3]))
+            << r.Code;
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+} // namespace

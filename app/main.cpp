@@ -2,6 +2,7 @@
 #include "settings/CAppSettings.h"
 #include "settings/DisplayOptions.h"
 #include "support/ErrorTrap.h"
+#include "support/Format.h"
 #include "support/MExceptionHandler.h"
 #include "support/UserFace.h"
 #include "support/m_Interface.h"
@@ -21,6 +22,9 @@ constexpr const char* kMain = "Pondera.m_Main.Main";
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    // Qt has set the C library's locale from the environment: numbers are read
+    // and shown with the user's decimal separator.
+    support::SetDecimalSeparator(support::LocaleDecimalSeparator());
     QApplication::setApplicationName("Pondera");
     QApplication::setOrganizationName("Qarvanto Labs, LLC");
     QApplication::setApplicationVersion(PONDERA_VERSION);

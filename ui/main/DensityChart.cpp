@@ -131,10 +131,11 @@ Result Draw(PictureBox& surface, const Input& in) {
         const uint32_t color = out ? in.OutSpecColor : in.InSpecColor;
         surface.SetForeColor(color);
         surface.SetFillColor(color);
-        const double own = std::floor(px[i] + 0.5);
-        const double left = std::min(own, std::floor((px[i - 1] + px[i]) / 2 + 0.5));
-        const double right = std::max(own, std::floor((px[i] + px[i + 1]) / 2 + 0.5) - 1);
-        surface.Box(left, g.Y0, right, py, color, true);
+        // From halfway to the left neighbour to halfway to the right one, and
+        // never narrower than the sample's own pixel; edges at device resolution.
+        const double left = std::min(px[i], (px[i - 1] + px[i]) / 2);
+        const double right = std::max(px[i] + 1, (px[i] + px[i + 1]) / 2);
+        surface.FillArea(left, std::min(g.Y0, py), right, std::max(g.Y0, py) + 1, color);
     }
     surface.SetForeColor(kBlack);
 

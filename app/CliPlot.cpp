@@ -82,6 +82,7 @@ struct PlotArgs {
     std::optional<double> NumStDev, XMin, XMax;
     std::optional<int> XTicks, YTicks;
     int Width = 0, Height = 0;
+    std::optional<double> Scale;
     std::optional<std::string> Png;
 };
 
@@ -96,6 +97,8 @@ int PlotUsage() {
                "  --decimals N (0-6)  --display decimal|scientific\n"
                "  --range stdev|endpoints  --num-stdev K  --xmin A  --xmax B\n"
                "  --xticks N  --yticks N  --size WxH  --png FILE\n"
+               "  --scale F              device pixels per pixel (0.5 to 8): the PNG is\n"
+               "                         F times the size, as on a screen of that scale\n"
                "Presses Plot and prints one JSON object: fields, status, messages, errors,\n"
                "range, points, focus.\n",
                stderr);
@@ -121,7 +124,7 @@ bool Parse(const Args& args, PlotArgs& p, std::string& error) {
             "--dist",     "--param1",  "--param2", "--param3",    "--param4",   "--lsl",
             "--target",   "--usl",     "--mean",   "--stdev",     "--skewness", "--kurtosis",
             "--decimals", "--display", "--range",  "--num-stdev", "--xmin",     "--xmax",
-            "--xticks",   "--yticks",  "--size",   "--png"};
+            "--xticks",   "--yticks",  "--size",   "--png",       "--scale"};
         if (std::find(std::begin(kValued), std::end(kValued), flag) == std::end(kValued)) {
             error = "unknown option " + flag;
             return false;
@@ -184,6 +187,10 @@ bool Parse(const Args& args, PlotArgs& p, std::string& error) {
                 return error = "--size takes WxH, each 50 to 4000", false;
             p.Width = w;
             p.Height = h;
+        } else if (flag == "--scale") {
+            if (!ParseArg(value, number) || !(number >= 0.5 && number <= 8))
+                return error = "--scale takes a number from 0.5 to 8", false;
+            p.Scale = number;
         } else if (flag == "--png") {
             p.Png = value;
         } else {
@@ -232,6 +239,9 @@ int RunPlot(const Args& args) {
     frm_Pondera& w = *window;
     face.Window = &w;
     if (p.Width > 0) w.pb_PDF->setFixedSize(p.Width, p.Height);
+    if (p.Scale)
+        for (PictureBox* surface : w.findChildren<PictureBox*>())
+            surface->SetPixelRatio(*p.Scale);
     w.show();
     QApplication::processEvents();
 

@@ -2,13 +2,13 @@
 
 #include "ui/draw/Look.h"
 
+#include <QEvent>
 #include <QFocusEvent>
 #include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QEvent>
 #include <QRegion>
 #include <QResizeEvent>
 
@@ -270,13 +270,18 @@ QSize PictureBox::sizeHint() const {
 // scale, drawn afresh by whoever listens to Resized.
 bool PictureBox::event(QEvent* event) {
     if (event->type() == QEvent::ScreenChangeInternal || event->type() == QEvent::Show) {
-        if (FollowScreen()) emit Resized();
+        if (FollowScreen()) RatioFollowed();
     }
     return QWidget::event(event);
 }
 
+void PictureBox::RatioFollowed() {
+    emit Resized();
+    emit RatioChanged();
+}
+
 void PictureBox::paintEvent(QPaintEvent*) {
-    if (FollowScreen()) emit Resized();
+    if (FollowScreen()) RatioFollowed();
     EndPainting();
     QPainter p(this);
     // One image pixel per device pixel.

@@ -114,6 +114,8 @@ class PictureBox : public QWidget {
     // The picture has been resized to the widget or to a new pixel ratio (it
     // keeps what fitted, scaled): time to draw it afresh.
     void Resized();
+    // The picture follows a new pixel ratio (after Resized).
+    void RatioChanged();
 
   protected:
     bool event(QEvent* event) override;
@@ -130,6 +132,7 @@ class PictureBox : public QWidget {
     void ResizeImage(int width, int height, double ratio);
     // Takes the screen's ratio unless one was set; true when it changed.
     bool FollowScreen();
+    void RatioFollowed();
     long long Device(double v) const;
     void FillPixels(long long c0, long long r0, long long c1, long long r1, uint32_t bgr);
     const QFontMetricsF& Metrics() const;

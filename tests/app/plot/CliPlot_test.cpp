@@ -76,31 +76,42 @@ TEST(CliPlot, BadCommandLinesAreUsageErrors) {
     }
 }
 
-class CliPng : public WindowTest {};
+class CliPng : public WindowTest {
+  protected:
+    // The PNG pondera-cli writes against the same steps by hand in a window of
+    // our own whose chart has the given logical size and pixel ratio.
+    void CompareWithWindow(int width, int height, double scale, QSize pixels) {
+        QTemporaryDir dir;
+        const QString file = dir.filePath("chart.png");
+        const QString size = QString("%1x%2").arg(width).arg(height);
+        const QJsonObject out =
+            RunCli({"plot", "--dist", "Weibull", "--param1", "1.5", "--lsl", "4", "--target", "8",
+                    "--usl", "20", "--xticks", "4", "--size", size, "--scale",
+                    QString::number(scale), "--png", file});
+        ASSERT_TRUE(out["messages"].toArray().isEmpty());
+        QImage fromCli(file);
+        ASSERT_EQ(fromCli.size(), pixels);
+
+        w->pb_PDF->setFixedSize(width, height);
+        w->pb_PDF->SetPixelRatio(scale);
+        QApplication::processEvents();
+        DisplayOptions::AppXTicks = 4;
+        Choose("Weibull");
+        Type(w->tb_Param1, "1.5");
+        Tick(w->cb_LSL, w->tb_LSL, "4");
+        Tick(w->cb_Target, w->tb_Target, "8");
+        Tick(w->cb_USL, w->tb_USL, "20");
+        EXPECT_EQ(ImageDiff(fromCli.convertToFormat(QImage::Format_RGB32), w->pb_PDF->Image()), "");
+        EXPECT_EQ(FieldText(out, "tb_PNC").toStdString(), Text(w->tb_PNC));
+    }
+};
 
 TEST_F(CliPng, TheChartFileIsTheWindowsChart) {
-    QTemporaryDir dir;
-    const QString file = dir.filePath("chart.png");
-    const QJsonObject out =
-        RunCli({"plot", "--dist", "Weibull", "--param1", "1.5", "--lsl", "4", "--target", "8",
-                "--usl", "20", "--xticks", "4", "--size", "800x500", "--png", file});
-    ASSERT_TRUE(out["messages"].toArray().isEmpty());
-    QImage fromCli(file);
-    ASSERT_FALSE(fromCli.isNull());
+    CompareWithWindow(800, 500, 1, QSize(800, 500));
+}
 
-    // The same steps by hand in a window of our own.
-    w->pb_PDF->setFixedSize(800, 500);
-    QApplication::processEvents();
-    DisplayOptions::AppXTicks = 4;
-    Choose("Weibull");
-    Type(w->tb_Param1, "1.5");
-    Tick(w->cb_LSL, w->tb_LSL, "4");
-    Tick(w->cb_Target, w->tb_Target, "8");
-    Tick(w->cb_USL, w->tb_USL, "20");
-    const QImage& inWindow = w->pb_PDF->Image();
-    ASSERT_EQ(inWindow.size(), QSize(800, 500));
-    EXPECT_EQ(ImageDiff(fromCli.convertToFormat(QImage::Format_RGB32), inWindow), "");
-    EXPECT_EQ(FieldText(out, "tb_PNC").toStdString(), Text(w->tb_PNC));
+TEST_F(CliPng, AScaledChartHasDevicePixels) {
+    CompareWithWindow(400, 250, 2, QSize(800, 500));
 }
 
 // Every command answers the same bytes whatever the user's locale: the JSON

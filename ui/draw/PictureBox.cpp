@@ -226,6 +226,45 @@ void PictureBox::FillArea(double left, double top, double right, double bottom, 
     FillPixels(c0, r0, std::max(c0, Device(right) - 1), std::max(r0, Device(bottom) - 1), bgr);
 }
 
+void PictureBox::FillBars(const std::vector<Bar>& bars) {
+    struct Span {
+        long long C0, C1, R0, R1;
+        QRgb Value;
+    };
+    std::vector<Span> spans;
+    spans.reserve(bars.size());
+    long long top = image_.height(), bottom = -1;
+    for (const Bar& b : bars) {
+        if (!Finite(b.Left, b.Top, b.Right, b.Bottom)) continue;
+        const long long c0 = Device(b.Left), r0 = Device(b.Top);
+        Span s{std::max(c0, 0LL), std::min(std::max(c0, Device(b.Right) - 1), image_.width() - 1LL),
+               std::max(r0, 0LL),
+               std::min(std::max(r0, Device(b.Bottom) - 1), image_.height() - 1LL),
+               look::ToQColor(b.Bgr).rgb()};
+        if (s.C0 > s.C1 || s.R0 > s.R1) continue;
+        top = std::min(top, s.R0);
+        bottom = std::max(bottom, s.R1);
+        spans.push_back(s);
+    }
+    if (spans.empty()) return;
+    if (!image_.isDetached()) EndPainting();
+    uchar* bits = image_.bits();
+    const qsizetype stride = image_.bytesPerLine();
+    const qsizetype step = stride / static_cast<qsizetype>(sizeof(QRgb));
+    constexpr long long kBand = 32;
+    for (long long band = top; band <= bottom; band += kBand) {
+        const long long bandEnd = std::min(band + kBand - 1, bottom);
+        for (const Span& s : spans) {
+            const long long r0 = std::max(s.R0, band), r1 = std::min(s.R1, bandEnd);
+            const long long width = s.C1 - s.C0 + 1;
+            auto* p = reinterpret_cast<QRgb*>(bits + r0 * stride) + s.C0;
+            for (long long r = r0; r <= r1; ++r, p += step)
+                for (long long c = 0; c < width; ++c)
+                    p[c] = s.Value;
+        }
+    }
+}
+
 void PictureBox::Print(const QString& text) {
     QPainter& p = Painter();
     p.setFont(DrawFont());

@@ -18,6 +18,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class QPainter;
 
@@ -79,6 +80,14 @@ class PictureBox : public QWidget {
     // Fills between the edges left..right and top..bottom (ends excluded),
     // rounded to device pixels; at least one device pixel each way.
     void FillArea(double left, double top, double right, double bottom, uint32_t bgr);
+    // Many FillAreas at once, in order, each from its top down to its bottom:
+    // the chart's shading, written band by band so a large picture stays in
+    // the cache.
+    struct Bar {
+        double Left, Right, Top, Bottom;
+        uint32_t Bgr;
+    };
+    void FillBars(const std::vector<Bar>& bars);
     // Prints text with its top-left corner at (CurrentX, CurrentY) in ForeColor;
     // afterwards CurrentX is 0 and CurrentY one text line lower.
     void Print(const QString& text);

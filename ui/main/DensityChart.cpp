@@ -124,6 +124,8 @@ Result Draw(PictureBox& surface, const Input& in) {
         px[0] = px[1];
         px[n + 1] = px[n];
     }
+    std::vector<PictureBox::Bar> bars;
+    bars.reserve(n);
     for (std::size_t i = 1; i <= n; ++i) {
         const double x = in.X[i];
         const double py = g.Py(in.Y[i]);
@@ -135,8 +137,9 @@ Result Draw(PictureBox& surface, const Input& in) {
         // never narrower than the sample's own pixel; edges at device resolution.
         const double left = std::min(px[i], (px[i - 1] + px[i]) / 2);
         const double right = std::max(px[i] + 1, (px[i] + px[i + 1]) / 2);
-        surface.FillArea(left, std::min(g.Y0, py), right, std::max(g.Y0, py) + 1, color);
+        bars.push_back({left, right, std::min(g.Y0, py), std::max(g.Y0, py) + 1, color});
     }
+    surface.FillBars(bars);
     surface.SetForeColor(kBlack);
 
     // Ticks and their labels.

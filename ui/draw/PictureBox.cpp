@@ -251,7 +251,7 @@ void PictureBox::FillBars(const std::vector<Bar>& bars) {
     uchar* bits = image_.bits();
     const qsizetype stride = image_.bytesPerLine();
     const qsizetype step = stride / static_cast<qsizetype>(sizeof(QRgb));
-    constexpr long long kBand = 32;
+    constexpr long long kBand = 8;
     for (long long band = top; band <= bottom; band += kBand) {
         const long long bandEnd = std::min(band + kBand - 1, bottom);
         for (const Span& s : spans) {

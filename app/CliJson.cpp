@@ -4,6 +4,7 @@
 #include "support/Format.h"
 #include "support/UserFace.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <iostream>
@@ -51,9 +52,10 @@ std::string Quote(std::string_view text) {
 
 std::string Number(double value) {
     if (!std::isfinite(value)) return "null";
+    // to_chars ignores the locale, which Qt sets from the environment.
     char buf[32];
-    std::snprintf(buf, sizeof buf, "%.17g", value);
-    return buf;
+    const auto result = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, 17);
+    return std::string(buf, result.ptr);
 }
 
 std::string NumberArray(const std::vector<double>& values) {

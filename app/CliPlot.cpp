@@ -81,6 +81,7 @@ struct PlotArgs {
     std::optional<double> NumStDev, XMin, XMax;
     std::optional<int> XTicks, YTicks;
     int Width = 0, Height = 0;
+    std::optional<double> Scale;
     std::optional<std::string> Png;
 };
 
@@ -141,6 +142,17 @@ void AddOptions(CLI::App* c, PlotArgs& p) {
          },
          "size of the chart in pixels")
         ->type_name("WxH");
+    c->add_option_function<std::string>(
+         "--scale",
+         [&p](const std::string& text) {
+             double v = 0;
+             if (!ParseArg(text, v) || !(v >= 0.5 && v <= 8))
+                 BadValue("--scale", "takes a number from 0.5 to 8");
+             p.Scale = v;
+         },
+         "device pixels per pixel (0.5 to 8): the PNG is F times the size, as on a screen of "
+         "that scale")
+        ->type_name("F");
     AddText(c, "--png", p.Png, "save the chart as a PNG file")->type_name("FILE");
 }
 
@@ -173,6 +185,9 @@ int RunPlot(const PlotArgs& p) {
     frm_Pondera& w = *window;
     face.Window = &w;
     if (p.Width > 0) w.pb_PDF->setFixedSize(p.Width, p.Height);
+    if (p.Scale)
+        for (PictureBox* surface : w.findChildren<PictureBox*>())
+            surface->SetPixelRatio(*p.Scale);
     w.show();
     QApplication::processEvents();
 

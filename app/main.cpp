@@ -2,6 +2,7 @@
 #include "settings/CAppSettings.h"
 #include "settings/DisplayOptions.h"
 #include "support/ErrorTrap.h"
+#include "support/Format.h"
 #include "support/MExceptionHandler.h"
 #include "support/UserFace.h"
 #include "support/Version.h"
@@ -87,6 +88,9 @@ int main(int argc, char** argv) {
     if (const int status = ReadCommandLine(argc, argv); status >= 0) return status;
 
     QApplication app(argc, argv);
+    // Qt has set the C library's locale from the environment: numbers are read
+    // and shown with the user's decimal separator.
+    support::SetDecimalSeparator(support::LocaleDecimalSeparator());
     // The desktop entry names the program to the desktop (task bar, Wayland).
     QGuiApplication::setDesktopFileName(support::kAppId);
     QApplication::setWindowIcon(AppIcon());

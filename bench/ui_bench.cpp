@@ -1,5 +1,6 @@
 // The window's speed where a person feels it: one Plot while a marker is
-// dragged (N = 75) and after (N = 500) on an 800 x 500 chart, one step of a
+// dragged (N = 75) and after (N = 500) on an 800 x 500 chart, the same and a
+// marker drag step on a display at scale 2 (1600 x 1000 device pixels), one step of a
 // drag on the skewness-kurtosis chart (fit, 50 points, redraw, PNC), and the
 // start-up to the first drawn chart. Runs off screen with its own settings
 // store and error log, never the user's.
@@ -7,6 +8,7 @@
 #if __has_include(<QApplication>)
 #include "settings/DisplayOptions.h"
 #include "support/UserFace.h"
+#include "ui/draw/MarkerShape.h"
 #include "ui/draw/PictureBox.h"
 #include "ui/main/frm_Pondera.h"
 
@@ -48,11 +50,13 @@ QApplication& App() {
 }
 
 // A shown window with an 800 x 500 chart and both spec limits ticked.
-std::unique_ptr<frm_Pondera> MakeWindow() {
+std::unique_ptr<frm_Pondera> MakeWindow(double ratio = 1) {
     App();
     support::SetFace(nullptr);
     auto w = std::make_unique<frm_Pondera>();
     w->pb_PDF->setFixedSize(800, 500);
+    w->pb_PDF->SetPixelRatio(ratio);
+    w->pb_Slider->SetPixelRatio(ratio);
     w->show();
     QApplication::processEvents();
     w->tb_LSL->setText("-2");
@@ -63,8 +67,8 @@ std::unique_ptr<frm_Pondera> MakeWindow() {
     return w;
 }
 
-void PlotAt(benchmark::State& state, int n) {
-    auto w = MakeWindow();
+void PlotAt(benchmark::State& state, int n, double ratio = 1) {
+    auto w = MakeWindow(ratio);
     w->NumPoints = n;
     for (auto _ : state)
         w->Plot();
@@ -77,6 +81,24 @@ void BM_Plot_N75_800x500(benchmark::State& state) {
 }
 void BM_Plot_N500_800x500(benchmark::State& state) {
     PlotAt(state, 500);
+}
+
+void BM_Plot_N500_800x500_Ratio2(benchmark::State& state) {
+    PlotAt(state, 500, 2);
+}
+
+// One mouse move with the LSL marker armed: the marker follows, the limit's
+// field is written and the chart is drawn with 75 points.
+void BM_MarkerDragStep_Ratio2(benchmark::State& state) {
+    auto w = MakeWindow(2);
+    const double centre = w->sh_LSL->Left() + w->sh_LSL->Width() / 2.0;
+    w->pb_Slider_MouseDown(1, 0, centre, 5);
+    int step = 0;
+    for (auto _ : state)
+        w->pb_Slider_MouseMove(1, 0, centre + (step++ % 40), 5);
+    state.counters["armed"] = w->DragLSL;
+    w->pb_Slider_MouseUp(1, 0, centre, 5);
+    support::Recorder().Clear();
 }
 
 void BM_MomentsDragStep_SB(benchmark::State& state) {
@@ -111,6 +133,8 @@ void BM_StartUpToFirstChart(benchmark::State& state) {
 
 BENCHMARK(BM_Plot_N75_800x500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Plot_N500_800x500)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Plot_N500_800x500_Ratio2)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MarkerDragStep_Ratio2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MomentsDragStep_SB)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_StartUpToFirstChart)->Unit(benchmark::kMillisecond)->Iterations(20);
 #endif

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Installs the Debian packages Pondera needs, but only those dpkg says are missing.
+# Installs the Debian packages Pondera needs, but only those dpkg says are missing,
+# and generates the locales the decimal-separator tests run under.
 set -euo pipefail
 packages=(
   build-essential cmake pkg-config clang-format
   qt6-base-dev qt6-base-dev-tools libgl-dev
   libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb xauth xclip fonts-wine
+  xvfb xauth xclip fonts-wine locales
   libcli11-dev
   desktop-file-utils appstream man-db file gzip dpkg-dev fakeroot lintian
 )
@@ -15,10 +16,18 @@ for p in "${packages[@]}"; do
     missing+=("$p")
   fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
-echo "Installing: ${missing[*]}"
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
-export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -qq
-$sudo apt-get install -y -qq "${missing[@]}"
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "Installing: ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update -qq
+  $sudo apt-get install -y -qq "${missing[@]}"
+fi
+# en_US uses a point and de_DE a comma: the tests read numbers under both.
+for loc in en_US de_DE; do
+  if ! locale -a 2>/dev/null | grep -qix "$loc.utf-\?8"; then
+    echo "Generating the $loc.UTF-8 locale"
+    $sudo localedef -i "$loc" -f UTF-8 "$loc.UTF-8" || echo "could not generate $loc.UTF-8; its tests are skipped"
+  fi
+done

@@ -3,13 +3,20 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace support {
 
 namespace {
+
+char& Separator() {
+    static char separator = '.';
+    return separator;
+}
 
 struct Pattern {
     int intDigits = 1; // '0' placeholders before the point
@@ -104,14 +111,37 @@ std::string FormatGeneral(double value) {
 
 } // namespace
 
-std::string Format(double value, std::string_view pattern) {
-    if (!std::isfinite(value)) return "Error";
-    if (pattern.empty()) return FormatGeneral(value);
-    const Pattern p = Parse(pattern);
-    return p.scientific ? FormatScientific(value, p) : FormatFixed(value, p);
+char DecimalSeparator() {
+    return Separator();
 }
 
-std::optional<double> ParseNumber(std::string_view text) {
+void SetDecimalSeparator(char separator) {
+    Separator() = separator;
+}
+
+char LocaleDecimalSeparator() {
+    const char* point = std::localeconv()->decimal_point;
+    return point && std::strlen(point) == 1 ? point[0] : '.';
+}
+
+std::string Format(double value, std::string_view pattern, char separator) {
+    if (!std::isfinite(value)) return "Error";
+    std::string text;
+    if (pattern.empty()) {
+        text = FormatGeneral(value);
+    } else {
+        const Pattern p = Parse(pattern);
+        text = p.scientific ? FormatScientific(value, p) : FormatFixed(value, p);
+    }
+    if (separator != '.') std::replace(text.begin(), text.end(), '.', separator);
+    return text;
+}
+
+std::optional<double> ParseNumber(std::string_view input, char separator) {
+    // The user's separator stands for the point; no other character does.
+    std::string buffer(input);
+    if (separator != '.') std::replace(buffer.begin(), buffer.end(), separator, '.');
+    const std::string_view text = buffer;
     size_t i = 0, n = text.size();
     auto space = [&](size_t k) { return std::isspace(static_cast<unsigned char>(text[k])) != 0; };
     auto digit = [&](size_t k) {

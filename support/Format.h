@@ -1,5 +1,9 @@
 // Number formatting by pattern, as the old runtime's Format did, and the one
 // rule for what counts as a number in an input field.
+//
+// Both speak the user's decimal separator: the window sets it from the numeric
+// locale at start, so a German user reads and types 1,5. Everything else
+// (settings, the command-line tool's JSON) keeps the point, the default.
 #pragma once
 
 #include <optional>
@@ -8,16 +12,31 @@
 
 namespace support {
 
+// The decimal separator of numbers shown to and typed by the user; '.' until set.
+char DecimalSeparator();
+void SetDecimalSeparator(char separator);
+// The numeric locale's separator (as setlocale left it); '.' when the locale's
+// is not a single character.
+char LocaleDecimalSeparator();
+
 // pattern "0.000": fixed, rounded to the places shown; "0.00E+00": scientific,
 // mantissa with the places shown, signed exponent of at least two digits;
 // "" : general form (up to 15 significant digits, exponent form for very large
 // or small magnitudes). Never yields "-0..." for a value that rounds to zero.
-std::string Format(double value, std::string_view pattern);
+// The decimal point is written as `separator`.
+std::string Format(double value, std::string_view pattern, char separator);
+inline std::string Format(double value, std::string_view pattern) {
+    return Format(value, pattern, DecimalSeparator());
+}
 
 // Optional surrounding spaces, optional sign, digits with an optional decimal
-// point, an optional exponent; empty text, "nan", "inf", hexadecimal and values
-// beyond the double range are not numbers.
-std::optional<double> ParseNumber(std::string_view text);
+// point ('.' or `separator`), an optional exponent; empty text, "nan", "inf",
+// hexadecimal, thousands separators and values beyond the double range are not
+// numbers.
+std::optional<double> ParseNumber(std::string_view text, char separator);
+inline std::optional<double> ParseNumber(std::string_view text) {
+    return ParseNumber(text, DecimalSeparator());
+}
 inline bool IsNumeric(std::string_view text) {
     return ParseNumber(text).has_value();
 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -91,3 +92,44 @@ TEST(ParseNumber, OneRuleForEveryInputField) {
 }
 
 } // namespace
+
+// The user's separator comes from the numeric locale; the point is always
+// understood too, and nothing is taken for a thousands separator.
+TEST(DecimalSeparator, ParseAndDisplayUnderTheUsersLocale) {
+    struct Row {
+        const char* Locale;
+        char Separator;
+        bool CommaIsNumber; // "1,5"
+        const char* Scientific;
+        const char* Fixed;
+    };
+    const Row rows[] = {
+        {"C", '.', false, "1.500000E+00", "-0.25"},
+        {"en_US.UTF-8", '.', false, "1.500000E+00", "-0.25"},
+        {"de_DE.UTF-8", ',', true, "1,500000E+00", "-0,25"},
+    };
+    for (const Row& row : rows) {
+        if (!std::setlocale(LC_NUMERIC, row.Locale)) {
+            std::setlocale(LC_NUMERIC, "C");
+            GTEST_SKIP() << row.Locale << " is not generated (scripts/install-deps.sh does it)";
+        }
+        const char sep = support::LocaleDecimalSeparator();
+        std::setlocale(LC_NUMERIC, "C");
+        EXPECT_EQ(sep, row.Separator) << row.Locale;
+        EXPECT_EQ(support::ParseNumber("1.5", sep), 1.5) << row.Locale;
+        EXPECT_EQ(support::ParseNumber("1,5", sep).has_value(), row.CommaIsNumber) << row.Locale;
+        if (row.CommaIsNumber) {
+            EXPECT_EQ(support::ParseNumber(" -1,5e2 ", sep), -150.0);
+        }
+        for (const char* text : {"1,234.5", "1.234,5", "1,2,3", ",", "1 234"})
+            EXPECT_FALSE(support::ParseNumber(text, sep).has_value()) << row.Locale << " " << text;
+        EXPECT_EQ(support::Format(1.5, "0.000000E+00", sep), row.Scientific);
+        EXPECT_EQ(support::Format(-0.25, "0.00", sep), row.Fixed);
+    }
+    // The program-wide setting is what the one-argument forms use.
+    support::SetDecimalSeparator(',');
+    EXPECT_EQ(support::Format(2.5, ""), "2,5");
+    EXPECT_EQ(support::Val("2,5"), 2.5);
+    support::SetDecimalSeparator('.');
+    EXPECT_FALSE(support::IsNumeric("2,5"));
+}

@@ -2,6 +2,7 @@
 
 #include "ui/draw/Look.h"
 
+#include <QEvent>
 #include <QFocusEvent>
 #include <QFontMetricsF>
 #include <QKeyEvent>
@@ -59,7 +60,7 @@ PictureBox::PictureBox(QWidget* parent) : QWidget(parent), fontName_(look::AppFo
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
-    ResizeImage(width(), height());
+    ResizeImage(width(), height(), devicePixelRatioF());
 }
 
 PictureBox::~PictureBox() {
@@ -67,8 +68,25 @@ PictureBox::~PictureBox() {
 }
 
 void PictureBox::SetPictureSize(int width, int height) {
-    ResizeImage(width, height);
+    ResizeImage(width, height, ratio_);
     resize(std::max(width, 0), std::max(height, 0));
+}
+
+void PictureBox::SetPixelRatio(double ratio) {
+    if (!(ratio >= 0.25 && ratio <= 16)) return;
+    ratioSet_ = true;
+    ResizeImage(width_, height_, ratio);
+}
+
+bool PictureBox::FollowScreen() {
+    const double screen = devicePixelRatioF();
+    if (ratioSet_ || screen == ratio_ || !(screen > 0)) return false;
+    ResizeImage(width_, height_, screen);
+    return true;
+}
+
+long long PictureBox::Device(double v) const {
+    return RoundPixel(v * ratio_);
 }
 
 QFont PictureBox::DrawFont() const {
@@ -103,21 +121,28 @@ QImage& PictureBox::Image() {
     return image_;
 }
 
-void PictureBox::ResizeImage(int width, int height) {
+void PictureBox::ResizeImage(int width, int height, double ratio) {
     // A zero-sized widget keeps a 1 x 1 picture so drawing never has to ask.
     width = std::max(width, 1);
     height = std::max(height, 1);
-    if (width == image_.width() && height == image_.height()) return;
+    if (width == width_ && height == height_ && ratio == ratio_ && !image_.isNull()) return;
     EndPainting();
-    QImage resized(width, height, QImage::Format_RGB32);
+    metrics_.reset();
+    QImage resized(std::max(1, static_cast<int>(std::lround(width * ratio))),
+                   std::max(1, static_cast<int>(std::lround(height * ratio))),
+                   QImage::Format_RGB32);
     resized.setDotsPerMeterX(kDotsPerMeter);
     resized.setDotsPerMeterY(kDotsPerMeter);
+    resized.setDevicePixelRatio(ratio);
     resized.fill(look::ToQColor(backColor_));
     if (!image_.isNull()) {
         QPainter p(&resized);
-        p.drawImage(0, 0, image_);
+        p.drawImage(QPointF(0, 0), image_);
     }
     image_ = resized;
+    width_ = width;
+    height_ = height;
+    ratio_ = ratio;
 }
 
 void PictureBox::Cls() {
@@ -134,18 +159,23 @@ void PictureBox::Line(double x1, double y1, double x2, double y2) {
 void PictureBox::Line(double x1, double y1, double x2, double y2, uint32_t bgr) {
     if (!Finite(x1, y1, x2, y2)) return;
     // Upright and level lines, the charts' whole diet, are filled as pixel
-    // rectangles: coordinates round to the nearest pixel, ends included, and
-    // a width of w covers w pixels across, centred on the line.
+    // rectangles: at ratio 1 coordinates round to the nearest pixel, ends
+    // included, and a width of w covers w pixels across, centred on the line.
+    // At other ratios the same edges are rounded to device pixels, and every
+    // line of one width is equally many device pixels wide.
     if (x1 == x2 || y1 == y2) {
-        const int half = drawWidth_ / 2;
+        const double half = drawWidth_ / 2;
+        const long long across = std::max(1LL, RoundPixel(drawWidth_ * ratio_));
         if (x1 == x2) {
-            const long long c0 = RoundPixel(x1) - half;
-            const long long r0 = RoundPixel(std::min(y1, y2)), r1 = RoundPixel(std::max(y1, y2));
-            FillPixels(c0, r0, c0 + drawWidth_ - 1, r1, bgr);
+            const long long c0 = Device(x1 - half);
+            const long long r0 = Device(std::min(y1, y2));
+            const long long r1 = std::max(r0, Device(std::max(y1, y2) + 1) - 1);
+            FillPixels(c0, r0, c0 + across - 1, r1, bgr);
         } else {
-            const long long r0 = RoundPixel(y1) - half;
-            const long long c0 = RoundPixel(std::min(x1, x2)), c1 = RoundPixel(std::max(x1, x2));
-            FillPixels(c0, r0, c1, r0 + drawWidth_ - 1, bgr);
+            const long long r0 = Device(y1 - half);
+            const long long c0 = Device(std::min(x1, x2));
+            const long long c1 = std::max(c0, Device(std::max(x1, x2) + 1) - 1);
+            FillPixels(c0, r0, c1, r0 + across - 1, bgr);
         }
         return;
     }
@@ -180,14 +210,59 @@ void PictureBox::Box(double x1, double y1, double x2, double y2, uint32_t bgr, b
     if (!Finite(x1, y1, x2, y2)) return;
     if (filled) {
         // Corners inclusive, as the old box fill.
-        FillPixels(RoundPixel(std::min(x1, x2)), RoundPixel(std::min(y1, y2)),
-                   RoundPixel(std::max(x1, x2)), RoundPixel(std::max(y1, y2)), bgr);
+        FillArea(std::min(x1, x2), std::min(y1, y2), std::max(x1, x2) + 1, std::max(y1, y2) + 1,
+                 bgr);
         return;
     }
     Line(x1, y1, x2, y1, bgr);
     Line(x2, y1, x2, y2, bgr);
     Line(x2, y2, x1, y2, bgr);
     Line(x1, y2, x1, y1, bgr);
+}
+
+void PictureBox::FillArea(double left, double top, double right, double bottom, uint32_t bgr) {
+    if (!Finite(left, top, right, bottom)) return;
+    const long long c0 = Device(left), r0 = Device(top);
+    FillPixels(c0, r0, std::max(c0, Device(right) - 1), std::max(r0, Device(bottom) - 1), bgr);
+}
+
+void PictureBox::FillBars(const std::vector<Bar>& bars) {
+    struct Span {
+        long long C0, C1, R0, R1;
+        QRgb Value;
+    };
+    std::vector<Span> spans;
+    spans.reserve(bars.size());
+    long long top = image_.height(), bottom = -1;
+    for (const Bar& b : bars) {
+        if (!Finite(b.Left, b.Top, b.Right, b.Bottom)) continue;
+        const long long c0 = Device(b.Left), r0 = Device(b.Top);
+        Span s{std::max(c0, 0LL), std::min(std::max(c0, Device(b.Right) - 1), image_.width() - 1LL),
+               std::max(r0, 0LL),
+               std::min(std::max(r0, Device(b.Bottom) - 1), image_.height() - 1LL),
+               look::ToQColor(b.Bgr).rgb()};
+        if (s.C0 > s.C1 || s.R0 > s.R1) continue;
+        top = std::min(top, s.R0);
+        bottom = std::max(bottom, s.R1);
+        spans.push_back(s);
+    }
+    if (spans.empty()) return;
+    if (!image_.isDetached()) EndPainting();
+    uchar* bits = image_.bits();
+    const qsizetype stride = image_.bytesPerLine();
+    const qsizetype step = stride / static_cast<qsizetype>(sizeof(QRgb));
+    constexpr long long kBand = 8;
+    for (long long band = top; band <= bottom; band += kBand) {
+        const long long bandEnd = std::min(band + kBand - 1, bottom);
+        for (const Span& s : spans) {
+            const long long r0 = std::max(s.R0, band), r1 = std::min(s.R1, bandEnd);
+            const long long width = s.C1 - s.C0 + 1;
+            auto* p = reinterpret_cast<QRgb*>(bits + r0 * stride) + s.C0;
+            for (long long r = r0; r <= r1; ++r, p += step)
+                for (long long c = 0; c < width; ++c)
+                    p[c] = s.Value;
+        }
+    }
 }
 
 void PictureBox::Print(const QString& text) {
@@ -218,8 +293,11 @@ double PictureBox::TextHeight(const QString& text) const {
 
 uint32_t PictureBox::GetPixel(int x, int y) {
     EndPainting();
-    if (x < 0 || y < 0 || x >= image_.width() || y >= image_.height()) return kInvalidPixel;
-    const QRgb rgb = image_.pixel(x, y);
+    if (x < 0 || y < 0 || x >= width_ || y >= height_) return kInvalidPixel;
+    const auto at = [&](int v, int size) {
+        return std::clamp(static_cast<int>(std::floor((v + 0.5) * ratio_)), 0, size - 1);
+    };
+    const QRgb rgb = image_.pixel(at(x, image_.width()), at(y, image_.height()));
     return look::RGB(qRed(rgb), qGreen(rgb), qBlue(rgb));
 }
 
@@ -227,18 +305,35 @@ QSize PictureBox::sizeHint() const {
     return QSize(320, 240);
 }
 
-void PictureBox::paintEvent(QPaintEvent* event) {
+// A window moved to a screen of another scale gets a picture of that
+// scale, drawn afresh by whoever listens to Resized.
+bool PictureBox::event(QEvent* event) {
+    if (event->type() == QEvent::ScreenChangeInternal || event->type() == QEvent::Show) {
+        if (FollowScreen()) RatioFollowed();
+    }
+    return QWidget::event(event);
+}
+
+void PictureBox::RatioFollowed() {
+    emit Resized();
+    emit RatioChanged();
+}
+
+void PictureBox::paintEvent(QPaintEvent*) {
+    if (FollowScreen()) RatioFollowed();
     EndPainting();
     QPainter p(this);
-    p.drawImage(event->rect(), image_, event->rect());
+    // One image pixel per device pixel.
+    p.drawImage(QPointF(0, 0), image_);
     // Beyond the picture (a moment before it follows a resize) shows the background.
-    const QRegion outside = QRegion(rect()).subtracted(QRegion(image_.rect()));
+    const QRegion outside = QRegion(rect()).subtracted(QRegion(0, 0, width_, height_));
     for (const QRect& r : outside)
         p.fillRect(r, look::ToQColor(backColor_));
 }
 
 void PictureBox::resizeEvent(QResizeEvent* event) {
-    ResizeImage(event->size().width(), event->size().height());
+    ResizeImage(event->size().width(), event->size().height(),
+                ratioSet_ ? ratio_ : devicePixelRatioF());
     QWidget::resizeEvent(event);
     emit Resized();
 }

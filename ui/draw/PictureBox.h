@@ -1,6 +1,11 @@
 // A drawing surface that keeps its picture between repaints, as the old picture
-// box with persistent drawing did: all drawing goes into an RGB32 image in
-// pixel units, the widget only shows that image.
+// box with persistent drawing did: all drawing goes into an RGB32 image, the
+// widget only shows that image.
+//
+// Coordinates are the widget's (logical) pixels; the image holds device pixels
+// for the screen's pixel ratio (1.5 on a 150 % display), so lines, fills, text
+// and anti-aliased dots are placed at device resolution and stay sharp. At
+// ratio 1 both are the same and every rule reads as in whole pixels.
 //
 // Colours are 0x00BBGGRR (or a system colour, see look::ToQColor). Mouse
 // buttons are reported as the old runtime numbered them: 1 left, 2 right,
@@ -13,6 +18,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class QPainter;
 
@@ -23,12 +29,17 @@ class PictureBox : public QWidget {
     explicit PictureBox(QWidget* parent = nullptr);
     ~PictureBox() override;
 
-    // Inner size in pixels (the image's size).
-    int ScaleWidth() const { return image_.width(); }
-    int ScaleHeight() const { return image_.height(); }
-    // Sets the image size directly (a surface that is not laid out, e.g. off
-    // screen); the widget is resized to match.
+    // Inner size in logical pixels.
+    int ScaleWidth() const { return width_; }
+    int ScaleHeight() const { return height_; }
+    // Sets the picture's logical size directly (a surface that is not laid
+    // out, e.g. off screen); the widget is resized to match.
     void SetPictureSize(int width, int height);
+
+    // Device pixels per logical pixel. The surface follows its screen's ratio
+    // until one is set here (an image rendered at a chosen scale, a test).
+    double PixelRatio() const { return ratio_; }
+    void SetPixelRatio(double ratio);
 
     uint32_t BackColor() const { return backColor_; }
     void SetBackColor(uint32_t bgr) { backColor_ = bgr; }
@@ -66,6 +77,17 @@ class PictureBox : public QWidget {
     // A rectangle between two corners (inclusive), outlined in the given colour
     // and, when filled, filled with it.
     void Box(double x1, double y1, double x2, double y2, uint32_t bgr, bool filled);
+    // Fills between the edges left..right and top..bottom (ends excluded),
+    // rounded to device pixels; at least one device pixel each way.
+    void FillArea(double left, double top, double right, double bottom, uint32_t bgr);
+    // Many FillAreas at once, in order, each from its top down to its bottom:
+    // the chart's shading, written band by band so a large picture stays in
+    // the cache.
+    struct Bar {
+        double Left, Right, Top, Bottom;
+        uint32_t Bgr;
+    };
+    void FillBars(const std::vector<Bar>& bars);
     // Prints text with its top-left corner at (CurrentX, CurrentY) in ForeColor;
     // afterwards CurrentX is 0 and CurrentY one text line lower.
     void Print(const QString& text);
@@ -73,12 +95,13 @@ class PictureBox : public QWidget {
     double TextWidth(const QString& text) const;
     double TextHeight(const QString& text = QStringLiteral("Ag")) const;
 
-    // The colour of one pixel (x, y from the top-left, from 0) as 0x00BBGGRR;
-    // kInvalidPixel outside the picture.
+    // The colour of one logical pixel (x, y from the top-left, from 0) as
+    // 0x00BBGGRR, read at its centre; kInvalidPixel outside the picture.
     static constexpr uint32_t kInvalidPixel = 0xFFFFFFFF;
     uint32_t GetPixel(int x, int y);
 
-    // The picture. Ends any drawing in progress first.
+    // The picture in device pixels (its devicePixelRatio is PixelRatio()).
+    // Ends any drawing in progress first.
     QImage& Image();
     // Shows the picture after drawing (the old Refresh).
     void Refresh() { update(); }
@@ -97,10 +120,14 @@ class PictureBox : public QWidget {
     void GotFocus();
     void LostFocus();
     void KeyDown(int key, int shift);
-    // The picture has been resized to the widget (it keeps what fitted).
+    // The picture has been resized to the widget or to a new pixel ratio (it
+    // keeps what fitted, scaled): time to draw it afresh.
     void Resized();
+    // The picture follows a new pixel ratio (after Resized).
+    void RatioChanged();
 
   protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -111,11 +138,18 @@ class PictureBox : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    void ResizeImage(int width, int height);
+    void ResizeImage(int width, int height, double ratio);
+    // Takes the screen's ratio unless one was set; true when it changed.
+    bool FollowScreen();
+    void RatioFollowed();
+    long long Device(double v) const;
     void FillPixels(long long c0, long long r0, long long c1, long long r1, uint32_t bgr);
     const QFontMetricsF& Metrics() const;
 
     QImage image_;
+    int width_ = 0, height_ = 0;
+    double ratio_ = 1;
+    bool ratioSet_ = false;
     std::unique_ptr<QPainter> painter_;
     mutable std::unique_ptr<QFontMetricsF> metrics_; // of DrawFont on the picture
     uint32_t backColor_ = 0xFFFFFF;

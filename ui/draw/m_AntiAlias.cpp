@@ -3,6 +3,7 @@
 #include "support/ErrorTrap.h"
 #include "ui/draw/m_GetDIBBits.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -33,7 +34,36 @@ int Pixel(long long v) {
     return static_cast<int>(v);
 }
 
-void Dot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, int green, int blue) {
+// A logical position in the buffer's device pixels: the column scales; the
+// row keeps the buffer's rule that pixel y is screen row y - 1, one logical
+// row as at ratio 1.
+double DeviceX(const m_GetDIBBits::PixelBuffer& b, double x) {
+    return x * b.Ratio;
+}
+double DeviceY(const m_GetDIBBits::PixelBuffer& b, double y) {
+    return (y - 1) * b.Ratio + 1;
+}
+
+// A dot one logical pixel square, ratio device pixels a side, shares its
+// colour among the device pixels it covers by the area it covers of each.
+void ScaledDot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, int green,
+               int blue) {
+    const double s = buffer.Ratio;
+    const double left = DeviceX(buffer, x), top = DeviceY(buffer, y);
+    const long long c0 = Floor(left), r0 = Floor(top);
+    const long long c1 = Floor(std::ceil(left + s)) - 1, r1 = Floor(std::ceil(top + s)) - 1;
+    for (long long r = r0; r <= r1; ++r) {
+        const double wy = std::min<double>(r + 1, top + s) - std::max<double>(r, top);
+        for (long long c = c0; c <= c1; ++c) {
+            const double wx = std::min<double>(c + 1, left + s) - std::max<double>(c, left);
+            const double w = std::clamp(wx * wy, 0.0, 1.0);
+            if (w > 0) buffer.Blend(Pixel(c), Pixel(r), red, green, blue, w);
+        }
+    }
+}
+
+// A dot of one buffer pixel, split over the four pixels around it.
+void UnitDot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, int green, int blue) {
     const long long ix = Floor(x);
     const long long iy = Floor(y);
     const double fx = x - static_cast<double>(ix);
@@ -46,6 +76,13 @@ void Dot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, int gre
     buffer.Blend(Pixel(ix + 1), Pixel(iy), red, green, blue, fx * (1 - fy));
     buffer.Blend(Pixel(ix), Pixel(iy + 1), red, green, blue, (1 - fx) * fy);
     buffer.Blend(Pixel(ix + 1), Pixel(iy + 1), red, green, blue, fx * fy);
+}
+
+void Dot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, int green, int blue) {
+    if (buffer.Ratio == 1)
+        UnitDot(buffer, x, y, red, green, blue);
+    else
+        ScaledDot(buffer, x, y, red, green, blue);
 }
 } // namespace
 
@@ -64,10 +101,15 @@ void AADot(double x, double y, int red, int green, int blue) {
 
 // Xiaolin Wu's line: one step per pixel along the longer axis; at each step the
 // colour is shared between the two pixels that straddle the line.
+// At a ratio above 1 the line is one device pixel wide, at device resolution.
 void AALine(double x1, double y1, double x2, double y2, int red, int green, int blue) {
     support::Trap(kAALine, [&] {
         if (!m_GetDIBBits::IsOpen()) return;
         m_GetDIBBits::PixelBuffer& buffer = m_GetDIBBits::Current();
+        if (buffer.Ratio != 1) {
+            x1 = DeviceX(buffer, x1), x2 = DeviceX(buffer, x2);
+            y1 = DeviceY(buffer, y1), y2 = DeviceY(buffer, y2);
+        }
         const double dx = x2 - x1, dy = y2 - y1;
         if (!std::isfinite(dx) || !std::isfinite(dy))
             support::Raise(support::kErrOverflow, support::kAppTitle, "");
@@ -80,7 +122,7 @@ void AALine(double x1, double y1, double x2, double y2, int red, int green, int 
             std::swap(b1, b2);
         }
         if (a1 == a2) {
-            Dot(buffer, x1, y1, red, green, blue);
+            UnitDot(buffer, x1, y1, red, green, blue);
             return;
         }
         const double slope = (b2 - b1) / (a2 - a1);

@@ -47,6 +47,7 @@ bool OpenOn(QImage& image) {
         image.convertTo(QImage::Format_RGB32);
     Access& s = State();
     s.View = PixelBuffer::View(image.bits(), image.width(), image.height(), image.bytesPerLine());
+    s.View.Ratio = image.devicePixelRatio();
     s.Target = &s.View;
     return true;
 }
@@ -94,6 +95,7 @@ PixelBuffer& PixelBuffer::operator=(PixelBuffer&& other) noexcept {
     Width = other.Width;
     Height = other.Height;
     RowStride = other.RowStride;
+    Ratio = other.Ratio;
     Owned = std::move(other.Owned);
     Bits = owns ? Owned.data() : other.Bits;
     other.Width = other.Height = 0;

@@ -29,6 +29,11 @@ struct PixelBuffer {
     std::ptrdiff_t RowStride = 0;
     // The bytes when the buffer owns them.
     std::vector<uint8_t> Owned;
+    // Device pixels per unit of the positions the anti-aliased dots and lines
+    // are given: a surface's pixel ratio, so the charts place them in logical
+    // pixels and they land at device resolution. The pixel calls here work in
+    // the buffer's own pixels.
+    double Ratio = 1;
 
     // A buffer of its own, all entries 0 (black).
     static PixelBuffer Make(int width, int height);

@@ -3,9 +3,11 @@
 #include "support/ErrorTrap.h"
 #include "ui/draw/PictureBox.h"
 
+#include <QBuffer>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QImage>
+#include <QMimeData>
 
 namespace m_PictureBoxCopy {
 
@@ -18,7 +20,17 @@ void CopyEntirePicture(PictureBox& surface) {
         QClipboard* clipboard = QGuiApplication::clipboard();
         if (!clipboard) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
         // A copy of its own: the clipboard keeps it after the surface redraws.
-        clipboard->setImage(surface.Image().copy(), QClipboard::Clipboard);
+        // PNG is offered first (lossless, what most programs paste best), the
+        // bitmap forms after it.
+        const QImage image = surface.Image().copy();
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        image.save(&buffer, "PNG");
+        auto* data = new QMimeData;
+        data->setData(QStringLiteral("image/png"), png);
+        data->setImageData(image);
+        clipboard->setMimeData(data, QClipboard::Clipboard);
     });
 }
 

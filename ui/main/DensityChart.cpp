@@ -124,6 +124,8 @@ Result Draw(PictureBox& surface, const Input& in) {
         px[0] = px[1];
         px[n + 1] = px[n];
     }
+    std::vector<PictureBox::Bar> bars;
+    bars.reserve(n);
     for (std::size_t i = 1; i <= n; ++i) {
         const double x = in.X[i];
         const double py = g.Py(in.Y[i]);
@@ -131,11 +133,13 @@ Result Draw(PictureBox& surface, const Input& in) {
         const uint32_t color = out ? in.OutSpecColor : in.InSpecColor;
         surface.SetForeColor(color);
         surface.SetFillColor(color);
-        const double own = std::floor(px[i] + 0.5);
-        const double left = std::min(own, std::floor((px[i - 1] + px[i]) / 2 + 0.5));
-        const double right = std::max(own, std::floor((px[i] + px[i + 1]) / 2 + 0.5) - 1);
-        surface.Box(left, g.Y0, right, py, color, true);
+        // From halfway to the left neighbour to halfway to the right one, and
+        // never narrower than the sample's own pixel; edges at device resolution.
+        const double left = std::min(px[i], (px[i - 1] + px[i]) / 2);
+        const double right = std::max(px[i] + 1, (px[i] + px[i + 1]) / 2);
+        bars.push_back({left, right, std::min(g.Y0, py), std::max(g.Y0, py) + 1, color});
     }
+    surface.FillBars(bars);
     surface.SetForeColor(kBlack);
 
     // Ticks and their labels.

@@ -537,6 +537,10 @@ void frm_Pondera::ConnectHandlers() {
     connect(pb_PDF, &PictureBox::Resized, this, [this] {
         RunAsAction([&] { support::Trap(kForm_Resize, [&] { RedrawLastChart(); }); });
     });
+    // On a screen of another scale the moments chart and the titles are drawn anew.
+    connect(pb_SkewKurt, &PictureBox::RatioChanged, this, act(&frm_Pondera::cb_LockSkewness_Click));
+    for (PictureBox* title : {pb_YTitle, pb_Lock})
+        connect(title, &PictureBox::RatioChanged, this, act(&frm_Pondera::Form_Paint));
 
     // Enter in an input field presses Plot (which does nothing while it is disabled).
     for (QLineEdit* box : {tb_Param1, tb_Param2, tb_Param3, tb_Param4, tb_LSL, tb_Target, tb_USL,

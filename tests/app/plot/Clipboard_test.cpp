@@ -28,16 +28,24 @@ TEST_F(Clipboard, CopyIsReadBackByAnotherProgram) {
     w->mnuCopytoClipboard->trigger();
 
     // xclip asks this process for the data: keep the event loop running meanwhile.
-    QProcess xclip;
-    QEventLoop loop;
-    QObject::connect(&xclip, &QProcess::finished, &loop, &QEventLoop::quit);
-    QTimer::singleShot(20000, &loop, &QEventLoop::quit);
-    xclip.start("xclip", {"-selection", "clipboard", "-t", "image/png", "-o"});
-    loop.exec();
-    ASSERT_EQ(xclip.state(), QProcess::NotRunning);
-    ASSERT_EQ(xclip.exitCode(), 0) << xclip.readAllStandardError().toStdString();
+    auto paste = [](const QString& target) {
+        QProcess xclip;
+        QEventLoop loop;
+        QObject::connect(&xclip, &QProcess::finished, &loop, &QEventLoop::quit);
+        QTimer::singleShot(20000, &loop, &QEventLoop::quit);
+        xclip.start("xclip", {"-selection", "clipboard", "-t", target, "-o"});
+        loop.exec();
+        EXPECT_EQ(xclip.exitCode(), 0) << xclip.readAllStandardError().toStdString();
+        return xclip.readAllStandardOutput();
+    };
+    // PNG is the first image form offered, the bitmap forms follow.
+    QList<QByteArray> targets = paste("TARGETS").split('\n');
+    targets.removeIf([](const QByteArray& t) { return !t.startsWith("image/"); });
+    ASSERT_FALSE(targets.isEmpty());
+    EXPECT_EQ(targets.front(), "image/png");
+    EXPECT_TRUE(targets.contains("image/bmp"));
 
     QImage pasted;
-    ASSERT_TRUE(pasted.loadFromData(xclip.readAllStandardOutput(), "PNG"));
+    ASSERT_TRUE(pasted.loadFromData(paste("image/png"), "PNG"));
     EXPECT_EQ(ImageDiff(pasted.convertToFormat(QImage::Format_RGB32), w->pb_PDF->Image()), "");
 }

@@ -10,14 +10,15 @@
 #pragma once
 
 #include "ui/main/DensityChart.h"
+#include "ui/main/MomentsStep.h"
+#include "ui/main/PlotPipeline.h"
 #include "ui/main/SkewKurtChart.h"
 
 #include <QMainWindow>
 
 #include <array>
-
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 class DistributionCombo;
@@ -113,7 +114,7 @@ class frm_Pondera : public QMainWindow {
     // Parameters as Plot last read them.
     double Param1 = 0, Param2 = 0, Param3 = 0;
     // The moments last drawn (mean, standard deviation, skewness, kurtosis).
-    double CurMean = 0, CurStDev = 0, CurSkewness = 0, CurKurtosis = 0;
+    PlotPipeline::Moments Current;
     // Geometry of the last drawing of pb_PDF, read by the marker drag.
     DensityChart::Geometry ChartGeometry;
     // The sampled curve of the last good plot (1-based, element 0 unused).
@@ -210,33 +211,27 @@ class frm_Pondera : public QMainWindow {
     void showEvent(QShowEvent* event) override;
 
   private:
-    void BuildControls();
-    void BuildMenus();
     void ConnectHandlers();
     void WatchFocus(QWidget* widget);
-    void MarkersFromDrawing(const DensityChart::Result& result);
-    void SkewKurtLockClick();
-    SkewKurtChart::PickScale ReadPickScale() const;
+    // What the fields hold, for the pipeline.
+    PlotPipeline::PlotInputs ReadPlotInputs() const;
+    PlotPipeline::Limits ReadLimits() const;
+    QLineEdit* Box(PlotPipeline::Field field) const;
+    // True, after its message and with its field focused, when a check failed.
+    bool Refused(const PlotPipeline::Check& check);
+    // Draws a sampled curve and keeps it as the last good plot.
+    void ShowCurve(PlotPipeline::Curve curve, double low, double high);
+    void WriteRangeBack(double low, double high);
     void ShowResults();
-    void ShowPNC(const QString& lower, const QString& upper, const QString& total);
+    void ShowPNC(const std::array<std::string, 3>& texts);
+    void DrawChart(const DensityChart::Input& input, PictureBox& surface);
+    SkewKurtChart::PickScale ReadPickScale() const;
+    void MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos);
+    void SkewKurtLockClick();
     void EnablePlot(const char* label);
     void MomentChanged(const char* label);
     void FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box);
     void SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box);
-    void DrawChart(const DensityChart::Input& input, PictureBox& surface);
-    // Mean +- k standard deviations or the fixed endpoints, widened so that
-    // every ticked limit lies in it (an unticked one counts as +-1e299).
-    std::pair<double, double> DisplayRange(double mean, double stDev) const;
-    void WriteRangeBack(double low, double high);
-    // The spec-limit fields in the order LSL, Target, USL, with their messages.
-    struct LimitField {
-        QCheckBox* Check;
-        QLineEdit* Box;
-        const char* Message;
-    };
-    std::array<LimitField, 3> LimitFields() const;
-    // False, after the message and with the field focused, when a ticked limit is not a number.
-    bool LimitFieldsAreNumbers();
     // The LSL and USL markers with their boxes and drag flags.
     struct DragMarker {
         QCheckBox* Check;
@@ -254,10 +249,7 @@ class frm_Pondera : public QMainWindow {
     bool haveChart_ = false;
     // Spec limits of the last drawing, for the redraw after a resize.
     DensityChart::Limit lastLSL_, lastTarget_, lastUSL_;
-    // The last fit drawn in moments mode (the exact values, not the shown text).
-    struct Fit {
-        bool Valid = false;
-        std::string Type;
-        double Delta = 0, Gamma = 0, Lamda = 0, Xi = 0;
-    } fit_;
+    // The last fit drawn in moments mode (the exact values, not the shown
+    // text); empty when it had no curve.
+    std::optional<MomentsStep::Fit> fit_;
 };

@@ -91,6 +91,20 @@ void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments
     into.Kurtosis = m_Distributions::Kurtosis(code, oArgs[0], oArgs[1], oArgs[2]);
 }
 
+std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& pattern) {
+    return {support::Format(m.Mean, pattern), support::Format(m.StDev, pattern),
+            support::Format(m.Skewness, pattern), support::Format(m.Kurtosis, pattern)};
+}
+
+std::array<ParamRow, 4> ParamRows(const std::string& name) {
+    std::array<ParamRow, 4> rows;
+    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
+    if (!entry || entry->Code > m_Distributions::kUniform) return rows;
+    for (int i = 0; i < 4; ++i)
+        if (entry->Slots[i].Label) rows[i] = {entry->Slots[i].Label, entry->Slots[i].DefaultText};
+    return rows;
+}
+
 std::pair<double, double> DisplayRange(double mean, double stDev, const RangeOptions& options,
                                        const Limits& limits) {
     double low = options.XMin, high = options.XMax;

@@ -82,6 +82,18 @@ struct Moments {
 // ones set, and the range is then chosen from what was set.
 void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into);
 
+// The moment boxes' texts in the display pattern.
+std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& pattern);
+
+// A parameter row after choosing a distribution: its caption (nullptr hides
+// the row) and the text put into its field (nullptr leaves the field alone).
+// The Johnson kinds show no rows and leave their fields alone.
+struct ParamRow {
+    const char* Label = nullptr;
+    const char* DefaultText = nullptr;
+};
+std::array<ParamRow, 4> ParamRows(const std::string& name);
+
 // Mean +- k standard deviations or the fixed endpoints, widened so that every
 // ticked limit lies in it (an unticked one counts as +-1e299).
 std::pair<double, double> DisplayRange(double mean, double stDev, const RangeOptions& options,

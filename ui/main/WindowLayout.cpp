@@ -5,10 +5,14 @@
 #include "ui/draw/MarkerShape.h"
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/TitledFrame.h"
+#include "ui/draw/m_TextRotate.h"
+#include "ui/main/QtFace.h"
 #include "ui/main/frm_Pondera.h"
 
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QFontMetrics>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -315,6 +319,137 @@ void BuildMenus(frm_Pondera& w) {
     w.mnuOptions->setObjectName("mnuOptions");
     w.mnuAbout = view->addAction("About");
     w.mnuAbout->setObjectName("mnuAbout");
+}
+
+// Every handler is connected here, each run as one user action.
+void Connect(frm_Pondera& w) {
+    frm_Pondera* self = &w;
+    auto act = [self](auto member) {
+        return [self, member] { RunAsAction([&] { (self->*member)(); }); };
+    };
+    auto mouse = [self](auto member) {
+        return [self, member](int button, int shift, double x, double y) {
+            RunAsAction([&] { (self->*member)(button, shift, x, y); });
+        };
+    };
+
+    QObject::connect(w.but_Plot, &QPushButton::clicked, self, act(&frm_Pondera::but_Plot_Click));
+    QObject::connect(w.dd_Distribution, &QComboBox::activated, self,
+                     act(&frm_Pondera::dd_Distribution_Click));
+
+    QObject::connect(w.tb_Param1, &QLineEdit::textChanged, self,
+                     act(&frm_Pondera::tb_Param1_Change));
+    QObject::connect(w.tb_Param2, &QLineEdit::textChanged, self,
+                     act(&frm_Pondera::tb_Param2_Change));
+    QObject::connect(w.tb_Param3, &QLineEdit::textChanged, self,
+                     act(&frm_Pondera::tb_Param3_Change));
+    QObject::connect(w.tb_Param4, &QLineEdit::textChanged, self,
+                     act(&frm_Pondera::tb_Param4_Change));
+    QObject::connect(w.tb_LSL, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_LSL_Change));
+    QObject::connect(w.tb_Target, &QLineEdit::textChanged, self,
+                     act(&frm_Pondera::tb_Target_Change));
+    QObject::connect(w.tb_USL, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_USL_Change));
+    QObject::connect(w.tb_Mean, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_Mean_Change));
+    QObject::connect(w.tb_StDev, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_StDev_Change));
+    QObject::connect(w.tb_Skewness, &QLineEdit::textChanged, self,
+                     act(&frm_Pondera::tb_Skewness_Change));
+    QObject::connect(w.tb_Kurtosis, &QLineEdit::textChanged, self,
+                     act(&frm_Pondera::tb_Kurtosis_Change));
+
+    QObject::connect(w.cb_LSL, &QCheckBox::clicked, self, act(&frm_Pondera::cb_LSL_Click));
+    QObject::connect(w.cb_Target, &QCheckBox::clicked, self, act(&frm_Pondera::cb_Target_Click));
+    QObject::connect(w.cb_USL, &QCheckBox::clicked, self, act(&frm_Pondera::cb_USL_Click));
+    QObject::connect(w.cb_DrawbyMoments, &QCheckBox::clicked, self,
+                     act(&frm_Pondera::cb_DrawbyMoments_Click));
+    QObject::connect(w.cb_LockSkewness, &QCheckBox::clicked, self,
+                     act(&frm_Pondera::cb_LockSkewness_Click));
+    QObject::connect(w.cb_LockKurtosis, &QCheckBox::clicked, self,
+                     act(&frm_Pondera::cb_LockKurtosis_Click));
+
+    QObject::connect(w.mnuXAxis, &QAction::triggered, self, act(&frm_Pondera::mnuXAxis_Click));
+    QObject::connect(w.mnuYAxis, &QAction::triggered, self, act(&frm_Pondera::mnuYAxis_Click));
+    QObject::connect(w.mnuLabels, &QAction::triggered, self, act(&frm_Pondera::mnuLabels_Click));
+    QObject::connect(w.mnuCopytoClipboard, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuCopytoClipboard_Click));
+    QObject::connect(w.mnuOptions, &QAction::triggered, self, act(&frm_Pondera::mnuOptions_Click));
+    QObject::connect(w.mnuAbout, &QAction::triggered, self, act(&frm_Pondera::mnuAbout_Click));
+    QObject::connect(w.mnuQuit, &QAction::triggered, self, act(&frm_Pondera::mnuQuit_Click));
+
+    QObject::connect(w.pb_PDF, &PictureBox::MouseDown, self, mouse(&frm_Pondera::pb_PDF_MouseDown));
+    QObject::connect(w.pb_PDF, &PictureBox::MouseMove, self, mouse(&frm_Pondera::pb_PDF_MouseMove));
+    QObject::connect(w.pb_PDF, &PictureBox::MouseUp, self, mouse(&frm_Pondera::pb_PDF_MouseUp));
+    QObject::connect(w.pb_Slider, &PictureBox::MouseDown, self,
+                     mouse(&frm_Pondera::pb_Slider_MouseDown));
+    QObject::connect(w.pb_Slider, &PictureBox::MouseMove, self,
+                     mouse(&frm_Pondera::pb_Slider_MouseMove));
+    QObject::connect(w.pb_Slider, &PictureBox::MouseUp, self,
+                     mouse(&frm_Pondera::pb_Slider_MouseUp));
+    QObject::connect(w.pb_SkewKurt, &PictureBox::MouseDown, self,
+                     mouse(&frm_Pondera::pb_SkewKurt_MouseDown));
+    QObject::connect(w.pb_SkewKurt, &PictureBox::MouseMove, self,
+                     mouse(&frm_Pondera::pb_SkewKurt_MouseMove));
+    QObject::connect(w.pb_SkewKurt, &PictureBox::MouseUp, self,
+                     mouse(&frm_Pondera::pb_SkewKurt_MouseUp));
+    QObject::connect(w.pb_PDF, &PictureBox::KeyDown, self,
+                     [self](int, int) { RunAsAction([&] { self->pb_PDF_KeyDown(); }); });
+    QObject::connect(w.pb_Slider, &PictureBox::GotFocus, self,
+                     act(&frm_Pondera::pb_Slider_GotFocus));
+    QObject::connect(w.pb_SkewKurt, &PictureBox::GotFocus, self,
+                     act(&frm_Pondera::pb_SkewKurt_GotFocus));
+
+    // A resize redraws the last good chart; the small surfaces keep their text.
+    QObject::connect(w.pb_PDF, &PictureBox::Resized, self, act(&frm_Pondera::Form_Resize));
+
+    // Enter in an input field presses Plot (which does nothing while it is disabled).
+    for (QLineEdit* box :
+         {w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4, w.tb_LSL, w.tb_Target, w.tb_USL,
+          w.tb_Mean, w.tb_StDev, w.tb_Skewness, w.tb_Kurtosis})
+        QObject::connect(box, &QLineEdit::returnPressed, w.but_Plot, &QPushButton::click);
+
+    // Focus events have no signal: they come through the one event filter.
+    for (QWidget* widget : std::initializer_list<QWidget*>{
+             w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4, w.tb_LSL, w.tb_Target, w.tb_USL,
+             w.cb_LSL, w.cb_Target, w.cb_USL, w.dd_Distribution, w.but_Plot, w.tb_Mean, w.tb_StDev,
+             w.tb_Skewness, w.tb_Kurtosis, w.tb_Ymax, w.cb_DrawbyMoments})
+        widget->installEventFilter(self);
+}
+
+FocusHandler FocusHandlerOf(const frm_Pondera& w, const QObject* watched) {
+    const std::pair<const QObject*, FocusHandler> table[] = {
+        {w.tb_Param1, &frm_Pondera::tb_Param1_GotFocus},
+        {w.tb_Param2, &frm_Pondera::tb_Param2_GotFocus},
+        {w.tb_Param3, &frm_Pondera::tb_Param3_GotFocus},
+        {w.tb_Param4, &frm_Pondera::tb_Param4_GotFocus},
+        {w.tb_LSL, &frm_Pondera::tb_LSL_GotFocus},
+        {w.tb_Target, &frm_Pondera::tb_Target_GotFocus},
+        {w.tb_USL, &frm_Pondera::tb_USL_GotFocus},
+        {w.cb_LSL, &frm_Pondera::cb_LSL_GotFocus},
+        {w.cb_Target, &frm_Pondera::cb_Target_GotFocus},
+        {w.cb_USL, &frm_Pondera::cb_USL_GotFocus},
+        {w.dd_Distribution, &frm_Pondera::dd_Distribution_GotFocus},
+        {w.but_Plot, &frm_Pondera::but_Plot_GotFocus},
+        {w.tb_Mean, &frm_Pondera::tb_Mean_GotFocus},
+        {w.tb_StDev, &frm_Pondera::tb_StDev_GotFocus},
+        {w.tb_Skewness, &frm_Pondera::tb_Skewness_GotFocus},
+        {w.tb_Kurtosis, &frm_Pondera::tb_Kurtosis_GotFocus},
+        {w.tb_Ymax, &frm_Pondera::tb_Ymax_GotFocus},
+        {w.cb_DrawbyMoments, &frm_Pondera::cb_DrawbyMoments_GotFocus},
+    };
+    for (const auto& [object, handler] : table)
+        if (object == watched) return handler;
+    return nullptr;
+}
+
+void PaintUpright(PictureBox& pb, const QString& text, int size) {
+    pb.Cls();
+    QFont font(look::AppFontFamily());
+    font.setPixelSize(size);
+    const double textWidth = QFontMetrics(font).horizontalAdvance(text);
+    // Reading upward, centred on the surface.
+    const double x = (pb.ScaleWidth() - size) / 2.0;
+    const double y = (pb.ScaleHeight() + textWidth) / 2.0;
+    m_TextRotate::PrintRotatedText(pb, text, x, y, 900, "Tahoma", size, false, false);
+    pb.Refresh();
 }
 
 } // namespace WindowLayout

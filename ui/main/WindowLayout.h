@@ -1,9 +1,13 @@
-// The main window's controls and menus, created, named and laid out once by
-// frm_Pondera's constructor; and the look of a locked field.
+// The main window's controls and menus, created, named, laid out and wired to
+// their handlers once by frm_Pondera's constructor; and the look of a locked field.
 #pragma once
 
+#include "ui/main/frm_Pondera.h"
+
 class QLineEdit;
-class frm_Pondera;
+class QObject;
+class QString;
+class PictureBox;
 
 namespace WindowLayout {
 
@@ -12,6 +16,14 @@ namespace WindowLayout {
 void Build(frm_Pondera& w);
 // File, Edit and View with their items.
 void BuildMenus(frm_Pondera& w);
+// Every handler connected to its control's signal, each run as one user
+// action; focus events go to the window's one event filter.
+void Connect(frm_Pondera& w);
+// The GotFocus handler of a watched control, or nullptr.
+using FocusHandler = void (frm_Pondera::*)();
+FocusHandler FocusHandlerOf(const frm_Pondera& w, const QObject* watched);
+// A caption printed reading upward, centred on a small surface.
+void PaintUpright(PictureBox& pb, const QString& text, int size);
 // Inputs are white; outputs and locked fields read-only in the button-face colour.
 void SetBoxLocked(QLineEdit* box, bool locked);
 

@@ -13,7 +13,6 @@
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
-#include "ui/draw/m_TextRotate.h"
 #include "ui/main/MarkerDrag.h"
 #include "ui/main/QtFace.h"
 #include "ui/main/WindowLayout.h"
@@ -26,11 +25,13 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFocusEvent>
-#include <QFontMetrics>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTimer>
+
+#include <tuple>
 
 namespace {
 
@@ -49,60 +50,14 @@ constexpr const char* kSetFrameInactive = "Pondera.frm_Pondera.SetFrameInactive"
 constexpr const char* kPlotSkewKurt = "Pondera.frm_Pondera.PlotSkewKurt";
 constexpr const char* kDrawSkewKurtLimits = "Pondera.frm_Pondera.DrawSkewKurtLimits";
 constexpr const char* kbut_Plot_Click = "Pondera.frm_Pondera.but_Plot_Click";
-constexpr const char* kbut_Plot_GotFocus = "Pondera.frm_Pondera.but_Plot_GotFocus";
 constexpr const char* kdd_Distribution_Change = "Pondera.frm_Pondera.dd_Distribution_Change";
 constexpr const char* kdd_Distribution_Click = "Pondera.frm_Pondera.dd_Distribution_Click";
-constexpr const char* kdd_Distribution_GotFocus = "Pondera.frm_Pondera.dd_Distribution_GotFocus";
-constexpr const char* ktb_Param1_Change = "Pondera.frm_Pondera.tb_Param1_Change";
-constexpr const char* ktb_Param2_Change = "Pondera.frm_Pondera.tb_Param2_Change";
-constexpr const char* ktb_Param3_Change = "Pondera.frm_Pondera.tb_Param3_Change";
-constexpr const char* ktb_Param4_Change = "Pondera.frm_Pondera.tb_Param4_Change";
-constexpr const char* ktb_LSL_Change = "Pondera.frm_Pondera.tb_LSL_Change";
-constexpr const char* ktb_Target_Change = "Pondera.frm_Pondera.tb_Target_Change";
-constexpr const char* ktb_USL_Change = "Pondera.frm_Pondera.tb_USL_Change";
-constexpr const char* ktb_Param1_GotFocus = "Pondera.frm_Pondera.tb_Param1_GotFocus";
-constexpr const char* ktb_Param2_GotFocus = "Pondera.frm_Pondera.tb_Param2_GotFocus";
-constexpr const char* ktb_Param3_GotFocus = "Pondera.frm_Pondera.tb_Param3_GotFocus";
-constexpr const char* ktb_Param4_GotFocus = "Pondera.frm_Pondera.tb_Param4_GotFocus";
-constexpr const char* ktb_LSL_GotFocus = "Pondera.frm_Pondera.tb_LSL_GotFocus";
-constexpr const char* ktb_Target_GotFocus = "Pondera.frm_Pondera.tb_Target_GotFocus";
-constexpr const char* ktb_USL_GotFocus = "Pondera.frm_Pondera.tb_USL_GotFocus";
 constexpr const char* ktb_Param1_LostFocus = "Pondera.frm_Pondera.tb_Param1_LostFocus";
-constexpr const char* kcb_LSL_Click = "Pondera.frm_Pondera.cb_LSL_Click";
-constexpr const char* kcb_Target_Click = "Pondera.frm_Pondera.cb_Target_Click";
-constexpr const char* kcb_USL_Click = "Pondera.frm_Pondera.cb_USL_Click";
-constexpr const char* kcb_LSL_GotFocus = "Pondera.frm_Pondera.cb_LSL_GotFocus";
-constexpr const char* kcb_Target_GotFocus = "Pondera.frm_Pondera.cb_Target_GotFocus";
-constexpr const char* kcb_USL_GotFocus = "Pondera.frm_Pondera.cb_USL_GotFocus";
-constexpr const char* kmnuXAxis_Click = "Pondera.frm_Pondera.mnuXAxis_Click";
-constexpr const char* kmnuYAxis_Click = "Pondera.frm_Pondera.mnuYAxis_Click";
-constexpr const char* kmnuLabels_Click = "Pondera.frm_Pondera.mnuLabels_Click";
 constexpr const char* kmnuCopytoClipboard_Click = "Pondera.frm_Pondera.mnuCopytoClipboard_Click";
 constexpr const char* kmnuOptions_Click = "Pondera.frm_Pondera.mnuOptions_Click";
 constexpr const char* kmnuAbout_Click = "Pondera.frm_Pondera.mnuAbout_Click";
 constexpr const char* kmnuQuit_Click = "Pondera.frm_Pondera.mnuQuit_Click";
-constexpr const char* kpb_PDF_KeyDown = "Pondera.frm_Pondera.pb_PDF_KeyDown";
-constexpr const char* kpb_Slider_GotFocus = "Pondera.frm_Pondera.pb_Slider_GotFocus";
-constexpr const char* kpb_PDF_MouseDown = "Pondera.frm_Pondera.pb_PDF_MouseDown";
-constexpr const char* kpb_PDF_MouseMove = "Pondera.frm_Pondera.pb_PDF_MouseMove";
-constexpr const char* kpb_PDF_MouseUp = "Pondera.frm_Pondera.pb_PDF_MouseUp";
-constexpr const char* kpb_Slider_MouseDown = "Pondera.frm_Pondera.pb_Slider_MouseDown";
-constexpr const char* kpb_Slider_MouseMove = "Pondera.frm_Pondera.pb_Slider_MouseMove";
-constexpr const char* kpb_Slider_MouseUp = "Pondera.frm_Pondera.pb_Slider_MouseUp";
 constexpr const char* kcb_DrawbyMoments_Click = "Pondera.frm_Pondera.cb_DrawbyMoments_Click";
-constexpr const char* kcb_DrawbyMoments_GotFocus = "Pondera.frm_Pondera.cb_DrawbyMoments_GotFocus";
-constexpr const char* ktb_Mean_Change = "Pondera.frm_Pondera.tb_Mean_Change";
-constexpr const char* ktb_StDev_Change = "Pondera.frm_Pondera.tb_StDev_Change";
-constexpr const char* ktb_Skewness_Change = "Pondera.frm_Pondera.tb_Skewness_Change";
-constexpr const char* ktb_Kurtosis_Change = "Pondera.frm_Pondera.tb_Kurtosis_Change";
-constexpr const char* ktb_Mean_GotFocus = "Pondera.frm_Pondera.tb_Mean_GotFocus";
-constexpr const char* ktb_StDev_GotFocus = "Pondera.frm_Pondera.tb_StDev_GotFocus";
-constexpr const char* ktb_Skewness_GotFocus = "Pondera.frm_Pondera.tb_Skewness_GotFocus";
-constexpr const char* ktb_Kurtosis_GotFocus = "Pondera.frm_Pondera.tb_Kurtosis_GotFocus";
-constexpr const char* ktb_Ymax_GotFocus = "Pondera.frm_Pondera.tb_Ymax_GotFocus";
-constexpr const char* kpb_SkewKurt_GotFocus = "Pondera.frm_Pondera.pb_SkewKurt_GotFocus";
-constexpr const char* kcb_LockSkewness_Click = "Pondera.frm_Pondera.cb_LockSkewness_Click";
-constexpr const char* kcb_LockKurtosis_Click = "Pondera.frm_Pondera.cb_LockKurtosis_Click";
 constexpr const char* kpb_SkewKurt_MouseDown = "Pondera.frm_Pondera.pb_SkewKurt_MouseDown";
 constexpr const char* kpb_SkewKurt_MouseMove = "Pondera.frm_Pondera.pb_SkewKurt_MouseMove";
 constexpr const char* kpb_SkewKurt_MouseUp = "Pondera.frm_Pondera.pb_SkewKurt_MouseUp";
@@ -119,11 +74,17 @@ QString Q(const std::string& s) {
 std::string S(const QString& s) {
     return s.toStdString();
 }
-double ValOf(const QLineEdit* box) {
-    return support::Val(S(box->text()));
+template <class Field> double ValOf(const Field* field) {
+    return support::Val(S(field->text()));
 }
-double ValOf(const QLabel* label) {
-    return support::Val(S(label->text()));
+
+using Boxes = std::array<QLineEdit*, 4>;
+std::array<std::string, 4> TextsOf(const Boxes& boxes) {
+    return {S(boxes[0]->text()), S(boxes[1]->text()), S(boxes[2]->text()), S(boxes[3]->text())};
+}
+void SetTexts(const Boxes& boxes, const std::array<std::string, 4>& texts) {
+    for (int i = 0; i < 4; ++i)
+        boxes[i]->setText(Q(texts[i]));
 }
 
 void FocusAndSelect(QLineEdit* box) {
@@ -135,15 +96,6 @@ PlotPipeline::RangeOptions CurrentRangeOptions() {
     return {DisplayOptions::AppXRange, DisplayOptions::AppNumStDev, DisplayOptions::AppXMin,
             DisplayOptions::AppXMax};
 }
-
-// Mouse pointer as an hourglass for the scope of one run.
-class WaitCursor {
-  public:
-    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 // Sets a check box's value the way the old runtime did: its Click handler runs
 // only when the value actually changes.
@@ -160,7 +112,7 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
     setFont(look::AppFont(9));
     WindowLayout::Build(*this);
     WindowLayout::BuildMenus(*this);
-    ConnectHandlers();
+    WindowLayout::Connect(*this);
     resize(1200, 880);
     Form_Initialize();
 }
@@ -169,125 +121,22 @@ frm_Pondera::~frm_Pondera() {
     Form_Unload();
 }
 
-// Every handler is connected here, each run as one user action.
-void frm_Pondera::ConnectHandlers() {
-    auto act = [this](auto member) {
-        return [this, member] { RunAsAction([&] { (this->*member)(); }); };
-    };
-    auto mouse = [this](auto member) {
-        return [this, member](int button, int shift, double x, double y) {
-            RunAsAction([&] { (this->*member)(button, shift, x, y); });
-        };
-    };
-
-    connect(but_Plot, &QPushButton::clicked, this, act(&frm_Pondera::but_Plot_Click));
-    connect(dd_Distribution, &QComboBox::activated, this, act(&frm_Pondera::dd_Distribution_Click));
-
-    connect(tb_Param1, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Param1_Change));
-    connect(tb_Param2, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Param2_Change));
-    connect(tb_Param3, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Param3_Change));
-    connect(tb_Param4, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Param4_Change));
-    connect(tb_LSL, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_LSL_Change));
-    connect(tb_Target, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Target_Change));
-    connect(tb_USL, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_USL_Change));
-    connect(tb_Mean, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Mean_Change));
-    connect(tb_StDev, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_StDev_Change));
-    connect(tb_Skewness, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Skewness_Change));
-    connect(tb_Kurtosis, &QLineEdit::textChanged, this, act(&frm_Pondera::tb_Kurtosis_Change));
-
-    connect(cb_LSL, &QCheckBox::clicked, this, act(&frm_Pondera::cb_LSL_Click));
-    connect(cb_Target, &QCheckBox::clicked, this, act(&frm_Pondera::cb_Target_Click));
-    connect(cb_USL, &QCheckBox::clicked, this, act(&frm_Pondera::cb_USL_Click));
-    connect(cb_DrawbyMoments, &QCheckBox::clicked, this, act(&frm_Pondera::cb_DrawbyMoments_Click));
-    connect(cb_LockSkewness, &QCheckBox::clicked, this, act(&frm_Pondera::cb_LockSkewness_Click));
-    connect(cb_LockKurtosis, &QCheckBox::clicked, this, act(&frm_Pondera::cb_LockKurtosis_Click));
-
-    connect(mnuXAxis, &QAction::triggered, this, act(&frm_Pondera::mnuXAxis_Click));
-    connect(mnuYAxis, &QAction::triggered, this, act(&frm_Pondera::mnuYAxis_Click));
-    connect(mnuLabels, &QAction::triggered, this, act(&frm_Pondera::mnuLabels_Click));
-    connect(mnuCopytoClipboard, &QAction::triggered, this,
-            act(&frm_Pondera::mnuCopytoClipboard_Click));
-    connect(mnuOptions, &QAction::triggered, this, act(&frm_Pondera::mnuOptions_Click));
-    connect(mnuAbout, &QAction::triggered, this, act(&frm_Pondera::mnuAbout_Click));
-    connect(mnuQuit, &QAction::triggered, this, act(&frm_Pondera::mnuQuit_Click));
-
-    connect(pb_PDF, &PictureBox::MouseDown, this, mouse(&frm_Pondera::pb_PDF_MouseDown));
-    connect(pb_PDF, &PictureBox::MouseMove, this, mouse(&frm_Pondera::pb_PDF_MouseMove));
-    connect(pb_PDF, &PictureBox::MouseUp, this, mouse(&frm_Pondera::pb_PDF_MouseUp));
-    connect(pb_Slider, &PictureBox::MouseDown, this, mouse(&frm_Pondera::pb_Slider_MouseDown));
-    connect(pb_Slider, &PictureBox::MouseMove, this, mouse(&frm_Pondera::pb_Slider_MouseMove));
-    connect(pb_Slider, &PictureBox::MouseUp, this, mouse(&frm_Pondera::pb_Slider_MouseUp));
-    connect(pb_SkewKurt, &PictureBox::MouseDown, this, mouse(&frm_Pondera::pb_SkewKurt_MouseDown));
-    connect(pb_SkewKurt, &PictureBox::MouseMove, this, mouse(&frm_Pondera::pb_SkewKurt_MouseMove));
-    connect(pb_SkewKurt, &PictureBox::MouseUp, this, mouse(&frm_Pondera::pb_SkewKurt_MouseUp));
-    connect(pb_PDF, &PictureBox::KeyDown, this,
-            [this](int, int) { RunAsAction([&] { pb_PDF_KeyDown(); }); });
-    connect(pb_Slider, &PictureBox::GotFocus, this, act(&frm_Pondera::pb_Slider_GotFocus));
-    connect(pb_SkewKurt, &PictureBox::GotFocus, this, act(&frm_Pondera::pb_SkewKurt_GotFocus));
-
-    // A resize redraws the last good chart; the small surfaces keep their text.
-    connect(pb_PDF, &PictureBox::Resized, this, [this] {
-        RunAsAction([&] { support::Trap(kForm_Resize, [&] { RedrawLastChart(); }); });
-    });
-
-    // Enter in an input field presses Plot (which does nothing while it is disabled).
-    for (QLineEdit* box : {tb_Param1, tb_Param2, tb_Param3, tb_Param4, tb_LSL, tb_Target, tb_USL,
-                           tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
-        connect(box, &QLineEdit::returnPressed, but_Plot, &QPushButton::click);
-
-    // Focus events have no signal: they come through the one event filter.
-    for (QWidget* w : std::initializer_list<QWidget*>{
-             tb_Param1, tb_Param2, tb_Param3, tb_Param4, tb_LSL, tb_Target, tb_USL, cb_LSL,
-             cb_Target, cb_USL, dd_Distribution, but_Plot, tb_Mean, tb_StDev, tb_Skewness,
-             tb_Kurtosis, tb_Ymax, cb_DrawbyMoments})
-        WatchFocus(w);
-}
-
-void frm_Pondera::WatchFocus(QWidget* widget) {
-    widget->installEventFilter(this);
-}
-
 bool frm_Pondera::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) {
-        const auto reason = static_cast<QFocusEvent*>(event)->reason();
-        // A window coming back to the front is no new focus of the field.
-        if (reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason)
-            return QMainWindow::eventFilter(watched, event);
-        using Handler = void (frm_Pondera::*)();
-        const std::pair<QObject*, Handler> table[] = {
-            {tb_Param1, &frm_Pondera::tb_Param1_GotFocus},
-            {tb_Param2, &frm_Pondera::tb_Param2_GotFocus},
-            {tb_Param3, &frm_Pondera::tb_Param3_GotFocus},
-            {tb_Param4, &frm_Pondera::tb_Param4_GotFocus},
-            {tb_LSL, &frm_Pondera::tb_LSL_GotFocus},
-            {tb_Target, &frm_Pondera::tb_Target_GotFocus},
-            {tb_USL, &frm_Pondera::tb_USL_GotFocus},
-            {cb_LSL, &frm_Pondera::cb_LSL_GotFocus},
-            {cb_Target, &frm_Pondera::cb_Target_GotFocus},
-            {cb_USL, &frm_Pondera::cb_USL_GotFocus},
-            {dd_Distribution, &frm_Pondera::dd_Distribution_GotFocus},
-            {but_Plot, &frm_Pondera::but_Plot_GotFocus},
-            {tb_Mean, &frm_Pondera::tb_Mean_GotFocus},
-            {tb_StDev, &frm_Pondera::tb_StDev_GotFocus},
-            {tb_Skewness, &frm_Pondera::tb_Skewness_GotFocus},
-            {tb_Kurtosis, &frm_Pondera::tb_Kurtosis_GotFocus},
-            {tb_Ymax, &frm_Pondera::tb_Ymax_GotFocus},
-            {cb_DrawbyMoments, &frm_Pondera::cb_DrawbyMoments_GotFocus},
-        };
-        for (const auto& [object, handler] : table) {
-            if (object != watched) continue;
-            RunAsAction([&] { (this->*handler)(); });
-            // A click would put the cursor back after the selection; select again after it.
-            if (auto* box = qobject_cast<QLineEdit*>(watched);
-                box && reason == Qt::MouseFocusReason && box->hasSelectedText())
-                QTimer::singleShot(0, box, [box] { box->selectAll(); });
-            break;
-        }
-    } else if (event->type() == QEvent::FocusOut && watched == tb_Param1) {
-        const auto reason = static_cast<QFocusEvent*>(event)->reason();
-        // Leaving the window (or a message box taking the front) is not leaving the field.
-        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason && !unloaded_)
-            RunAsAction([&] { tb_Param1_LostFocus(); });
+    const bool in = event->type() == QEvent::FocusIn, out = event->type() == QEvent::FocusOut;
+    const auto reason =
+        in || out ? static_cast<QFocusEvent*>(event)->reason() : Qt::OtherFocusReason;
+    // A window coming back to the front, or a message box taking it, moves no
+    // focus between the fields.
+    if ((!in && !out) || reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason)
+        return QMainWindow::eventFilter(watched, event);
+    if (out && watched == tb_Param1 && !unloaded_) {
+        RunAsAction([&] { tb_Param1_LostFocus(); });
+    } else if (const auto handler = in ? WindowLayout::FocusHandlerOf(*this, watched) : nullptr) {
+        RunAsAction([&] { (this->*handler)(); });
+        // A click would put the cursor back after the selection; select again after it.
+        if (auto* box = qobject_cast<QLineEdit*>(watched);
+            box && reason == Qt::MouseFocusReason && box->hasSelectedText())
+            QTimer::singleShot(0, box, [box] { box->selectAll(); });
     }
     return QMainWindow::eventFilter(watched, event);
 }
@@ -302,13 +151,11 @@ void frm_Pondera::showEvent(QShowEvent* event) {
     RunAsAction([&] { Form_Paint(); });
 }
 
-// ---------------------------------------------------------------------------
-// Start-up, paint, unload
+// ---- Start-up, paint, unload ----
 
 void frm_Pondera::Form_Initialize() {
     support::Trap(kForm_Initialize, [&] {
         setWindowTitle("Pondera");
-
         // pb_PDF: solid fills, pixels, opaque text background, persistent drawing.
         pb_PDF->SetFontTransparent(false);
         pb_PDF->SetFontName(look::AppFontFamily());
@@ -321,40 +168,27 @@ void frm_Pondera::Form_Initialize() {
         mnuLabels->setChecked(true);
         DisplayOptions::Load();
         pb_PDF->SetBackColor(DisplayOptions::AppBackColor);
-
         lb_YMin->setText("1");
-
         // The options dialog is needed before the first plot writes its range back.
         options_ = new frm_Options(this);
         options_->setObjectName("frm_Options");
         options_->hide();
         connect(options_, &frm_Options::Applied, this, [this] { RunAsAction([&] { Plot(); }); });
-
         cb_DrawbyMoments_Click();
-
         options_->dd_Decimal->setCurrentIndex(6);
-
         PlotSkewKurt(4.0, -4.0);
     });
 }
 
 void frm_Pondera::Form_Paint() {
     support::Trap(kForm_Paint, [&] {
-        const QString family = look::AppFontFamily();
-        auto upright = [&](PictureBox* pb, const QString& text, int size) {
-            pb->Cls();
-            QFont font(family);
-            font.setPixelSize(size);
-            const double textWidth = QFontMetrics(font).horizontalAdvance(text);
-            // Reading upward, centred on the surface.
-            const double x = (pb->ScaleWidth() - size) / 2.0;
-            const double y = (pb->ScaleHeight() + textWidth) / 2.0;
-            m_TextRotate::PrintRotatedText(*pb, text, x, y, 900, "Tahoma", size, false, false);
-            pb->Refresh();
-        };
-        upright(pb_YTitle, "Kurtosis", 13);
-        upright(pb_Lock, "Fix", 12);
+        WindowLayout::PaintUpright(*pb_YTitle, "Kurtosis", 13);
+        WindowLayout::PaintUpright(*pb_Lock, "Fix", 12);
     });
+}
+
+void frm_Pondera::Form_Resize() {
+    support::Trap(kForm_Resize, [&] { RedrawLastChart(); });
 }
 
 void frm_Pondera::Form_Unload() {
@@ -374,8 +208,7 @@ void frm_Pondera::SetStatus(const std::string& text) {
     StatusPanel1->setText(Q(text));
 }
 
-// ---------------------------------------------------------------------------
-// The plot pipeline
+// ---- The plot pipeline ----
 
 PlotPipeline::Limits frm_Pondera::ReadLimits() const {
     return {{{cb_LSL->isChecked(), S(tb_LSL->text())},
@@ -386,43 +219,18 @@ PlotPipeline::Limits frm_Pondera::ReadLimits() const {
 PlotPipeline::PlotInputs frm_Pondera::ReadPlotInputs() const {
     PlotPipeline::PlotInputs in;
     in.Name = S(dd_Distribution->Text());
-    const QLineEdit* boxes[] = {tb_Param1, tb_Param2, tb_Param3, tb_Param4};
-    const QLabel* labels[] = {lb_Param1, lb_Param2, lb_Param3, lb_Param4};
-    for (int i = 0; i < 4; ++i) {
-        in.ParamTexts[i] = S(boxes[i]->text());
-        in.ParamLabels[i] = S(labels[i]->text());
-    }
+    in.ParamTexts = TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4});
+    in.ParamLabels = {S(lb_Param1->text()), S(lb_Param2->text()), S(lb_Param3->text()),
+                      S(lb_Param4->text())};
     in.Param3Shown = !tb_Param3->isHidden();
     in.Limit = ReadLimits();
     return in;
 }
 
 QLineEdit* frm_Pondera::Box(Field field) const {
-    switch (field) {
-    case Field::Param1:
-        return tb_Param1;
-    case Field::Param2:
-        return tb_Param2;
-    case Field::Param3:
-        return tb_Param3;
-    case Field::LSL:
-        return tb_LSL;
-    case Field::Target:
-        return tb_Target;
-    case Field::USL:
-        return tb_USL;
-    case Field::Mean:
-        return tb_Mean;
-    case Field::StDev:
-        return tb_StDev;
-    case Field::Skewness:
-        return tb_Skewness;
-    case Field::Kurtosis:
-        return tb_Kurtosis;
-    case Field::None:
-        break;
-    }
-    return nullptr;
+    QLineEdit* const boxes[] = {nullptr, tb_Param1, tb_Param2, tb_Param3,   tb_LSL,     tb_Target,
+                                tb_USL,  tb_Mean,   tb_StDev,  tb_Skewness, tb_Kurtosis};
+    return boxes[static_cast<int>(field)];
 }
 
 bool frm_Pondera::Refused(const PlotPipeline::Check& check) {
@@ -444,9 +252,7 @@ void frm_Pondera::Plot() {
         const PlotPipeline::PlotInputs in = ReadPlotInputs();
         if (Refused(PlotPipeline::CheckParamTexts(in))) return;
         const std::array<double, 3> p = PlotPipeline::ParamValues(in);
-        Param1 = p[0];
-        Param2 = p[1];
-        Param3 = p[2];
+        std::tie(Param1, Param2, Param3) = std::tuple(p[0], p[1], p[2]);
         if (Refused(PlotPipeline::CheckParamRules(in.Name, p))) return;
         if (Refused(PlotPipeline::CheckLimitTexts(in.Limit))) return;
 
@@ -494,19 +300,12 @@ void frm_Pondera::WriteRangeBack(double low, double high) {
 }
 
 void frm_Pondera::ShowResults() {
-    switch (PlotPipeline::ResultKind(ReadLimits())) {
-    case PlotPipeline::PncBoxes::Empty:
-        ShowPNC({});
-        break;
-    case PlotPipeline::PncBoxes::Calculated:
-        CalcPercent();
-        break;
-    case PlotPipeline::PncBoxes::Zero: {
-        const std::string zero = support::Format(0.0, DisplayOptions::Pattern());
-        ShowPNC({zero, zero, zero});
-        break;
-    }
-    }
+    using PlotPipeline::PncBoxes;
+    const PncBoxes kind = PlotPipeline::ResultKind(ReadLimits());
+    if (kind == PncBoxes::Calculated) return CalcPercent();
+    const std::string shown =
+        kind == PncBoxes::Zero ? support::Format(0.0, DisplayOptions::Pattern()) : std::string();
+    ShowPNC({shown, shown, shown});
 }
 
 void frm_Pondera::ShowPNC(const std::array<std::string, 3>& texts) {
@@ -519,11 +318,8 @@ void frm_Pondera::CalcMomentsforDistribution() {
     support::Trap(kCalcMomentsforDistribution, [&] {
         PlotPipeline::MomentsOf(S(dd_Distribution->Text()), ValOf(tb_Param1), ValOf(tb_Param2),
                                 ValOf(tb_Param3), Current);
-        const std::string pattern = DisplayOptions::Pattern();
-        tb_Mean->setText(Q(support::Format(Current.Mean, pattern)));
-        tb_StDev->setText(Q(support::Format(Current.StDev, pattern)));
-        tb_Skewness->setText(Q(support::Format(Current.Skewness, pattern)));
-        tb_Kurtosis->setText(Q(support::Format(Current.Kurtosis, pattern)));
+        SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis},
+                 PlotPipeline::MomentTexts(Current, DisplayOptions::Pattern()));
     });
 }
 
@@ -532,14 +328,12 @@ void frm_Pondera::CalcPercent() {
         // In moments mode the fitted curve's exact parameters, not their rounded
         // display; a fit without a curve has no figures.
         if (cb_DrawbyMoments->isChecked() && !fit_) return ShowPNC({});
-        const QLineEdit* boxes[] = {tb_Param1, tb_Param2, tb_Param3, tb_Param4};
-        std::array<std::string, 4> texts;
-        for (int i = 0; i < 4; ++i)
-            texts[i] = S(boxes[i]->text());
         const PlotPipeline::PncSource source =
             cb_DrawbyMoments->isChecked()
                 ? MomentsStep::PncSourceOf(*fit_)
-                : PlotPipeline::SourceFromFields(S(dd_Distribution->Text()), texts);
+                : PlotPipeline::SourceFromFields(
+                      S(dd_Distribution->Text()),
+                      TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}));
         ShowPNC(PlotPipeline::PercentTexts(source, ReadLimits(), DisplayOptions::AppDecPlaces,
                                            DisplayOptions::Pattern()));
     });
@@ -549,38 +343,38 @@ void frm_Pondera::DrawPDF(bool refresh, int xTicks, int yTicks, double xTickLeng
                           double yTickLength, PictureBox& pbObject, const std::vector<double>& x,
                           const std::vector<double>& y) {
     support::Trap(kDrawPDF, [&] {
-        DensityChart::Input in;
-        in.Refresh = refresh;
-        in.XTicks = xTicks;
-        in.YTicks = yTicks;
-        in.XTickLength = xTickLength;
-        in.YTickLength = yTickLength;
-        in.X = x;
-        in.Y = y;
-        in.LSL = {cb_LSL->isChecked(), ValOf(tb_LSL)};
-        in.Target = {cb_Target->isChecked(), ValOf(tb_Target)};
-        in.USL = {cb_USL->isChecked(), ValOf(tb_USL)};
-        lastLSL_ = in.LSL;
-        lastTarget_ = in.Target;
-        lastUSL_ = in.USL;
-        DrawChart(in, pbObject);
+        lastLimits_ = {{{cb_LSL->isChecked(), ValOf(tb_LSL)},
+                        {cb_Target->isChecked(), ValOf(tb_Target)},
+                        {cb_USL->isChecked(), ValOf(tb_USL)}}};
+        DrawChart(pbObject, refresh, xTicks, yTicks, xTickLength, yTickLength, x, y);
         haveChart_ = true;
     });
 }
 
 // The body shared by DrawPDF and the redraw after a resize; runs in their trap.
-void frm_Pondera::DrawChart(const DensityChart::Input& given, PictureBox& surface) {
-    DensityChart::Input in = given;
-    in.DraggingLSL = DragLSL;
-    in.DraggingUSL = DragUSL;
-    in.XAxis = ShowXAxis;
-    in.YAxis = ShowYAxis;
-    in.Labels = ShowLabels;
-    in.BackColor = DisplayOptions::AppBackColor;
-    in.InSpecColor = DisplayOptions::AppInSpecColor;
-    in.OutSpecColor = DisplayOptions::AppOutSpecColor;
-    in.LSLMarkerWidth = sh_LSL->Width();
-    in.USLMarkerWidth = sh_USL->Width();
+void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks,
+                            double xTickLength, double yTickLength, const std::vector<double>& x,
+                            const std::vector<double>& y) {
+    const DensityChart::Input in{.Refresh = refresh,
+                                 .XTicks = xTicks,
+                                 .YTicks = yTicks,
+                                 .XTickLength = xTickLength,
+                                 .YTickLength = yTickLength,
+                                 .X = x,
+                                 .Y = y,
+                                 .LSL = lastLimits_[0],
+                                 .Target = lastLimits_[1],
+                                 .USL = lastLimits_[2],
+                                 .DraggingLSL = DragLSL,
+                                 .DraggingUSL = DragUSL,
+                                 .XAxis = ShowXAxis,
+                                 .YAxis = ShowYAxis,
+                                 .Labels = ShowLabels,
+                                 .BackColor = DisplayOptions::AppBackColor,
+                                 .InSpecColor = DisplayOptions::AppInSpecColor,
+                                 .OutSpecColor = DisplayOptions::AppOutSpecColor,
+                                 .LSLMarkerWidth = double(sh_LSL->Width()),
+                                 .USLMarkerWidth = double(sh_USL->Width())};
     surface.SetBackColor(DisplayOptions::AppBackColor);
     const DensityChart::Result result = DensityChart::Draw(surface, in);
     if (&surface == pb_PDF) {
@@ -596,20 +390,12 @@ void frm_Pondera::DrawChart(const DensityChart::Input& given, PictureBox& surfac
 void frm_Pondera::RedrawLastChart() {
     if (!haveChart_ || PlotX.size() < 2) return;
     support::Trap(kDrawPDF, [&] {
-        DensityChart::Input in;
-        in.XTicks = DisplayOptions::AppXTicks;
-        in.YTicks = DisplayOptions::AppYTicks;
-        in.X = PlotX;
-        in.Y = PlotY;
-        in.LSL = lastLSL_;
-        in.Target = lastTarget_;
-        in.USL = lastUSL_;
-        DrawChart(in, *pb_PDF);
+        DrawChart(*pb_PDF, true, DisplayOptions::AppXTicks, DisplayOptions::AppYTicks, 5, 5, PlotX,
+                  PlotY);
     });
 }
 
-// ---------------------------------------------------------------------------
-// Drawing by moments
+// ---- Drawing by moments ----
 
 void frm_Pondera::cb_DrawbyMoments_Click() {
     support::Trap(kcb_DrawbyMoments_Click, [&] {
@@ -655,10 +441,7 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
 bool frm_Pondera::PlotbyMoments() {
     bool drawn = false;
     support::Trap(kPlotbyMoments, [&] {
-        QLineEdit* moments[] = {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis};
-        std::array<std::string, 4> texts;
-        for (int i = 0; i < 4; ++i)
-            texts[i] = S(moments[i]->text());
+        const auto texts = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
         if (Refused(MomentsStep::CheckMomentTexts(texts))) return;
         if (Refused(PlotPipeline::CheckLimitTexts(ReadLimits()))) return;
 
@@ -669,12 +452,11 @@ bool frm_Pondera::PlotbyMoments() {
         if (fit.Failed()) return;
 
         SetStatus(kCalculating);
-        WaitCursor hourglass;
-        const std::array<std::string, 4> params =
-            MomentsStep::ParamTexts(fit, DisplayOptions::Pattern());
-        QLineEdit* paramBoxes[] = {tb_Param1, tb_Param2, tb_Param3, tb_Param4};
-        for (int i = 0; i < 4; ++i)
-            paramBoxes[i]->setText(Q(params[i]));
+        // The hourglass for the rest of the run, whichever way it ends.
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        const auto hourglass = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
+        SetTexts({tb_Param1, tb_Param2, tb_Param3, tb_Param4},
+                 MomentsStep::ParamTexts(fit, DisplayOptions::Pattern()));
 
         const auto [xMin, xMax] =
             PlotPipeline::DisplayRange(mean, stDev, CurrentRangeOptions(), ReadLimits());
@@ -692,10 +474,7 @@ bool frm_Pondera::PlotbyMoments() {
         curve.Y = MomentsStep::Densities(fit, curve.X, mean, stDev);
         Current = {ValOf(tb_Mean), ValOf(tb_StDev), ValOf(tb_Skewness), ValOf(tb_Kurtosis)};
         ShowCurve(std::move(curve), xMin, xMax);
-        if (item)
-            fit_ = fit;
-        else
-            fit_.reset();
+        fit_ = item ? std::optional(fit) : std::nullopt;
 
         but_Plot->setEnabled(false);
         SetStatus(fit.Message);
@@ -714,8 +493,7 @@ void frm_Pondera::SetFrameInactive() {
     });
 }
 
-// ---------------------------------------------------------------------------
-// The skewness-kurtosis chart
+// ---- The skewness-kurtosis chart ----
 
 void frm_Pondera::PlotSkewKurt(double skewFrom, double skewTo) {
     support::Trap(kPlotSkewKurt, [&] {
@@ -729,15 +507,14 @@ void frm_Pondera::DrawSkewKurtLimits(PictureBox& surface, const SkewKurtChart::B
                                      int /*count*/, int xTicks, int yTicks, double xTickLength,
                                      double yTickLength, bool refresh) {
     support::Trap(kDrawSkewKurtLimits, [&] {
-        SkewKurtChart::Input in;
-        in.Refresh = refresh;
-        in.XTicks = xTicks;
-        in.YTicks = yTicks;
-        in.XTickLength = xTickLength;
-        in.YTickLength = yTickLength;
-        in.XAxis = ShowXAxis;
-        in.YAxis = ShowYAxis;
-        const SkewKurtChart::Result result = SkewKurtChart::Draw(surface, boundary, in);
+        const SkewKurtChart::Result result = SkewKurtChart::Draw(surface, boundary,
+                                                                 {.Refresh = refresh,
+                                                                  .XTicks = xTicks,
+                                                                  .YTicks = yTicks,
+                                                                  .XTickLength = xTickLength,
+                                                                  .YTickLength = yTickLength,
+                                                                  .XAxis = ShowXAxis,
+                                                                  .YAxis = ShowYAxis});
         lb_XMin->setText(Q(result.Texts.XMin));
         lb_XMax->setText(Q(result.Texts.XMax));
         lb_YMin->setText(Q(result.Texts.YMin));
@@ -750,14 +527,12 @@ void frm_Pondera::DrawSkewKurtLimits(PictureBox& surface, const SkewKurtChart::B
 }
 
 SkewKurtChart::PickScale frm_Pondera::ReadPickScale() const {
-    SkewKurtChart::PickScale s;
-    s.W = pb_SkewKurt->ScaleWidth();
-    s.H = pb_SkewKurt->ScaleHeight();
-    s.SkewMin = ValOf(lb_XMin);
-    s.SkewMax = ValOf(lb_XMax);
-    s.KurtMin = ValOf(lb_YMin);
-    s.KurtMax = ValOf(tb_Ymax);
-    return s;
+    return {.W = double(pb_SkewKurt->ScaleWidth()),
+            .H = double(pb_SkewKurt->ScaleHeight()),
+            .SkewMin = ValOf(lb_XMin),
+            .SkewMax = ValOf(lb_XMax),
+            .KurtMin = ValOf(lb_YMin),
+            .KurtMax = ValOf(tb_Ymax)};
 }
 
 void frm_Pondera::MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos) {
@@ -765,30 +540,26 @@ void frm_Pondera::MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos) {
 }
 
 // The body both lock clicks share.
-void frm_Pondera::SkewKurtLockClick() {
-    PlotSkewKurt(-4, 4);
-    const SkewKurtChart::PickScale scale = ReadPickScale();
-    SetBoxLocked(tb_Skewness, cb_LockSkewness->isChecked());
-    SetBoxLocked(tb_Kurtosis, cb_LockKurtosis->isChecked());
-    const SkewKurtChart::LockView v =
-        SkewKurtChart::Locks(scale, cb_LockSkewness->isChecked(), cb_LockKurtosis->isChecked(),
-                             cb_DrawbyMoments->isChecked(), ValOf(tb_Skewness), ValOf(tb_Kurtosis),
-                             sh_SkewKurt->Width(), sh_SkewKurt->Height());
-    if (v.SkewLineX)
-        pb_SkewKurt->Line(*v.SkewLineX, scale.T, *v.SkewLineX, scale.T + scale.H - 1, look::kBlack);
-    if (v.KurtMax) tb_Ymax->setText(Q(support::Format(*v.KurtMax, "0")));
-    if (v.KurtLineY)
-        pb_SkewKurt->Line(scale.L, *v.KurtLineY, scale.L + scale.W - 1, *v.KurtLineY, look::kBlack);
-    MoveSkewKurtMarker(v.Marker);
-    pb_SkewKurt->Refresh();
-}
-
-void frm_Pondera::cb_LockSkewness_Click() {
-    support::Trap(kcb_LockSkewness_Click, [&] { SkewKurtLockClick(); });
-}
-
-void frm_Pondera::cb_LockKurtosis_Click() {
-    support::Trap(kcb_LockKurtosis_Click, [&] { SkewKurtLockClick(); });
+void frm_Pondera::SkewKurtLockClick(const char* label) {
+    support::Trap(label, [&] {
+        PlotSkewKurt(-4, 4);
+        const SkewKurtChart::PickScale scale = ReadPickScale();
+        SetBoxLocked(tb_Skewness, cb_LockSkewness->isChecked());
+        SetBoxLocked(tb_Kurtosis, cb_LockKurtosis->isChecked());
+        const SkewKurtChart::LockView v =
+            SkewKurtChart::Locks(scale, cb_LockSkewness->isChecked(), cb_LockKurtosis->isChecked(),
+                                 cb_DrawbyMoments->isChecked(), ValOf(tb_Skewness),
+                                 ValOf(tb_Kurtosis), sh_SkewKurt->Width(), sh_SkewKurt->Height());
+        if (v.SkewLineX)
+            pb_SkewKurt->Line(*v.SkewLineX, scale.T, *v.SkewLineX, scale.T + scale.H - 1,
+                              look::kBlack);
+        if (v.KurtMax) tb_Ymax->setText(Q(support::Format(*v.KurtMax, "0")));
+        if (v.KurtLineY)
+            pb_SkewKurt->Line(scale.L, *v.KurtLineY, scale.L + scale.W - 1, *v.KurtLineY,
+                              look::kBlack);
+        MoveSkewKurtMarker(v.Marker);
+        pb_SkewKurt->Refresh();
+    });
 }
 
 void frm_Pondera::pb_SkewKurt_MouseDown(int button, int, double, double) {
@@ -808,9 +579,8 @@ void frm_Pondera::pb_SkewKurt_MouseMove(int button, int, double x, double y) {
         const SkewKurtChart::PickScale scale = ReadPickScale();
         if (!cb_DrawbyMoments->isChecked() || button != 1) return;
         // The pixel under the pointer is the feasibility test: only white is free.
-        const int px = static_cast<int>(std::nearbyint(x));
-        const int py = static_cast<int>(std::nearbyint(y));
-        if (pb_SkewKurt->GetPixel(px, py) != look::kWhite) return;
+        if (pb_SkewKurt->GetPixel(int(std::nearbyint(x)), int(std::nearbyint(y))) != look::kWhite)
+            return;
 
         const SkewKurtChart::DragStep step = SkewKurtChart::Drag(
             scale, x, y, cb_LockSkewness->isChecked(), cb_LockKurtosis->isChecked(),
@@ -833,80 +603,57 @@ void frm_Pondera::pb_SkewKurt_MouseUp(int, int, double, double) {
     });
 }
 
-// ---------------------------------------------------------------------------
-// Spec-limit markers
+// ---- Spec-limit markers ----
 
 // A press on a ticked limit's marker arms it, a second press releases it;
 // LSL first, then USL, each redrawing before the next is tested.
-void frm_Pondera::DragMouseDown(int button, double x) {
-    for (const DragMarker& m : DragMarkers()) {
-        if (!MarkerDrag::Toggles(button, m.Check->isChecked(), x, m.Shape->Left(),
-                                 m.Shape->Width()))
-            continue;
-        m.Armed = !m.Armed;
-        m.Shape->SetFillColor(m.Armed ? look::kRed : look::kBlack);
-        NumPoints = MarkerDrag::PointsFor(m.Armed);
-        Plot();
-    }
+void frm_Pondera::DragMouseDown(const char* label, int button, double x) {
+    support::Trap(label, [&] {
+        for (const DragMarker& m : DragMarkers()) {
+            if (!MarkerDrag::Toggles(button, m.Check->isChecked(), x, m.Shape->Left(),
+                                     m.Shape->Width()))
+                continue;
+            m.Armed = !m.Armed;
+            m.Shape->SetFillColor(m.Armed ? look::kRed : look::kBlack);
+            NumPoints = MarkerDrag::PointsFor(m.Armed);
+            Plot();
+        }
+    });
 }
 
-void frm_Pondera::DragMouseMove(double x) {
-    for (const DragMarker& m : DragMarkers()) {
-        if (!m.Armed || !m.Check->isChecked()) continue;
-        const MarkerDrag::Follow f = MarkerDrag::FollowPointer(ChartGeometry, x, m.Shape->Width(),
-                                                               DisplayOptions::AppDecPlaces);
-        m.Shape->SetLeft(f.Left);
-        m.Box->setText(Q(f.Text));
-        Plot();
-    }
+void frm_Pondera::DragMouseMove(const char* label, double x) {
+    support::Trap(label, [&] {
+        for (const DragMarker& m : DragMarkers()) {
+            if (!m.Armed || !m.Check->isChecked()) continue;
+            const MarkerDrag::Follow f = MarkerDrag::FollowPointer(
+                ChartGeometry, x, m.Shape->Width(), DisplayOptions::AppDecPlaces);
+            m.Shape->SetLeft(f.Left);
+            m.Box->setText(Q(f.Text));
+            Plot();
+        }
+    });
 }
 
-void frm_Pondera::DragMouseUp() {
-    sh_LSL->SetFillColor(look::kBlack);
-    sh_USL->SetFillColor(look::kBlack);
-    DragLSL = false;
-    DragUSL = false;
-    NumPoints = MarkerDrag::kAfterDragPoints;
-    Plot();
+void frm_Pondera::DragMouseUp(const char* label) {
+    support::Trap(label, [&] {
+        sh_LSL->SetFillColor(look::kBlack);
+        sh_USL->SetFillColor(look::kBlack);
+        DragLSL = false;
+        DragUSL = false;
+        NumPoints = MarkerDrag::kAfterDragPoints;
+        Plot();
+    });
 }
 
 std::array<frm_Pondera::DragMarker, 2> frm_Pondera::DragMarkers() {
     return {{{cb_LSL, tb_LSL, sh_LSL, DragLSL}, {cb_USL, tb_USL, sh_USL, DragUSL}}};
 }
 
-void frm_Pondera::pb_PDF_MouseDown(int button, int, double x, double) {
-    support::Trap(kpb_PDF_MouseDown, [&] { DragMouseDown(button, x); });
-}
-void frm_Pondera::pb_PDF_MouseMove(int, int, double x, double) {
-    support::Trap(kpb_PDF_MouseMove, [&] { DragMouseMove(x); });
-}
-void frm_Pondera::pb_PDF_MouseUp(int, int, double, double) {
-    support::Trap(kpb_PDF_MouseUp, [&] { DragMouseUp(); });
-}
-void frm_Pondera::pb_Slider_MouseDown(int button, int, double x, double) {
-    support::Trap(kpb_Slider_MouseDown, [&] { DragMouseDown(button, x); });
-}
-void frm_Pondera::pb_Slider_MouseMove(int, int, double x, double) {
-    support::Trap(kpb_Slider_MouseMove, [&] { DragMouseMove(x); });
-}
-void frm_Pondera::pb_Slider_MouseUp(int, int, double, double) {
-    support::Trap(kpb_Slider_MouseUp, [&] { DragMouseUp(); });
-}
-
-// ---------------------------------------------------------------------------
-// Small handlers
+// ---- Small handlers ----
 
 void frm_Pondera::but_Plot_Click() {
-    support::Trap(kbut_Plot_Click, [&] {
-        if (cb_DrawbyMoments->isChecked())
-            PlotbyMoments();
-        else
-            Plot();
-    });
-}
-
-void frm_Pondera::but_Plot_GotFocus() {
-    support::Trap(kbut_Plot_GotFocus, [&] { SetFrameInactive(); });
+    support::Trap(kbut_Plot_Click,
+                  [&] { cb_DrawbyMoments->isChecked() ? void(PlotbyMoments()) : Plot(); });
 }
 
 void frm_Pondera::dd_Distribution_Click() {
@@ -918,23 +665,12 @@ void frm_Pondera::dd_Distribution_Change() {
         if (cb_DrawbyMoments->isChecked()) return;
         QLabel* labels[] = {lb_Param1, lb_Param2, lb_Param3, lb_Param4};
         QLineEdit* boxes[] = {tb_Param1, tb_Param2, tb_Param3, tb_Param4};
-        const m_Distributions::CatalogueEntry* entry =
-            m_Distributions::FindDistribution(S(dd_Distribution->Text()));
-        // The Johnson kinds have no default texts: their fields are left alone.
-        const bool classical = entry && entry->Code <= m_Distributions::kUniform;
+        const auto rows = PlotPipeline::ParamRows(S(dd_Distribution->Text()));
         for (int i = 0; i < 4; ++i) {
-            labels[i]->setVisible(false);
-            boxes[i]->setVisible(false);
-        }
-        if (classical) {
-            for (int i = 0; i < 4; ++i) {
-                const m_Distributions::ParamSlot& slot = entry->Slots[i];
-                if (!slot.Label) continue;
-                labels[i]->setText(slot.Label);
-                labels[i]->setVisible(true);
-                boxes[i]->setVisible(true);
-                if (slot.DefaultText) boxes[i]->setText(slot.DefaultText);
-            }
+            if (rows[i].Label) labels[i]->setText(rows[i].Label);
+            labels[i]->setVisible(rows[i].Label != nullptr);
+            boxes[i]->setVisible(rows[i].Label != nullptr);
+            if (rows[i].DefaultText) boxes[i]->setText(rows[i].DefaultText);
         }
         for (QLineEdit* box : {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
             SetBoxLocked(box, true);
@@ -946,37 +682,8 @@ void frm_Pondera::dd_Distribution_Change() {
     });
 }
 
-void frm_Pondera::dd_Distribution_GotFocus() {
-    support::Trap(kdd_Distribution_GotFocus, [&] {
-        SetFrameInactive();
-        qarvFrame_PDF->Focus(true);
-    });
-}
-
 void frm_Pondera::EnablePlot(const char* label) {
     support::Trap(label, [&] { but_Plot->setEnabled(true); });
-}
-
-void frm_Pondera::tb_Param1_Change() {
-    EnablePlot(ktb_Param1_Change);
-}
-void frm_Pondera::tb_Param2_Change() {
-    EnablePlot(ktb_Param2_Change);
-}
-void frm_Pondera::tb_Param3_Change() {
-    EnablePlot(ktb_Param3_Change);
-}
-void frm_Pondera::tb_Param4_Change() {
-    EnablePlot(ktb_Param4_Change);
-}
-void frm_Pondera::tb_LSL_Change() {
-    EnablePlot(ktb_LSL_Change);
-}
-void frm_Pondera::tb_Target_Change() {
-    EnablePlot(ktb_Target_Change);
-}
-void frm_Pondera::tb_USL_Change() {
-    EnablePlot(ktb_USL_Change);
 }
 
 void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box) {
@@ -985,59 +692,6 @@ void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit
         if (frame) frame->Focus(true);
         if (box) box->setSelection(0, static_cast<int>(box->text().size()));
     });
-}
-
-void frm_Pondera::tb_Param1_GotFocus() {
-    FieldGotFocus(ktb_Param1_GotFocus, qarvFrame_PDF, tb_Param1);
-}
-void frm_Pondera::tb_Param2_GotFocus() {
-    FieldGotFocus(ktb_Param2_GotFocus, qarvFrame_PDF, tb_Param2);
-}
-void frm_Pondera::tb_Param3_GotFocus() {
-    FieldGotFocus(ktb_Param3_GotFocus, qarvFrame_PDF, tb_Param3);
-}
-void frm_Pondera::tb_Param4_GotFocus() {
-    FieldGotFocus(ktb_Param4_GotFocus, qarvFrame_PDF, tb_Param4);
-}
-void frm_Pondera::tb_LSL_GotFocus() {
-    FieldGotFocus(ktb_LSL_GotFocus, qarvFrame_SpecLimits, tb_LSL);
-}
-void frm_Pondera::tb_Target_GotFocus() {
-    FieldGotFocus(ktb_Target_GotFocus, qarvFrame_SpecLimits, tb_Target);
-}
-void frm_Pondera::tb_USL_GotFocus() {
-    FieldGotFocus(ktb_USL_GotFocus, qarvFrame_SpecLimits, tb_USL);
-}
-void frm_Pondera::cb_LSL_GotFocus() {
-    FieldGotFocus(kcb_LSL_GotFocus, qarvFrame_SpecLimits, nullptr);
-}
-void frm_Pondera::cb_Target_GotFocus() {
-    FieldGotFocus(kcb_Target_GotFocus, qarvFrame_SpecLimits, nullptr);
-}
-void frm_Pondera::cb_USL_GotFocus() {
-    FieldGotFocus(kcb_USL_GotFocus, qarvFrame_SpecLimits, nullptr);
-}
-void frm_Pondera::tb_Mean_GotFocus() {
-    FieldGotFocus(ktb_Mean_GotFocus, qarvFrame_Moments, tb_Mean);
-}
-void frm_Pondera::tb_StDev_GotFocus() {
-    FieldGotFocus(ktb_StDev_GotFocus, qarvFrame_Moments, tb_StDev);
-}
-void frm_Pondera::tb_Skewness_GotFocus() {
-    FieldGotFocus(ktb_Skewness_GotFocus, qarvFrame_Moments, tb_Skewness);
-}
-void frm_Pondera::tb_Kurtosis_GotFocus() {
-    FieldGotFocus(ktb_Kurtosis_GotFocus, qarvFrame_Moments, tb_Kurtosis);
-}
-void frm_Pondera::tb_Ymax_GotFocus() {
-    FieldGotFocus(ktb_Ymax_GotFocus, qarvFrame_Moments, nullptr);
-}
-void frm_Pondera::pb_SkewKurt_GotFocus() {
-    FieldGotFocus(kpb_SkewKurt_GotFocus, qarvFrame_Moments, nullptr);
-}
-
-void frm_Pondera::cb_DrawbyMoments_GotFocus() {
-    support::Trap(kcb_DrawbyMoments_GotFocus, [&] { SetFrameInactive(); });
 }
 
 void frm_Pondera::tb_Param1_LostFocus() {
@@ -1054,54 +708,17 @@ void frm_Pondera::SpecLimitClick(const char* label, QCheckBox* check, QLineEdit*
     });
 }
 
-void frm_Pondera::cb_LSL_Click() {
-    SpecLimitClick(kcb_LSL_Click, cb_LSL, tb_LSL);
-}
-void frm_Pondera::cb_Target_Click() {
-    SpecLimitClick(kcb_Target_Click, cb_Target, tb_Target);
-}
-void frm_Pondera::cb_USL_Click() {
-    SpecLimitClick(kcb_USL_Click, cb_USL, tb_USL);
+void frm_Pondera::ViewToggle(const char* label, bool& flag, const QAction* item) {
+    support::Trap(label, [&] {
+        flag = item->isChecked();
+        Plot();
+    });
 }
 
 // Outside moments mode the moment boxes are outputs: a change there means nothing.
 void frm_Pondera::MomentChanged(const char* label) {
     support::Trap(label, [&] {
         if (cb_DrawbyMoments->isChecked()) but_Plot->setEnabled(true);
-    });
-}
-
-void frm_Pondera::tb_Mean_Change() {
-    MomentChanged(ktb_Mean_Change);
-}
-void frm_Pondera::tb_StDev_Change() {
-    MomentChanged(ktb_StDev_Change);
-}
-void frm_Pondera::tb_Skewness_Change() {
-    MomentChanged(ktb_Skewness_Change);
-}
-void frm_Pondera::tb_Kurtosis_Change() {
-    MomentChanged(ktb_Kurtosis_Change);
-}
-
-void frm_Pondera::mnuXAxis_Click() {
-    support::Trap(kmnuXAxis_Click, [&] {
-        ShowXAxis = mnuXAxis->isChecked();
-        Plot();
-    });
-}
-
-void frm_Pondera::mnuYAxis_Click() {
-    support::Trap(kmnuYAxis_Click, [&] {
-        ShowYAxis = mnuYAxis->isChecked();
-        Plot();
-    });
-}
-
-void frm_Pondera::mnuLabels_Click() {
-    support::Trap(kmnuLabels_Click, [&] {
-        ShowLabels = mnuLabels->isChecked();
-        Plot();
     });
 }
 
@@ -1127,12 +744,4 @@ void frm_Pondera::mnuAbout_Click() {
 
 void frm_Pondera::mnuQuit_Click() {
     support::Trap(kmnuQuit_Click, [&] { close(); });
-}
-
-void frm_Pondera::pb_PDF_KeyDown() {
-    support::Trap(kpb_PDF_KeyDown, [&] { SetFrameInactive(); });
-}
-
-void frm_Pondera::pb_Slider_GotFocus() {
-    support::Trap(kpb_Slider_GotFocus, [&] { SetFrameInactive(); });
 }

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 
 using SkewKurtChart::PickScale;
 
@@ -91,6 +92,49 @@ TEST(SkewKurtMapping, MarkerSitsHalfAHeightLowAfterDrawingAndCentredAfterALock) 
     EXPECT_DOUBLE_EQ(centred.Left, x - 4.5);
     EXPECT_DOUBLE_EQ(drawn.Top, y + 3.5);
     EXPECT_DOUBLE_EQ(centred.Top, y - 3.5);
+}
+
+// Locks: the lines through the current moments, the axis top following the
+// kurtosis outside moments mode (|k| * 1.5, halves to even), the marker centred.
+TEST(SkewKurtLocks, LinesAxisTopAndMarker) {
+    const PickScale s = Standard(240, 200);
+    struct Row {
+        const char* Row;
+        bool LockSkew, LockKurt, ByMoments;
+        double Kurt;
+        std::optional<double> KurtMax;
+    } rows[] = {{"NoLocks", false, false, true, 3, {}},
+                {"BothInMomentsMode", true, true, true, 3, {}},
+                {"Kurt3Gives4", true, true, false, 3, 4},
+                {"Kurt5Gives8", false, true, false, 5, 8},
+                {"Kurt2Gives3", false, true, false, 2, 3}};
+    for (const Row& r : rows) {
+        const SkewKurtChart::LockView v =
+            SkewKurtChart::Locks(s, r.LockSkew, r.LockKurt, r.ByMoments, 1, r.Kurt, 9, 7);
+        EXPECT_EQ(v.KurtMax, r.KurtMax) << r.Row;
+        PickScale shown = s;
+        shown.KurtMax = r.KurtMax.value_or(17);
+        EXPECT_EQ(v.SkewLineX.has_value(), r.LockSkew) << r.Row;
+        EXPECT_EQ(v.SkewLineX.value_or(-1), r.LockSkew ? 150 : -1) << r.Row;
+        EXPECT_EQ(v.KurtLineY.value_or(-1), r.LockKurt ? shown.KurtToY(r.Kurt) : -1) << r.Row;
+        EXPECT_DOUBLE_EQ(v.Marker.Top, shown.KurtToY(r.Kurt) - 3.5) << r.Row;
+    }
+}
+
+// A drag step: an unlocked moment follows the pointer, a locked one keeps its value.
+TEST(SkewKurtDrag, LocksKeepTheirCoordinate) {
+    const PickScale s = Standard(240, 200);
+    const auto free = SkewKurtChart::Drag(s, 180, 50, false, false, 0, 3, 9, 7);
+    EXPECT_DOUBLE_EQ(*free.Skew, 2);
+    EXPECT_DOUBLE_EQ(*free.Kurt, 13);
+    EXPECT_DOUBLE_EQ(free.Marker.Left, 175.5);
+    EXPECT_DOUBLE_EQ(free.Marker.Top, 46.5);
+    const auto skewLocked = SkewKurtChart::Drag(s, 180, 50, true, false, -1, 3, 9, 7);
+    EXPECT_FALSE(skewLocked.Skew);
+    EXPECT_DOUBLE_EQ(skewLocked.Marker.Left, 90 - 4.5);
+    const auto kurtLocked = SkewKurtChart::Drag(s, 180, 50, false, true, 0, 9, 9, 7);
+    EXPECT_FALSE(kurtLocked.Kurt);
+    EXPECT_DOUBLE_EQ(kurtLocked.Marker.Top, 100 - 3.5);
 }
 
 TEST_F(SkewKurtChartTest, AxisTextsAreTheBoundarysEndsAndOne) {

@@ -105,16 +105,6 @@ TEST(DensityGeometry, FlatCurveKeepsThePreviousPyAndAZeroCurveLiesOnTheBaseline)
     EXPECT_EQ(g.Py(0), g.Y0);
 }
 
-TEST(DensityGeometry, MarkerHitIncludesBothEdges) {
-    for (const auto& [x, hit] : {std::pair{99.9, false},
-                                 {100.0, true},
-                                 {105.5, true},
-                                 {111.0, true},
-                                 {111.01, false},
-                                 {-1e300, false}})
-        EXPECT_EQ(DensityChart::MarkerHit(x, 100, 11), hit) << x;
-}
-
 TEST_F(DensityChartTest, ShadesInAndOutOfSpecDrawsLimitLinesMarkersAndTheCurve) {
     const Curve c = NormalCurve(300);
     DensityChart::Input in = Standard(c);

@@ -49,24 +49,6 @@ PickScale Standard(double w, double h, double kurtMax = 17) {
 
 } // namespace
 
-TEST(SkewKurtMapping, CornersAndMiddleOfThePickingScaleAndBack) {
-    const PickScale s = Standard(240, 200);
-    for (const auto& [x, skew] : {std::pair{0.0, -4.0}, {120.0, 0.0}, {240.0, 4.0}})
-        EXPECT_DOUBLE_EQ(s.XToSkew(x), skew) << x;
-    // The top is KurtMax, the bottom KurtMin (not 0).
-    for (const auto& [y, kurt] : {std::pair{0.0, 17.0}, {100.0, 9.0}, {200.0, 1.0}})
-        EXPECT_DOUBLE_EQ(s.YToKurt(y), kurt) << y;
-    // A user-set KurtMax moves only the picking scale.
-    EXPECT_DOUBLE_EQ(Standard(240, 200, 4).YToKurt(0), 4);
-    EXPECT_DOUBLE_EQ(Standard(240, 200, 4).YToKurt(100), 2.5);
-
-    const PickScale odd = Standard(311, 187, 8);
-    for (double v : {-4.0, 1.0, 2.75, 8.0, 12.0}) {
-        EXPECT_NEAR(odd.XToSkew(odd.SkewToX(v)), v, 1e-12);
-        EXPECT_NEAR(odd.YToKurt(odd.KurtToY(v)), v, 1e-12);
-    }
-}
-
 TEST(SkewKurtMapping, MarkerSitsHalfAHeightLowAfterDrawingAndCentredAfterALock) {
     const PickScale s = Standard(240, 200);
     const auto drawn = SkewKurtChart::MarkerAfterDraw(s, 0, 3, 9, 7);

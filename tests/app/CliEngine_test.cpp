@@ -59,7 +59,8 @@ double Rel(double a, long double b) {
     return static_cast<double>(std::fabs((a - b) / b));
 }
 
-long double Phi(long double z) {
+// The standard normal density, in long double for the 1e-15 comparisons.
+long double NormalDensity(long double z) {
     return std::exp(-z * z / 2) / std::sqrt(2 * 3.141592653589793238462643383279502884L);
 }
 
@@ -146,7 +147,7 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
     ASSERT_EQ(d.size(), 8u);
     for (int i = 0; i < 8; ++i) {
         EXPECT_EQ(x[i], -3 + i); // x(i) = low + (i - 1)(high - low)/N
-        EXPECT_LE(Rel(d[i], Phi((x[i] - 1) / 2.0L) / 2), 1e-15);
+        EXPECT_LE(Rel(d[i], NormalDensity((x[i] - 1) / 2.0L) / 2), 1e-15);
     }
     // Johnson names use the engine's own densities: SL keeps lamda inside the logarithm.
     const Value sl =
@@ -156,7 +157,7 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
     EXPECT_EQ(sd[0], 0); // x = xi
     for (int i = 1; i < 3; ++i) {
         const long double y = (sx[i] - 1) / 3.0L, z = 0.5L + 2 * std::log(y);
-        EXPECT_LE(Rel(sd[i], 2 * Phi(z) / (3 * y)), 1e-14);
+        EXPECT_LE(Rel(sd[i], 2 * NormalDensity(z) / (3 * y)), 1e-14);
     }
 }
 

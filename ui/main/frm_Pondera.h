@@ -3,6 +3,11 @@
 // chart with the marker strip. It owns all interactive state; every change by
 // the user ends in Plot (or PlotbyMoments in moments mode).
 //
+// The window decides nothing itself: each procedure reads its fields, asks
+// PlotPipeline, MomentsStep, SkewKurtChart or MarkerDrag, and paints or routes
+// the answer. One-line handlers that share a body are defined below with their
+// error label.
+//
 // Controls keep the names of the design and are public, so that the tests and
 // the command-line tool drive the real widgets. Handlers keep their
 // <control>_<Event> names; they are connected in WindowLayout::Connect, and focus

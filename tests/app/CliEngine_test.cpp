@@ -62,7 +62,8 @@ double Rel(double a, long double b) {
     return static_cast<double>(std::fabs((a - b) / b));
 }
 
-long double Phi(long double z) {
+// The standard normal density, in long double for the 1e-15 comparisons.
+long double NormalDensity(long double z) {
     return std::exp(-z * z / 2) / std::sqrt(2 * 3.141592653589793238462643383279502884L);
 }
 
@@ -112,7 +113,7 @@ TEST(CliEngine, PdfSamplesThePlotGrid) {
     ASSERT_EQ(d.size(), 8u);
     for (int i = 0; i < 8; ++i) {
         EXPECT_EQ(x[i], -3 + i); // x(i) = low + (i - 1)(high - low)/N
-        EXPECT_LE(Rel(d[i], Phi((x[i] - 1) / 2.0L) / 2), 1e-15);
+        EXPECT_LE(Rel(d[i], NormalDensity((x[i] - 1) / 2.0L) / 2), 1e-15);
     }
 }
 

@@ -56,14 +56,14 @@ struct Input {
     int XTicks = 5, YTicks = 5;
     double XTickLength = 5, YTickLength = 5;
     // The curve: 1-based arrays of x and density (element 0 unused).
-    std::span<const double> X, Y;
-    Limit LSL, Target, USL;
+    std::span<const double> X{}, Y{};
+    Limit LSL{}, Target{}, USL{};
     bool DraggingLSL = false, DraggingUSL = false; // their lines are red
     bool XAxis = true, YAxis = true, Labels = true;
     uint32_t BackColor = 0xFFFFFF, InSpecColor = 0xFF0000, OutSpecColor = 0x0000FF;
     // A second curve in light green, mapped with the same ranges.
     bool Overlay = false;
-    std::span<const double> OverlayX, OverlayY;
+    std::span<const double> OverlayX{}, OverlayY{};
     // Widths of sh_LSL and sh_USL, to centre them on their lines.
     double LSLMarkerWidth = 0, USLMarkerWidth = 0;
 };

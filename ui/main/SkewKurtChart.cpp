@@ -156,4 +156,38 @@ MarkerPos MarkerCentred(const PickScale& scale, double skew, double kurt, double
     return {support::ck(x - width / 2), support::ck(y - height / 2)};
 }
 
+double FollowingKurtMax(double kurtosis) {
+    return std::nearbyint(support::ck(std::fabs(kurtosis) * 1.5));
+}
+
+LockView Locks(PickScale scale, bool lockSkew, bool lockKurt, bool drawByMoments, double skew,
+               double kurt, double width, double height) {
+    LockView v;
+    if (lockSkew) v.SkewLineX = scale.SkewToX(skew);
+    if (lockKurt) {
+        if (!drawByMoments) scale.KurtMax = *(v.KurtMax = FollowingKurtMax(kurt));
+        v.KurtLineY = scale.KurtToY(kurt);
+    }
+    v.Marker = MarkerCentred(scale, skew, kurt, width, height);
+    return v;
+}
+
+DragStep Drag(const PickScale& scale, double x, double y, bool lockSkew, bool lockKurt, double skew,
+              double kurt, double width, double height) {
+    DragStep d;
+    if (!lockSkew) {
+        d.Skew = scale.XToSkew(x);
+        d.Marker.Left = x - width / 2.0;
+    } else {
+        d.Marker.Left = scale.SkewToX(skew) - width / 2.0;
+    }
+    if (!lockKurt) {
+        d.Kurt = scale.YToKurt(y);
+        d.Marker.Top = y - height / 2.0;
+    } else {
+        d.Marker.Top = scale.KurtToY(kurt) - height / 2.0;
+    }
+    return d;
+}
+
 } // namespace SkewKurtChart

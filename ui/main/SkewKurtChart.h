@@ -8,6 +8,7 @@
 // Draw is the body of the window's DrawSkewKurtLimits and runs inside its trap.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -85,5 +86,33 @@ MarkerPos MarkerAfterDraw(const PickScale& scale, double skew, double kurt, doub
 // Where a lock click or a drag puts it: centred, top = y - height / 2.
 MarkerPos MarkerCentred(const PickScale& scale, double skew, double kurt, double width,
                         double height);
+
+// Curve points while a point is dragged on the chart, and for the drawing after.
+inline constexpr int kDragPoints = 50, kAfterDragPoints = 300;
+
+// Outside moments mode the kurtosis lock makes the axis follow the distribution
+// shown: the whole number nearest |kurtosis| * 1.5, halves to even.
+double FollowingKurtMax(double kurtosis);
+
+// What a lock click draws: the lock lines through the current moments, the new
+// top of the kurtosis axis (when it follows), and the centred marker.
+struct LockView {
+    std::optional<double> SkewLineX; // vertical line, top to bottom
+    std::optional<double> KurtLineY; // horizontal line, left to right
+    std::optional<double> KurtMax;   // tb_Ymax's new value
+    MarkerPos Marker;
+};
+LockView Locks(PickScale scale, bool lockSkew, bool lockKurt, bool drawByMoments, double skew,
+               double kurt, double width, double height);
+
+// One accepted drag step (the pointer is over a white pixel): new values for
+// the unlocked moments and the marker, centred on the pointer along an
+// unlocked axis and on the locked value along a locked one.
+struct DragStep {
+    std::optional<double> Skew, Kurt;
+    MarkerPos Marker;
+};
+DragStep Drag(const PickScale& scale, double x, double y, bool lockSkew, bool lockKurt, double skew,
+              double kurt, double width, double height);
 
 } // namespace SkewKurtChart

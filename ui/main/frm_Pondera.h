@@ -3,21 +3,27 @@
 // chart with the marker strip. It owns all interactive state; every change by
 // the user ends in Plot (or PlotbyMoments in moments mode).
 //
+// The window decides nothing itself: each procedure reads its fields, asks
+// PlotPipeline, MomentsStep, SkewKurtChart or MarkerDrag, and paints or routes
+// the answer. One-line handlers that share a body are defined below with their
+// error label.
+//
 // Controls keep the names of the design and are public, so that the tests and
 // the command-line tool drive the real widgets. Handlers keep their
-// <control>_<Event> names; they are connected in ConnectHandlers, and focus
+// <control>_<Event> names; they are connected in WindowLayout::Connect, and focus
 // events reach them through the window's one event filter.
 #pragma once
 
 #include "ui/main/DensityChart.h"
+#include "ui/main/MomentsStep.h"
+#include "ui/main/PlotPipeline.h"
 #include "ui/main/SkewKurtChart.h"
 
 #include <QMainWindow>
 
 #include <array>
-
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 class DistributionCombo;
@@ -113,7 +119,7 @@ class frm_Pondera : public QMainWindow {
     // Parameters as Plot last read them.
     double Param1 = 0, Param2 = 0, Param3 = 0;
     // The moments last drawn (mean, standard deviation, skewness, kurtosis).
-    double CurMean = 0, CurStDev = 0, CurSkewness = 0, CurKurtosis = 0;
+    PlotPipeline::Moments Current;
     // Geometry of the last drawing of pb_PDF, read by the marker drag.
     DensityChart::Geometry ChartGeometry;
     // The sampled curve of the last good plot (1-based, element 0 unused).
@@ -124,6 +130,8 @@ class frm_Pondera : public QMainWindow {
     void Form_Initialize();
     void Form_Paint();
     void Form_Unload();
+    // Redraws the last good chart at the surface's new size.
+    void Form_Resize();
     void Plot();
     void CalcMomentsforDistribution();
     void CalcPercent();
@@ -139,61 +147,117 @@ class frm_Pondera : public QMainWindow {
 
     // ---- Event handlers --------------------------------------------------------
     void but_Plot_Click();
-    void but_Plot_GotFocus();
+    void but_Plot_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.but_Plot_GotFocus", nullptr, nullptr);
+    }
     void dd_Distribution_Change();
     void dd_Distribution_Click();
-    void dd_Distribution_GotFocus();
-    void tb_Param1_Change();
-    void tb_Param2_Change();
-    void tb_Param3_Change();
-    void tb_Param4_Change();
-    void tb_LSL_Change();
-    void tb_Target_Change();
-    void tb_USL_Change();
-    void tb_Param1_GotFocus();
-    void tb_Param2_GotFocus();
-    void tb_Param3_GotFocus();
-    void tb_Param4_GotFocus();
-    void tb_LSL_GotFocus();
-    void tb_Target_GotFocus();
-    void tb_USL_GotFocus();
+    void dd_Distribution_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.dd_Distribution_GotFocus", qarvFrame_PDF, nullptr);
+    }
+    void tb_Param1_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param1_Change"); }
+    void tb_Param2_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param2_Change"); }
+    void tb_Param3_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param3_Change"); }
+    void tb_Param4_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param4_Change"); }
+    void tb_LSL_Change() { EnablePlot("Pondera.frm_Pondera.tb_LSL_Change"); }
+    void tb_Target_Change() { EnablePlot("Pondera.frm_Pondera.tb_Target_Change"); }
+    void tb_USL_Change() { EnablePlot("Pondera.frm_Pondera.tb_USL_Change"); }
+    void tb_Param1_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Param1_GotFocus", qarvFrame_PDF, tb_Param1);
+    }
+    void tb_Param2_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Param2_GotFocus", qarvFrame_PDF, tb_Param2);
+    }
+    void tb_Param3_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Param3_GotFocus", qarvFrame_PDF, tb_Param3);
+    }
+    void tb_Param4_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Param4_GotFocus", qarvFrame_PDF, tb_Param4);
+    }
+    void tb_LSL_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_LSL_GotFocus", qarvFrame_SpecLimits, tb_LSL);
+    }
+    void tb_Target_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Target_GotFocus", qarvFrame_SpecLimits, tb_Target);
+    }
+    void tb_USL_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_USL_GotFocus", qarvFrame_SpecLimits, tb_USL);
+    }
     void tb_Param1_LostFocus();
-    void cb_LSL_Click();
-    void cb_Target_Click();
-    void cb_USL_Click();
-    void cb_LSL_GotFocus();
-    void cb_Target_GotFocus();
-    void cb_USL_GotFocus();
-    void mnuXAxis_Click();
-    void mnuYAxis_Click();
-    void mnuLabels_Click();
+    void cb_LSL_Click() { SpecLimitClick("Pondera.frm_Pondera.cb_LSL_Click", cb_LSL, tb_LSL); }
+    void cb_Target_Click() {
+        SpecLimitClick("Pondera.frm_Pondera.cb_Target_Click", cb_Target, tb_Target);
+    }
+    void cb_USL_Click() { SpecLimitClick("Pondera.frm_Pondera.cb_USL_Click", cb_USL, tb_USL); }
+    void cb_LSL_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.cb_LSL_GotFocus", qarvFrame_SpecLimits, nullptr);
+    }
+    void cb_Target_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.cb_Target_GotFocus", qarvFrame_SpecLimits, nullptr);
+    }
+    void cb_USL_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.cb_USL_GotFocus", qarvFrame_SpecLimits, nullptr);
+    }
+    void mnuXAxis_Click() { ViewToggle("Pondera.frm_Pondera.mnuXAxis_Click", ShowXAxis, mnuXAxis); }
+    void mnuYAxis_Click() { ViewToggle("Pondera.frm_Pondera.mnuYAxis_Click", ShowYAxis, mnuYAxis); }
+    void mnuLabels_Click() {
+        ViewToggle("Pondera.frm_Pondera.mnuLabels_Click", ShowLabels, mnuLabels);
+    }
     void mnuCopytoClipboard_Click();
     void mnuOptions_Click();
     void mnuAbout_Click();
     void mnuQuit_Click();
-    void pb_PDF_KeyDown();
-    void pb_Slider_GotFocus();
-    void pb_PDF_MouseDown(int button, int shift, double x, double y);
-    void pb_PDF_MouseMove(int button, int shift, double x, double y);
-    void pb_PDF_MouseUp(int button, int shift, double x, double y);
-    void pb_Slider_MouseDown(int button, int shift, double x, double y);
-    void pb_Slider_MouseMove(int button, int shift, double x, double y);
-    void pb_Slider_MouseUp(int button, int shift, double x, double y);
+    void pb_PDF_KeyDown() { FieldGotFocus("Pondera.frm_Pondera.pb_PDF_KeyDown", nullptr, nullptr); }
+    void pb_Slider_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.pb_Slider_GotFocus", nullptr, nullptr);
+    }
+    void pb_PDF_MouseDown(int button, int, double x, double) {
+        DragMouseDown("Pondera.frm_Pondera.pb_PDF_MouseDown", button, x);
+    }
+    void pb_PDF_MouseMove(int, int, double x, double) {
+        DragMouseMove("Pondera.frm_Pondera.pb_PDF_MouseMove", x);
+    }
+    void pb_PDF_MouseUp(int, int, double, double) {
+        DragMouseUp("Pondera.frm_Pondera.pb_PDF_MouseUp");
+    }
+    void pb_Slider_MouseDown(int button, int, double x, double) {
+        DragMouseDown("Pondera.frm_Pondera.pb_Slider_MouseDown", button, x);
+    }
+    void pb_Slider_MouseMove(int, int, double x, double) {
+        DragMouseMove("Pondera.frm_Pondera.pb_Slider_MouseMove", x);
+    }
+    void pb_Slider_MouseUp(int, int, double, double) {
+        DragMouseUp("Pondera.frm_Pondera.pb_Slider_MouseUp");
+    }
 
     void cb_DrawbyMoments_Click();
-    void cb_DrawbyMoments_GotFocus();
-    void tb_Mean_Change();
-    void tb_StDev_Change();
-    void tb_Skewness_Change();
-    void tb_Kurtosis_Change();
-    void tb_Mean_GotFocus();
-    void tb_StDev_GotFocus();
-    void tb_Skewness_GotFocus();
-    void tb_Kurtosis_GotFocus();
-    void tb_Ymax_GotFocus();
-    void pb_SkewKurt_GotFocus();
-    void cb_LockSkewness_Click();
-    void cb_LockKurtosis_Click();
+    void cb_DrawbyMoments_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.cb_DrawbyMoments_GotFocus", nullptr, nullptr);
+    }
+    void tb_Mean_Change() { MomentChanged("Pondera.frm_Pondera.tb_Mean_Change"); }
+    void tb_StDev_Change() { MomentChanged("Pondera.frm_Pondera.tb_StDev_Change"); }
+    void tb_Skewness_Change() { MomentChanged("Pondera.frm_Pondera.tb_Skewness_Change"); }
+    void tb_Kurtosis_Change() { MomentChanged("Pondera.frm_Pondera.tb_Kurtosis_Change"); }
+    void tb_Mean_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Mean_GotFocus", qarvFrame_Moments, tb_Mean);
+    }
+    void tb_StDev_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_StDev_GotFocus", qarvFrame_Moments, tb_StDev);
+    }
+    void tb_Skewness_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Skewness_GotFocus", qarvFrame_Moments, tb_Skewness);
+    }
+    void tb_Kurtosis_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Kurtosis_GotFocus", qarvFrame_Moments, tb_Kurtosis);
+    }
+    void tb_Ymax_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.tb_Ymax_GotFocus", qarvFrame_Moments, nullptr);
+    }
+    void pb_SkewKurt_GotFocus() {
+        FieldGotFocus("Pondera.frm_Pondera.pb_SkewKurt_GotFocus", qarvFrame_Moments, nullptr);
+    }
+    void cb_LockSkewness_Click() { SkewKurtLockClick("Pondera.frm_Pondera.cb_LockSkewness_Click"); }
+    void cb_LockKurtosis_Click() { SkewKurtLockClick("Pondera.frm_Pondera.cb_LockKurtosis_Click"); }
     void pb_SkewKurt_MouseDown(int button, int shift, double x, double y);
     void pb_SkewKurt_MouseMove(int button, int shift, double x, double y);
     void pb_SkewKurt_MouseUp(int button, int shift, double x, double y);
@@ -210,33 +274,26 @@ class frm_Pondera : public QMainWindow {
     void showEvent(QShowEvent* event) override;
 
   private:
-    void BuildControls();
-    void BuildMenus();
-    void ConnectHandlers();
-    void WatchFocus(QWidget* widget);
-    void MarkersFromDrawing(const DensityChart::Result& result);
-    void SkewKurtLockClick();
-    SkewKurtChart::PickScale ReadPickScale() const;
+    // What the fields hold, for the pipeline.
+    PlotPipeline::PlotInputs ReadPlotInputs() const;
+    PlotPipeline::Limits ReadLimits() const;
+    QLineEdit* Box(PlotPipeline::Field field) const;
+    // True, after its message and with its field focused, when a check failed.
+    bool Refused(const PlotPipeline::Check& check);
+    // Draws a sampled curve and keeps it as the last good plot.
+    void ShowCurve(PlotPipeline::Curve curve, double low, double high);
+    void WriteRangeBack(double low, double high);
     void ShowResults();
-    void ShowPNC(const QString& lower, const QString& upper, const QString& total);
+    void ShowPNC(const std::array<std::string, 3>& texts);
+    void DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks, double xTickLength,
+                   double yTickLength, const std::vector<double>& x, const std::vector<double>& y);
+    SkewKurtChart::PickScale ReadPickScale() const;
+    void MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos);
+    void SkewKurtLockClick(const char* label);
     void EnablePlot(const char* label);
     void MomentChanged(const char* label);
     void FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box);
     void SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box);
-    void DrawChart(const DensityChart::Input& input, PictureBox& surface);
-    // Mean +- k standard deviations or the fixed endpoints, widened so that
-    // every ticked limit lies in it (an unticked one counts as +-1e299).
-    std::pair<double, double> DisplayRange(double mean, double stDev) const;
-    void WriteRangeBack(double low, double high);
-    // The spec-limit fields in the order LSL, Target, USL, with their messages.
-    struct LimitField {
-        QCheckBox* Check;
-        QLineEdit* Box;
-        const char* Message;
-    };
-    std::array<LimitField, 3> LimitFields() const;
-    // False, after the message and with the field focused, when a ticked limit is not a number.
-    bool LimitFieldsAreNumbers();
     // The LSL and USL markers with their boxes and drag flags.
     struct DragMarker {
         QCheckBox* Check;
@@ -245,19 +302,17 @@ class frm_Pondera : public QMainWindow {
         bool& Armed;
     };
     std::array<DragMarker, 2> DragMarkers();
-    void DragMouseDown(int button, double x);
-    void DragMouseMove(double x);
-    void DragMouseUp();
+    void DragMouseDown(const char* label, int button, double x);
+    void DragMouseMove(const char* label, double x);
+    void DragMouseUp(const char* label);
+    void ViewToggle(const char* label, bool& flag, const QAction* item);
 
     frm_Options* options_ = nullptr;
     bool unloaded_ = false;
     bool haveChart_ = false;
     // Spec limits of the last drawing, for the redraw after a resize.
-    DensityChart::Limit lastLSL_, lastTarget_, lastUSL_;
-    // The last fit drawn in moments mode (the exact values, not the shown text).
-    struct Fit {
-        bool Valid = false;
-        std::string Type;
-        double Delta = 0, Gamma = 0, Lamda = 0, Xi = 0;
-    } fit_;
+    std::array<DensityChart::Limit, 3> lastLimits_; // LSL, Target, USL
+    // The last fit drawn in moments mode (the exact values, not the shown
+    // text); empty when it had no curve.
+    std::optional<MomentsStep::Fit> fit_;
 };

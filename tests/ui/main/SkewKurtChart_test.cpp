@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 
 using SkewKurtChart::PickScale;
 
@@ -48,40 +49,6 @@ PickScale Standard(double w, double h, double kurtMax = 17) {
 
 } // namespace
 
-TEST(SkewKurtBoundary, TwoHundredPointsOnKEqualsSSquaredPlusOne) {
-    const SkewKurtChart::Boundary b = SkewKurtChart::MakeBoundary(-4, 4);
-    ASSERT_EQ(b.S.size(), 200u);
-    ASSERT_EQ(b.K.size(), 200u);
-    for (int i : {0, 1, 57, 99, 100, 198, 199}) {
-        const double s = -4 + 8.0 * i / 199;
-        EXPECT_NEAR(b.S[i], s, 1e-14) << i;
-        EXPECT_NEAR(b.K[i], s * s + 1, 1e-13) << i;
-    }
-    // 200 points: no point at exactly 0, the two middle ones straddle it.
-    EXPECT_LT(b.S[99], 0);
-    EXPECT_GT(b.S[100], 0);
-}
-
-TEST(SkewKurtMapping, CornersAndMiddleOfThePickingScaleAndBack) {
-    const PickScale s = Standard(240, 200);
-    for (const auto& [x, skew] : {std::pair{0.0, -4.0}, {120.0, 0.0}, {240.0, 4.0}})
-        EXPECT_DOUBLE_EQ(s.XToSkew(x), skew) << x;
-    // The top is KurtMax, the bottom KurtMin (not 0).
-    for (const auto& [y, kurt] : {std::pair{0.0, 17.0}, {100.0, 9.0}, {200.0, 1.0}})
-        EXPECT_DOUBLE_EQ(s.YToKurt(y), kurt) << y;
-    // A user-set KurtMax moves only the picking scale.
-    EXPECT_DOUBLE_EQ(Standard(240, 200, 4).YToKurt(0), 4);
-    EXPECT_DOUBLE_EQ(Standard(240, 200, 4).YToKurt(100), 2.5);
-
-    const PickScale odd = Standard(311, 187, 8);
-    for (double skew : {-4.0, -1.3, 0.0, 2.75, 4.0})
-        EXPECT_NEAR(odd.XToSkew(odd.SkewToX(skew)), skew, 1e-12);
-    for (double kurt : {1.0, 1.8, 3.0, 8.0, 12.0})
-        EXPECT_NEAR(odd.YToKurt(odd.KurtToY(kurt)), kurt, 1e-12);
-    EXPECT_DOUBLE_EQ(odd.KurtToY(8), 0);
-    EXPECT_DOUBLE_EQ(odd.KurtToY(1), 187);
-}
-
 TEST(SkewKurtMapping, MarkerSitsHalfAHeightLowAfterDrawingAndCentredAfterALock) {
     const PickScale s = Standard(240, 200);
     const auto drawn = SkewKurtChart::MarkerAfterDraw(s, 0, 3, 9, 7);
@@ -91,6 +58,48 @@ TEST(SkewKurtMapping, MarkerSitsHalfAHeightLowAfterDrawingAndCentredAfterALock) 
     EXPECT_DOUBLE_EQ(centred.Left, x - 4.5);
     EXPECT_DOUBLE_EQ(drawn.Top, y + 3.5);
     EXPECT_DOUBLE_EQ(centred.Top, y - 3.5);
+}
+
+// Locks: the lines through the current moments, the axis top following the
+// kurtosis outside moments mode (|k| * 1.5, halves to even), the marker centred.
+TEST(SkewKurtLocks, LinesAxisTopAndMarker) {
+    const PickScale s = Standard(240, 200);
+    struct Row {
+        const char* Row;
+        bool LockSkew, LockKurt, ByMoments;
+        double Kurt;
+        std::optional<double> KurtMax;
+    } rows[] = {{"NoLocks", false, false, true, 3, {}},
+                {"BothInMomentsMode", true, true, true, 3, {}},
+                {"Kurt3Gives4", true, true, false, 3, 4},
+                {"Kurt5Gives8", false, true, false, 5, 8},
+                {"Kurt2Gives3", false, true, false, 2, 3}};
+    for (const Row& r : rows) {
+        const SkewKurtChart::LockView v =
+            SkewKurtChart::Locks(s, r.LockSkew, r.LockKurt, r.ByMoments, 1, r.Kurt, 9, 7);
+        EXPECT_EQ(v.KurtMax, r.KurtMax) << r.Row;
+        PickScale shown = s;
+        shown.KurtMax = r.KurtMax.value_or(17);
+        EXPECT_EQ(v.SkewLineX.value_or(-1), r.LockSkew ? 150 : -1) << r.Row;
+        EXPECT_EQ(v.KurtLineY.value_or(-1), r.LockKurt ? shown.KurtToY(r.Kurt) : -1) << r.Row;
+        EXPECT_DOUBLE_EQ(v.Marker.Top, shown.KurtToY(r.Kurt) - 3.5) << r.Row;
+    }
+}
+
+// A drag step: an unlocked moment follows the pointer, a locked one keeps its value.
+TEST(SkewKurtDrag, LocksKeepTheirCoordinate) {
+    const PickScale s = Standard(240, 200);
+    const auto free = SkewKurtChart::Drag(s, 180, 50, false, false, 0, 3, 9, 7);
+    EXPECT_DOUBLE_EQ(*free.Skew, 2);
+    EXPECT_DOUBLE_EQ(*free.Kurt, 13);
+    EXPECT_DOUBLE_EQ(free.Marker.Left, 175.5);
+    EXPECT_DOUBLE_EQ(free.Marker.Top, 46.5);
+    const auto skewLocked = SkewKurtChart::Drag(s, 180, 50, true, false, -1, 3, 9, 7);
+    EXPECT_FALSE(skewLocked.Skew);
+    EXPECT_DOUBLE_EQ(skewLocked.Marker.Left, 90 - 4.5);
+    const auto kurtLocked = SkewKurtChart::Drag(s, 180, 50, false, true, 0, 9, 9, 7);
+    EXPECT_FALSE(kurtLocked.Kurt);
+    EXPECT_DOUBLE_EQ(kurtLocked.Marker.Top, 100 - 3.5);
 }
 
 TEST_F(SkewKurtChartTest, AxisTextsAreTheBoundarysEndsAndOne) {
@@ -137,31 +146,5 @@ TEST_F(SkewKurtChartTest, GreyBelowTheBoundaryWhiteAbove) {
     for (int y = y0 - 2; y <= y0 + 2; ++y)
         dark |= (box.GetPixel(x0, y) & 0xFF) < 100;
     EXPECT_TRUE(dark);
-    EXPECT_TRUE(ErrorLabels().empty());
-}
-
-TEST_F(SkewKurtChartTest, FrameAndTicksAreBlackAndTicksFollowTheFlags) {
-    DrawStandard();
-    for (const auto& [x, y] : {std::pair{0, 0}, {W - 1, 50}, {0, 100}})
-        EXPECT_EQ(box.GetPixel(x, y), 0u);
-    // Y ticks: 4 pixels in from the left at y = H - j * H / 5.
-    const int tickY = H - 2 * H / 5;
-    EXPECT_EQ(box.GetPixel(3, tickY), 0u);
-    // X ticks: 4 pixels up from the bottom at x = j * W / 5, inside the grey.
-    const int tickX = 2 * W / 5;
-    EXPECT_EQ(box.GetPixel(tickX, H - 3), 0u);
-
-    SkewKurtChart::Input off;
-    off.XAxis = false;
-    off.YAxis = false;
-    DrawStandard(off);
-    // Both places lie in the grey region (the left edge is grey up to K = 16).
-    EXPECT_EQ(box.GetPixel(3, tickY), look::Resolve(look::kButtonShadow));
-    EXPECT_EQ(box.GetPixel(tickX, H - 3), look::Resolve(look::kButtonShadow));
-}
-
-TEST_F(SkewKurtChartTest, TinySurfaceDrawsWithoutFailing) {
-    box.SetPictureSize(3, 2);
-    DrawStandard();
     EXPECT_TRUE(ErrorLabels().empty());
 }

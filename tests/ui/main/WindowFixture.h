@@ -118,11 +118,3 @@ class WindowTest : public testing_support::RecordingTest {
 
     std::unique_ptr<frm_Pondera> w;
 };
-
-// The standard normal, for reference values computed here and not by the engine.
-inline double PhiDensity(double z) {
-    return std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI);
-}
-inline double Phi(double z) {
-    return 0.5 * std::erfc(-z / std::sqrt(2.0));
-}

@@ -1,0 +1,176 @@
+// The plot pipeline's decisions without a window: checks and focus, moments,
+// range, grid, and what the PNC boxes show.
+#include "ui/main/PlotPipeline.h"
+
+#include "support/Format.h"
+#include "tests/helpers/Reference.h"
+#include "tests/helpers/TestSupport.h"
+
+#include <cmath>
+
+using namespace PlotPipeline;
+using testing_support::RelErr;
+
+namespace {
+
+PlotInputs Inputs(const std::string& name, std::array<std::string, 4> params, bool third = false) {
+    PlotInputs in;
+    in.Name = name;
+    in.ParamTexts = params;
+    in.ParamLabels = {"Mean:", "Std. Deviation:", "Maximum:", ""};
+    in.Param3Shown = third;
+    return in;
+}
+
+// The checks in the order Plot runs them.
+Check RunChecks(const PlotInputs& in) {
+    if (Check c = CheckParamTexts(in); !c.Ok) return c;
+    if (Check c = CheckParamRules(in.Name, ParamValues(in)); !c.Ok) return c;
+    return CheckLimitTexts(in.Limit);
+}
+
+} // namespace
+
+struct PipelineCheckRow {
+    const char* Row;
+    PlotInputs In;
+    Field Focus;
+    const char* Message; // "" when the distribution's rule shows its own
+};
+
+class PipelineChecks : public testing_support::RecordingTest,
+                       public testing::WithParamInterface<PipelineCheckRow> {};
+
+TEST_P(PipelineChecks, StopAtTheFirstBadFieldWithItsMessage) {
+    const PipelineCheckRow& r = GetParam();
+    const Check c = RunChecks(r.In);
+    EXPECT_EQ(c.Ok, r.Focus == Field::None);
+    EXPECT_EQ(c.Focus, r.Focus);
+    EXPECT_EQ(c.Message, r.Message);
+    // A rule's failure has shown its message already, a passed check none.
+    EXPECT_EQ(MessageTexts().size(), c.Ok || !c.Message.empty() ? 0u : 1u);
+}
+
+PlotInputs WithLimit(PlotInputs in, int which, bool ticked, const char* text) {
+    in.Limit[which] = {ticked, text};
+    return in;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, PipelineChecks,
+    testing::Values(
+        PipelineCheckRow{"Good", Inputs("Normal", {"0", "1"}), Field::None, ""},
+        PipelineCheckRow{"Param1Text", Inputs("Normal", {"abc", "x"}), Field::Param1,
+                         "Mean: must be a number."},
+        PipelineCheckRow{"Param2Empty", Inputs("Normal", {"0", ""}), Field::Param2,
+                         "Std. Deviation: must be a number."},
+        PipelineCheckRow{"HiddenParam3NotRead", Inputs("Normal", {"0", "1", "x"}), Field::None, ""},
+        PipelineCheckRow{"ShownParam3", Inputs("Triangular", {"0", "1", "x"}, true), Field::Param3,
+                         "Maximum: must be a number."},
+        PipelineCheckRow{"RuleBeforeLimits",
+                         WithLimit(Inputs("Normal", {"0", "-1"}), 0, true, "abc"), Field::Param2,
+                         ""},
+        PipelineCheckRow{"TriangularRuleOnParam2", Inputs("Triangular", {"0", "5", "3"}, true),
+                         Field::Param2, ""},
+        PipelineCheckRow{"LSLText", WithLimit(Inputs("Normal", {"0", "1"}), 0, true, "abc"),
+                         Field::LSL, "LSL must be a number."},
+        PipelineCheckRow{"TargetEmpty", WithLimit(Inputs("Normal", {"0", "1"}), 1, true, ""),
+                         Field::Target, "Target must be a number."},
+        PipelineCheckRow{"UntickedUSLIgnored",
+                         WithLimit(Inputs("Normal", {"0", "1"}), 2, false, "abc"), Field::None,
+                         ""}),
+    [](const auto& info) { return std::string(info.param.Row); });
+
+struct PipelineRangeRow {
+    const char* Row;
+    std::string Name;
+    RangeOptions Options;
+    Limits Limit;
+    std::array<double, 3> P;
+    double Low, High;
+};
+
+class PipelineRange : public testing::TestWithParam<PipelineRangeRow> {};
+
+// Mean 1, standard deviation 2 throughout.
+TEST_P(PipelineRange, CoversTheCandidateTheTickedLimitsAndTheStart) {
+    const PipelineRangeRow& r = GetParam();
+    const auto [low, high] = WithDensityStart(r.Name, DisplayRange(1, 2, r.Options, r.Limit), r.P);
+    EXPECT_DOUBLE_EQ(low, r.Low);
+    EXPECT_DOUBLE_EQ(high, r.High);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, PipelineRange,
+    testing::Values(
+        PipelineRangeRow{"MeanPlusMinusK", "Normal", {0, 2.6}, {}, {}, 1 - 5.2, 1 + 5.2},
+        PipelineRangeRow{"TargetFarRight", "Normal", {0, 3}, {{{}, {true, "40"}, {}}}, {}, -5, 40},
+        PipelineRangeRow{
+            "UntickedLimitIgnored", "Normal", {0, 3}, {{{false, "-90"}, {}, {}}}, {}, -5, 7},
+        PipelineRangeRow{
+            "LimitsBothSides", "Normal", {0, 1}, {{{true, "-9"}, {}, {true, "9"}}}, {}, -9, 9},
+        PipelineRangeRow{"FixedEndpoints", "Normal", {1, 3, -2, 2}, {}, {}, -2, 2},
+        PipelineRangeRow{
+            "FixedWidenedByUSL", "Normal", {1, 3, -2, 2}, {{{}, {}, {true, "5"}}}, {}, -2, 5},
+        PipelineRangeRow{"ExponentialStartsAtParam2", "Exponential", {0, 1}, {}, {2, -4, 0}, -4, 3},
+        PipelineRangeRow{"WeibullStartsAtParam3", "Weibull", {0, 1}, {}, {2, 1, 9}, -1, 9},
+        PipelineRangeRow{"UniformAddsNothing", "Uniform", {0, 1}, {}, {-50, 50, 0}, -1, 3}),
+    [](const auto& info) { return std::string(info.param.Row); });
+
+TEST(PlotPipeline, TheGridStopsOneStepShortAndHoldsTheDensity) {
+    const Curve c = Sample("Normal", -3, 3, 300, {0, 1, 0, 0});
+    ASSERT_EQ(c.X.size(), 301u);
+    EXPECT_DOUBLE_EQ(c.X[1], -3);
+    EXPECT_NEAR(c.X[300], 3 - 6.0 / 300, 1e-12);
+    for (int i : {1, 77, 150, 300})
+        EXPECT_LT(RelErr(c.Y[i], reference::NormalDensity(c.X[i])), 1e-12) << i;
+    EXPECT_FALSE(Drawable(2, 2));
+    EXPECT_FALSE(Drawable(0, INFINITY));
+}
+
+TEST(PlotPipeline, MomentsInClosedForm) {
+    struct Row {
+        const char* Name;
+        double P1, P2, P3;
+        Moments Expected;
+    } rows[] = {
+        {"Normal", 2, 3, 99, {2, 3, 0, 3}},
+        {"Uniform", 0, 12, 0, {6, 12 / std::sqrt(12.0), 0, 1.8}},
+        {"Exponential", 2, 5, 0, {5.5, 0.5, 2, 9}}, // rate 2 from 5
+        {"Johnson SU", 1, 1, 1, {0, 0, 0, 0}},
+    };
+    for (const Row& r : rows) {
+        Moments m;
+        MomentsOf(r.Name, r.P1, r.P2, r.P3, m);
+        EXPECT_NEAR(m.Mean, r.Expected.Mean, 1e-12) << r.Name;
+        EXPECT_NEAR(m.StDev, r.Expected.StDev, 1e-12) << r.Name;
+        EXPECT_NEAR(m.Skewness, r.Expected.Skewness, 1e-12) << r.Name;
+        EXPECT_NEAR(m.Kurtosis, r.Expected.Kurtosis, 1e-12) << r.Name;
+    }
+}
+
+TEST(PlotPipeline, ParameterRowsFollowTheDistribution) {
+    const auto normal = ParamRows("Normal");
+    EXPECT_STREQ(normal[1].Label, "Std. Deviation:");
+    EXPECT_STREQ(normal[1].DefaultText, "1");
+    EXPECT_EQ(normal[2].Label, nullptr);
+    for (const ParamRow& row : ParamRows("Johnson SB"))
+        EXPECT_TRUE(row.Label == nullptr && row.DefaultText == nullptr);
+}
+
+TEST(PlotPipeline, ThePNCBoxes) {
+    const Limits none{}, lsl{{{true, "-3"}, {}, {}}};
+    EXPECT_EQ(ResultKind(none), PncBoxes::Zero);
+    EXPECT_EQ(ResultKind(lsl), PncBoxes::Calculated);
+    EXPECT_EQ(ResultKind({{{true, "5"}, {}, {true, "5"}}}), PncBoxes::Empty);
+    EXPECT_EQ(ResultKind({{{true, "6"}, {true, "x"}, {false, "5"}}}), PncBoxes::Calculated);
+
+    const auto texts = PercentTexts(SourceFromFields("Normal", {"0", "1", "", ""}),
+                                    {{{true, "-3"}, {}, {true, "2"}}}, 6, "0.000000000000E+00");
+    const double lower = reference::NormalCdf(-3), upper = reference::NormalCdf(-2);
+    EXPECT_LT(RelErr(support::Val(texts[0]), lower), 1e-6);
+    EXPECT_LT(RelErr(support::Val(texts[1]), upper), 1e-6);
+    EXPECT_LT(RelErr(support::Val(texts[2]), lower + upper), 1e-6);
+    EXPECT_EQ(PercentTexts(SourceFromFields("Normal", {"0", "1", "", ""}), lsl, 6, "0.0")[1],
+              "0.0");
+}

@@ -1,0 +1,185 @@
+#include "ui/main/PlotPipeline.h"
+
+#include "engine/m_Distributions.h"
+#include "engine/m_PercentCertainty.h"
+#include "support/ErrorTrap.h"
+#include "support/Format.h"
+#include "support/m_Interface.h"
+
+#include <cmath>
+
+namespace PlotPipeline {
+
+namespace {
+
+constexpr double kUnticked = 1e299; // an unticked limit never decides the range
+
+constexpr const char* kLimitMessages[3] = {"LSL must be a number.", "Target must be a number.",
+                                           "USL must be a number."};
+constexpr Field kLimitFields[3] = {Field::LSL, Field::Target, Field::USL};
+constexpr Field kParamFields[3] = {Field::Param1, Field::Param2, Field::Param3};
+
+} // namespace
+
+std::string NotANumber(const std::string& caption) {
+    return caption + " must be a number.";
+}
+
+Check CheckParamTexts(const PlotInputs& in) {
+    for (int i = 0; i < 3; ++i) {
+        if (i == 2 && !in.Param3Shown) break;
+        if (!support::IsNumeric(in.ParamTexts[i]))
+            return {false, kParamFields[i], NotANumber(in.ParamLabels[i])};
+    }
+    return {};
+}
+
+std::array<double, 3> ParamValues(const PlotInputs& in) {
+    return {support::Val(in.ParamTexts[0]), support::Val(in.ParamTexts[1]),
+            in.Param3Shown ? support::Val(in.ParamTexts[2]) : 0.0};
+}
+
+Check CheckParamRules(const std::string& name, const std::array<double, 3>& p) {
+    using Rule = bool (*)(const std::string&, double, double, double);
+    const Rule rules[3] = {m_Distributions::CheckParam1, m_Distributions::CheckParam2,
+                           m_Distributions::CheckParam3};
+    for (int i = 0; i < 3; ++i)
+        if (!rules[i](name, p[0], p[1], p[2])) return {false, kParamFields[i], {}};
+    return {};
+}
+
+Check CheckLimitTexts(const Limits& limits) {
+    for (int i = 0; i < 3; ++i)
+        if (limits[i].Ticked && !support::IsNumeric(limits[i].Text))
+            return {false, kLimitFields[i], kLimitMessages[i]};
+    return {};
+}
+
+void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into) {
+    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
+    const int code = entry ? entry->Code : 0;
+    double mArgs[3] = {0, 0, 0}; // for the mean
+    double oArgs[3] = {0, 0, 0}; // for the other three moments
+    switch (code) {
+    case m_Distributions::kNormal:
+    case m_Distributions::kUniform:
+        mArgs[0] = oArgs[0] = p1;
+        mArgs[1] = oArgs[1] = p2;
+        break;
+    case m_Distributions::kExponential:
+        mArgs[0] = p1;
+        mArgs[1] = p2;
+        oArgs[0] = p1;
+        break;
+    case m_Distributions::kWeibull:
+    case m_Distributions::kTriangular:
+        mArgs[0] = oArgs[0] = p1;
+        mArgs[1] = oArgs[1] = p2;
+        mArgs[2] = oArgs[2] = p3;
+        break;
+    case m_Distributions::kLogNormal:
+        mArgs[0] = oArgs[0] = p1;
+        mArgs[1] = oArgs[1] = p2;
+        mArgs[2] = p3;
+        break;
+    default:
+        break;
+    }
+    into.Mean = m_Distributions::mean(code, mArgs[0], mArgs[1], mArgs[2]);
+    into.StDev = m_Distributions::StDev(code, oArgs[0], oArgs[1], oArgs[2]);
+    into.Skewness = m_Distributions::Skewness(code, oArgs[0], oArgs[1], oArgs[2]);
+    into.Kurtosis = m_Distributions::Kurtosis(code, oArgs[0], oArgs[1], oArgs[2]);
+}
+
+std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& pattern) {
+    return {support::Format(m.Mean, pattern), support::Format(m.StDev, pattern),
+            support::Format(m.Skewness, pattern), support::Format(m.Kurtosis, pattern)};
+}
+
+std::array<ParamRow, 4> ParamRows(const std::string& name) {
+    std::array<ParamRow, 4> rows;
+    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
+    if (!entry || entry->Code > m_Distributions::kUniform) return rows;
+    for (int i = 0; i < 4; ++i)
+        if (entry->Slots[i].Label) rows[i] = {entry->Slots[i].Label, entry->Slots[i].DefaultText};
+    return rows;
+}
+
+std::pair<double, double> DisplayRange(double mean, double stDev, const RangeOptions& options,
+                                       const Limits& limits) {
+    double low = options.XMin, high = options.XMax;
+    if (options.Mode == 0) {
+        low = support::ck(mean - options.NumStDev * stDev);
+        high = support::ck(mean + options.NumStDev * stDev);
+    }
+    for (const LimitField& f : limits) {
+        low = m_Interface::Min(low, f.Ticked ? support::Val(f.Text) : kUnticked);
+        high = m_Interface::Max(high, f.Ticked ? support::Val(f.Text) : -kUnticked);
+    }
+    return {low, high};
+}
+
+std::pair<double, double> WithDensityStart(const std::string& name, std::pair<double, double> range,
+                                           const std::array<double, 3>& p) {
+    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
+    if (!entry || !entry->MinimumSlot || !*entry->MinimumSlot) return range;
+    const double minimum = std::string(entry->MinimumSlot) == "2" ? p[1] : p[2];
+    return {m_Interface::Min(range.first, minimum), m_Interface::Max(range.second, minimum)};
+}
+
+bool Drawable(double low, double high) {
+    return std::isfinite(low) && std::isfinite(high) && high > low;
+}
+
+Curve Sample(const std::string& name, double low, double high, int n,
+             const std::array<double, 4>& p) {
+    Curve c;
+    c.X.assign(n + 1, 0.0);
+    // The calculator samples on these very points.
+    for (int i = 1; i <= n; ++i)
+        c.X[i] = support::ck(m_Distributions::GridX(low, high, n, i));
+    c.Y = m_Distributions::GetPDFData(name, low, high, n, p[0], p[1], p[2], p[3]);
+    c.Y.resize(n + 1, 0.0);
+    return c;
+}
+
+PncBoxes ResultKind(const Limits& limits) {
+    const LimitField& lsl = limits[0];
+    const LimitField& usl = limits[2];
+    if (lsl.Ticked && usl.Ticked && !(support::Val(lsl.Text) < support::Val(usl.Text)))
+        return PncBoxes::Empty;
+    return lsl.Ticked || usl.Ticked ? PncBoxes::Calculated : PncBoxes::Zero;
+}
+
+PncSource SourceFromFields(const std::string& name, const std::array<std::string, 4>& texts) {
+    PncSource s;
+    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
+    s.Code = entry ? entry->Code : 0;
+    for (int i = 0; i < 4; ++i)
+        if (entry && entry->Slots[i].Label) s.Params[i] = support::Val(texts[i]);
+    return s;
+}
+
+std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
+                                        int decPlaces, const std::string& pattern) {
+    namespace pc = m_PercentCertainty;
+    pc::CurrentDistribution = source.Code;
+    double* dest[] = {&pc::Param1, &pc::Param2, &pc::Param3, &pc::Param4};
+    for (int i = 0; i < 4; ++i)
+        if (source.Params[i]) *dest[i] = *source.Params[i];
+    pc::DecPlaces = static_cast<int16_t>(decPlaces);
+
+    double lower = 0, upper = 0;
+    if (limits[0].Ticked) {
+        pc::LSL = support::Val(limits[0].Text);
+        lower = pc::CalcLSLPNC();
+    }
+    if (limits[2].Ticked) {
+        pc::USL = support::Val(limits[2].Text);
+        upper = pc::CalcUSLPNC();
+    }
+    return {support::Format(lower, pattern), support::Format(upper, pattern),
+            support::Format(support::ck(lower + upper), pattern)};
+}
+
+} // namespace PlotPipeline

@@ -1,0 +1,30 @@
+// The main window's controls and menus, created, named, laid out and wired to
+// their handlers once by frm_Pondera's constructor; and the look of a locked field.
+#pragma once
+
+#include "ui/main/frm_Pondera.h"
+
+class QLineEdit;
+class QObject;
+class QString;
+class PictureBox;
+
+namespace WindowLayout {
+
+// Every control of the window, in the left column of titled frames, the
+// density chart with its marker strip, and the status bar.
+void Build(frm_Pondera& w);
+// File, Edit and View with their items.
+void BuildMenus(frm_Pondera& w);
+// Every handler connected to its control's signal, each run as one user
+// action; focus events go to the window's one event filter.
+void Connect(frm_Pondera& w);
+// The GotFocus handler of a watched control, or nullptr.
+using FocusHandler = void (frm_Pondera::*)();
+FocusHandler FocusHandlerOf(const frm_Pondera& w, const QObject* watched);
+// A caption printed reading upward, centred on a small surface.
+void PaintUpright(PictureBox& pb, const QString& text, int size);
+// Inputs are white; outputs and locked fields read-only in the button-face colour.
+void SetBoxLocked(QLineEdit* box, bool locked);
+
+} // namespace WindowLayout

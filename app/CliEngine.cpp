@@ -111,6 +111,7 @@ JsonObject Pnc(const Request& r) {
                 m_PercentCertainty::USL = *r.USL;
                 upper = m_PercentCertainty::CalcUSLPNC();
             }
+            if (r.LSL && r.USL) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
             out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
         }
     }

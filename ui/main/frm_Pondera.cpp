@@ -930,6 +930,7 @@ void frm_Pondera::CalcPercent() {
             pc::USL = ValOf(tb_USL);
             upper = pc::CalcUSLPNC();
         }
+        if (cb_LSL->isChecked() && cb_USL->isChecked()) upper = pc::CapUpperPNC(lower, upper);
         const std::string pattern = DisplayOptions::Pattern();
         ShowPNC(Q(support::Format(lower, pattern)), Q(support::Format(upper, pattern)),
                 Q(support::Format(support::ck(lower + upper), pattern)));

@@ -63,9 +63,8 @@ void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
     list->setMinimumSize(560, 120);
     layout->addWidget(list);
 
-    auto* where =
-        new QLabel(QStringLiteral("Details were written to %1")
-                       .arg(QString::fromStdString(support::ErrorReporter::Instance().LogPath())));
+    auto* where = new QLabel(QString::fromStdString(support::LogNote(entries)));
+    where->setObjectName("LogNote");
     where->setWordWrap(true);
     where->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(where);

@@ -63,10 +63,11 @@ std::string Parse(const Args& args, int maxParams, bool limits, bool grid, Reque
                     problem = "--points takes a whole number from 1 to 32767";
                 if (problem.empty()) r.Points = static_cast<int>(*n);
             } else {
-                problem = "unknown option " + a;
+                problem = "unknown option " + Excerpt(a);
             }
         } else if (params < maxParams) {
-            if (!ParseArg(a, r.P[params])) problem = "parameter \"" + a + "\" is not a number";
+            if (!ParseArg(a, r.P[params]))
+                problem = "parameter \"" + Excerpt(a) + "\" is not a number";
             ++params;
         } else {
             problem = "too many parameters";
@@ -134,19 +135,19 @@ std::string ParseLine(const std::string& line, Request& r) {
     const size_t first = fields[0].find_first_not_of(" \t");
     const size_t last = fields[0].find_last_not_of(" \t");
     r.Dist = first == std::string::npos ? "" : fields[0].substr(first, last - first + 1);
-    if (!FindDistribution(r.Dist)) return "unknown distribution \"" + r.Dist + "\"";
+    if (!FindDistribution(r.Dist)) return "unknown distribution \"" + Excerpt(r.Dist) + "\"";
     auto number = [](const std::string& text, double& out) {
         return text.find_first_not_of(" \t") == std::string::npos || ParseArg(text, out);
     };
     for (int i = 0; i < 4; ++i)
         if (!number(fields[i + 1], r.P[i]))
-            return "parameter \"" + fields[i + 1] + "\" is not a number";
+            return "parameter \"" + Excerpt(fields[i + 1]) + "\" is not a number";
     for (int i = 0; i < 2; ++i) {
         const std::string& text = fields[5 + i];
         if (text.find_first_not_of(" \t") == std::string::npos) continue;
         double v;
         if (!ParseArg(text, v))
-            return std::string(i ? "USL" : "LSL") + " \"" + text + "\" is not a number";
+            return std::string(i ? "USL" : "LSL") + " \"" + Excerpt(text) + "\" is not a number";
         (i ? r.USL : r.LSL) = v;
     }
     return "";
@@ -186,7 +187,8 @@ int RunPdf(const Args& args) {
     Request r;
     if (const std::string problem = Parse(args, 4, false, true, r); !problem.empty())
         return Fail("pdf", problem);
-    if (!FindDistribution(r.Dist)) return Fail("pdf", "unknown distribution \"" + r.Dist + "\"");
+    if (!FindDistribution(r.Dist))
+        return Fail("pdf", "unknown distribution \"" + Excerpt(r.Dist) + "\"");
     JsonObject out;
     support::Recorder().Clear();
     {
@@ -223,7 +225,7 @@ int RunPnc(const Args& args) {
         if (const std::string problem = Parse(args, 4, true, false, r); !problem.empty())
             return Fail("pnc", problem);
         if (!FindDistribution(r.Dist))
-            return Fail("pnc", "unknown distribution \"" + r.Dist + "\"");
+            return Fail("pnc", "unknown distribution \"" + Excerpt(r.Dist) + "\"");
         JsonObject out = Pnc(r);
         Print(out);
         return 0;

@@ -235,19 +235,6 @@ int RunPlot(const Args& args) {
     w.show();
     QApplication::processEvents();
 
-    // Display options, as the options dialog would set them.
-    if (p.Decimals) DisplayOptions::AppDecPlaces = static_cast<int16_t>(*p.Decimals);
-    if (p.Scientific) DisplayOptions::AppDisplay = *p.Scientific;
-    if (p.Endpoints) {
-        DisplayOptions::AppXRange = *p.Endpoints ? 1 : 0;
-        DisplayOptions::AppRangeMode = *p.Endpoints;
-    }
-    if (p.NumStDev) DisplayOptions::AppNumStDev = *p.NumStDev;
-    if (p.XMin) DisplayOptions::AppXMin = *p.XMin;
-    if (p.XMax) DisplayOptions::AppXMax = *p.XMax;
-    if (p.XTicks) DisplayOptions::AppXTicks = static_cast<int16_t>(*p.XTicks);
-    if (p.YTicks) DisplayOptions::AppYTicks = static_cast<int16_t>(*p.YTicks);
-
     // Choosing the distribution runs the list's change event (labels, defaults).
     // The list holds every catalogue name, so the name checked above is in it.
     w.dd_Distribution->SelectText(QString::fromStdString(p.Dist));
@@ -279,6 +266,21 @@ int RunPlot(const Args& args) {
         l.Check->setChecked(true);
         l.Box->setEnabled(true);
     }
+
+    // Display options, as the options dialog would set them, just before Plot is
+    // pressed: the plot that choosing the distribution runs keeps the defaults, so an
+    // option's warning (a range with no width) comes once, from the press.
+    if (p.Decimals) DisplayOptions::AppDecPlaces = static_cast<int16_t>(*p.Decimals);
+    if (p.Scientific) DisplayOptions::AppDisplay = *p.Scientific;
+    if (p.Endpoints) {
+        DisplayOptions::AppXRange = *p.Endpoints ? 1 : 0;
+        DisplayOptions::AppRangeMode = *p.Endpoints;
+    }
+    if (p.NumStDev) DisplayOptions::AppNumStDev = *p.NumStDev;
+    if (p.XMin) DisplayOptions::AppXMin = *p.XMin;
+    if (p.XMax) DisplayOptions::AppXMax = *p.XMax;
+    if (p.XTicks) DisplayOptions::AppXTicks = static_cast<int16_t>(*p.XTicks);
+    if (p.YTicks) DisplayOptions::AppYTicks = static_cast<int16_t>(*p.YTicks);
 
     // Press Plot.
     const std::size_t messagesBefore = support::Recorder().Messages.size();

@@ -115,6 +115,7 @@ int RunData(const DataRequest& r) {
                 upper = pc::CalcUSLPNC();
             }
         }
+        if (code && lsl && usl) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
         out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
         out.AddRaw("capability",
                    code ? CapabilityJson(*code, p, lsl, usl) : Capability(std::nullopt, lsl, usl));

@@ -42,7 +42,7 @@ std::string ParseWords(int maxParams, Request& r) {
     if (static_cast<int>(r.Words.size()) - 1 > maxParams) return "too many parameters";
     for (size_t i = 1; i < r.Words.size(); ++i)
         if (!ParseArg(r.Words[i], r.P[i - 1]))
-            return "parameter \"" + r.Words[i] + "\" is not a number";
+            return "parameter \"" + Excerpt(r.Words[i]) + "\" is not a number";
     return "";
 }
 
@@ -90,6 +90,7 @@ JsonObject Pnc(const Request& r) {
                 m_PercentCertainty::USL = *r.USL;
                 upper = m_PercentCertainty::CalcUSLPNC();
             }
+            if (r.LSL && r.USL) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
             out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
             out.AddRaw("capability", CapabilityJson(e->Code, r.P, r.LSL, r.USL));
         }
@@ -113,19 +114,19 @@ std::string ParseLine(const std::string& line, Request& r) {
     const size_t first = fields[0].find_first_not_of(" \t");
     const size_t last = fields[0].find_last_not_of(" \t");
     r.Dist = first == std::string::npos ? "" : fields[0].substr(first, last - first + 1);
-    if (!FindDistribution(r.Dist)) return "unknown distribution \"" + r.Dist + "\"";
+    if (!FindDistribution(r.Dist)) return "unknown distribution \"" + Excerpt(r.Dist) + "\"";
     auto number = [](const std::string& text, double& out) {
         return text.find_first_not_of(" \t") == std::string::npos || ParseArg(text, out);
     };
     for (int i = 0; i < 4; ++i)
         if (!number(fields[i + 1], r.P[i]))
-            return "parameter \"" + fields[i + 1] + "\" is not a number";
+            return "parameter \"" + Excerpt(fields[i + 1]) + "\" is not a number";
     for (int i = 0; i < 2; ++i) {
         const std::string& text = fields[5 + i];
         if (text.find_first_not_of(" \t") == std::string::npos) continue;
         double v;
         if (!ParseArg(text, v))
-            return std::string(i ? "USL" : "LSL") + " \"" + text + "\" is not a number";
+            return std::string(i ? "USL" : "LSL") + " \"" + Excerpt(text) + "\" is not a number";
         (i ? r.USL : r.LSL) = v;
     }
     return "";
@@ -160,7 +161,8 @@ int RunMoments(Request& r) {
 
 int RunPdf(Request& r) {
     if (const std::string problem = ParseWords(4, r); !problem.empty()) return Fail("pdf", problem);
-    if (!FindDistribution(r.Dist)) return Fail("pdf", "unknown distribution \"" + r.Dist + "\"");
+    if (!FindDistribution(r.Dist))
+        return Fail("pdf", "unknown distribution \"" + Excerpt(r.Dist) + "\"");
     JsonObject out;
     support::Recorder().Clear();
     {
@@ -196,7 +198,7 @@ int RunPnc(Request& r) {
         if (const std::string problem = ParseWords(4, r); !problem.empty())
             return Fail("pnc", problem);
         if (!FindDistribution(r.Dist))
-            return Fail("pnc", "unknown distribution \"" + r.Dist + "\"");
+            return Fail("pnc", "unknown distribution \"" + Excerpt(r.Dist) + "\"");
         JsonObject out = Pnc(r);
         Print(out);
         return 0;

@@ -25,7 +25,7 @@ std::string ParseMoments(const std::vector<std::string>& words, double (&m)[4]) 
                ")";
     for (int i = 0; i < 4; ++i)
         if (!ParseArg(words[i], m[i]))
-            return std::string(kFields[i]) + " \"" + words[i] + "\" is not a number";
+            return std::string(kFields[i]) + " \"" + Excerpt(words[i]) + "\" is not a number";
     return "";
 }
 

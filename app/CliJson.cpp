@@ -50,6 +50,16 @@ std::string Quote(std::string_view text) {
     return out + "\"";
 }
 
+std::string Excerpt(std::string_view text) {
+    constexpr size_t kMaxCharacters = 80;
+    size_t characters = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue; // UTF-8 continuation
+        if (characters++ == kMaxCharacters) return std::string(text.substr(0, i)) + "\u2026";
+    }
+    return std::string(text);
+}
+
 std::string Number(double value) {
     if (!std::isfinite(value)) return "null";
     // to_chars ignores the locale, which Qt sets from the environment.

@@ -10,6 +10,9 @@
 namespace cli {
 
 std::string Quote(std::string_view text);
+// The offending text quoted in an answer: at most 80 characters, then an ellipsis,
+// so a huge line is not echoed back whole.
+std::string Excerpt(std::string_view text);
 std::string Number(double value); // 17 significant digits; NaN and inf become null
 std::string NumberArray(const std::vector<double>& values);
 

@@ -191,20 +191,6 @@ int RunPlot(const PlotArgs& p) {
     w.show();
     QApplication::processEvents();
 
-    // Display options, as the options dialog would set them.
-    if (p.Decimals) DisplayOptions::AppDecPlaces = static_cast<int16_t>(*p.Decimals);
-    if (p.Display) DisplayOptions::AppDisplay = *p.Display == "scientific";
-    if (p.Range) {
-        const bool endpoints = *p.Range == "endpoints";
-        DisplayOptions::AppXRange = endpoints ? 1 : 0;
-        DisplayOptions::AppRangeMode = endpoints;
-    }
-    if (p.NumStDev) DisplayOptions::AppNumStDev = *p.NumStDev;
-    if (p.XMin) DisplayOptions::AppXMin = *p.XMin;
-    if (p.XMax) DisplayOptions::AppXMax = *p.XMax;
-    if (p.XTicks) DisplayOptions::AppXTicks = static_cast<int16_t>(*p.XTicks);
-    if (p.YTicks) DisplayOptions::AppYTicks = static_cast<int16_t>(*p.YTicks);
-
     // Choosing the distribution runs the list's change event (labels, defaults).
     // The list holds every catalogue name, so the name checked above is in it.
     w.dd_Distribution->SelectText(QString::fromStdString(p.Dist));
@@ -236,6 +222,22 @@ int RunPlot(const PlotArgs& p) {
         l.Check->setChecked(true);
         l.Box->setEnabled(true);
     }
+
+    // Display options, as the options dialog would set them, just before Plot is
+    // pressed: the plot that choosing the distribution runs keeps the defaults, so an
+    // option's warning (a range with no width) comes once, from the press.
+    if (p.Decimals) DisplayOptions::AppDecPlaces = static_cast<int16_t>(*p.Decimals);
+    if (p.Display) DisplayOptions::AppDisplay = *p.Display == "scientific";
+    if (p.Range) {
+        const bool endpoints = *p.Range == "endpoints";
+        DisplayOptions::AppXRange = endpoints ? 1 : 0;
+        DisplayOptions::AppRangeMode = endpoints;
+    }
+    if (p.NumStDev) DisplayOptions::AppNumStDev = *p.NumStDev;
+    if (p.XMin) DisplayOptions::AppXMin = *p.XMin;
+    if (p.XMax) DisplayOptions::AppXMax = *p.XMax;
+    if (p.XTicks) DisplayOptions::AppXTicks = static_cast<int16_t>(*p.XTicks);
+    if (p.YTicks) DisplayOptions::AppYTicks = static_cast<int16_t>(*p.YTicks);
 
     // Press Plot.
     const std::size_t messagesBefore = support::Recorder().Messages.size();

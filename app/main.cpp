@@ -15,6 +15,7 @@
 #include <QCommandLineParser>
 #include <QFont>
 #include <QIcon>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -106,11 +107,14 @@ int main(int argc, char** argv) {
     m_Interface::SetupErrorHandling();
     MExceptionHandler::InstallExceptionFilter();
 
+    // What the first plot has to say (a stored range with no width) shows over the window.
+    face.Hold();
     std::unique_ptr<frm_Pondera> window;
     RunAsAction([&] { window = std::make_unique<frm_Pondera>(); });
     face.SetParent(window.get());
     face.SetStatusSink([w = window.get()](const std::string& text) { w->SetStatus(text); });
     window->show();
+    QTimer::singleShot(0, window.get(), [&face] { face.Release(); });
     const int rc = app.exec();
 
     // Exit: the window unloads the options dialog and removes the filter.

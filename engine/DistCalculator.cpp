@@ -9,6 +9,8 @@
 #include "engine/m_PercentCertainty.h"
 #include "support/ErrorTrap.h"
 
+#include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 using namespace m_NumRecipes::kernel;
@@ -65,6 +67,15 @@ int UsedSlots(Family f) {
 // Halves first, so no difference of two finite numbers can overflow.
 inline double HalfDiff(double a, double b) {
     return 0.5 * a - 0.5 * b;
+}
+
+// x - origin, or the largest double of its sign where the exact difference lies
+// beyond the double range (a limit at 1e308 against a threshold at -1e308): such
+// a point is beyond every support, and the tails say 0 or 1 without a fault.
+inline double Gap(double x, double origin) {
+    const double half = HalfDiff(x, origin);
+    if (std::fabs(half) < 0.5 * DBL_MAX) return x - origin;
+    return half > 0 ? DBL_MAX : -DBL_MAX;
 }
 
 // u^k for u > 0, k > 0: the exact power where it is representable, else a value
@@ -317,12 +328,14 @@ bool DistCalculator::Calculate() {
     return true;
 }
 
+// Each side is computed on its own, and a sum of rounded terms may stray an ulp
+// past 1 (a triangular limit just below the maximum); a probability stays in [0, 1].
 double DistCalculator::CumulativeProbability(double x) const {
-    return support::ck(Tail(x, false));
+    return std::clamp(support::ck(Tail(x, false)), 0.0, 1.0);
 }
 
 double DistCalculator::UpperTailProbability(double x) const {
-    return support::ck(Tail(x, true));
+    return std::clamp(support::ck(Tail(x, true)), 0.0, 1.0);
 }
 
 double DistCalculator::Density(double x) const {
@@ -336,19 +349,19 @@ double DistCalculator::DensityAt(double x) const {
     const double p1 = p_[0], p2 = p_[1], p3 = p_[2], p4 = p_[3];
     switch (family_) {
     case Family::Normal:
-        return PhiScaled(DivZ(x - p1, p2), {}, {p2});
+        return PhiScaled(DivZ(Gap(x, p1), p2), {}, {p2});
     case Family::Lognormal: {
-        const double d = x - p3;
+        const double d = Gap(x, p3);
         if (!(d > 0)) return 0;
         return PhiScaled(DivZ(std::log(d) - p1, p2), {}, {p2, d});
     }
     case Family::Exponential: {
-        const double d = x - p2;
+        const double d = Gap(x, p2);
         if (d < 0) return 0;
         return p1 * std::exp(-MulZ(p1, d));
     }
     case Family::Weibull: {
-        const double k = p1, eta = p2, d = x - p3;
+        const double k = p1, eta = p2, d = Gap(x, p3);
         if (d < 0) return 0;
         if (d == 0) return k == 1 ? 1 / eta : 0; // a pole (k < 1) is drawn as 0
         const double u = DivZ(d, eta);
@@ -381,17 +394,17 @@ double DistCalculator::DensityAt(double x) const {
         return 1 / hw;
     }
     case Family::JohnsonSB: {
-        const double delta = p1, gamma = p2, lamda = p3, d = x - p4, v = lamda - d;
+        const double delta = p1, gamma = p2, lamda = p3, d = Gap(x, p4), v = Gap(lamda, d);
         if (!(d > 0) || !(v > 0)) return 0;
         return PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v}, true);
     }
     case Family::JohnsonSU: {
-        const double delta = p1, gamma = p2, lamda = p3, d = x - p4;
+        const double delta = p1, gamma = p2, lamda = p3, d = Gap(x, p4);
         return PhiScaled(LinearZ(gamma, delta, AsinhRatio(d, lamda)), {delta},
                          {std::hypot(d, lamda)});
     }
     case Family::JohnsonSL: {
-        const double delta = p1, gamma = p2, lamda = p3, d = x - p4;
+        const double delta = p1, gamma = p2, lamda = p3, d = Gap(x, p4);
         if (!((lamda > 0 && d > 0) || (lamda < 0 && d < 0))) return 0;
         const double al = std::fabs(lamda), ad = std::fabs(d);
         const double z = MulZ(lamda, LinearZ(gamma, delta, LogProduct(al, ad)));
@@ -415,20 +428,20 @@ double DistCalculator::Tail(double x, bool upper) const {
     auto normal = [upper](double z) { return upper ? NormalUpper(z) : NormalCdf(z); };
     switch (family_) {
     case Family::Normal:
-        return normal(DivZ(x - p1, p2));
+        return normal(DivZ(Gap(x, p1), p2));
     case Family::Lognormal: {
-        const double d = x - p3;
+        const double d = Gap(x, p3);
         if (!(d > 0)) return below;
         return normal(DivZ(std::log(d) - p1, p2));
     }
     case Family::Exponential: {
-        const double d = x - p2;
+        const double d = Gap(x, p2);
         if (!(d > 0)) return below;
         const double t = MulZ(p1, d);
         return upper ? std::exp(-t) : -std::expm1(-t);
     }
     case Family::Weibull: {
-        const double d = x - p3;
+        const double d = Gap(x, p3);
         if (!(d > 0)) return below;
         const double t = WeibullPower(DivZ(d, p2), p1);
         return upper ? std::exp(-t) : -std::expm1(-t);
@@ -456,15 +469,15 @@ double DistCalculator::Tail(double x, bool upper) const {
         return hca / hw + s * (HalfDiff(x, c) / hbc) * (1 + r);
     }
     case Family::JohnsonSB: {
-        const double d = x - p4, v = p3 - d;
+        const double d = Gap(x, p4), v = Gap(p3, d);
         if (!(d > 0)) return below;
         if (!(v > 0)) return above;
         return normal(LinearZ(p2, p1, LogRatio(d, v)));
     }
     case Family::JohnsonSU:
-        return normal(LinearZ(p2, p1, AsinhRatio(x - p4, p3)));
+        return normal(LinearZ(p2, p1, AsinhRatio(Gap(x, p4), p3)));
     case Family::JohnsonSL: {
-        const double lamda = p3, d = x - p4;
+        const double lamda = p3, d = Gap(x, p4);
         if (lamda > 0 && !(d > 0)) return below;
         if (lamda < 0 && !(d < 0)) return above;
         const double l = LogProduct(std::fabs(lamda), std::fabs(d));

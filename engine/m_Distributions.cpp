@@ -462,7 +462,7 @@ double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, do
         DistCalculator calc;
         if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
         // At or below the threshold nothing lies below the limit.
-        if (calcName == "Lognormal" && ck(lsl - p3) <= 0) return;
+        if (calcName == "Lognormal" && lsl <= p3) return;
         result = calc.CumulativeProbability(lsl);
     });
     return result;

@@ -11,6 +11,7 @@ namespace {
 constexpr const char* kCalculatorName = "Pondera.m_PercentCertainty.CalculatorName";
 constexpr const char* kCalcLSLPNC = "Pondera.m_PercentCertainty.CalcLSLPNC";
 constexpr const char* kCalcUSLPNC = "Pondera.m_PercentCertainty.CalcUSLPNC";
+constexpr const char* kCapUpperPNC = "Pondera.m_PercentCertainty.CapUpperPNC";
 } // namespace
 
 int CurrentDistribution = 0;
@@ -46,6 +47,16 @@ double CalcUSLPNC() {
         // its digits, and a failed calculation gives 0 rather than 1.
         result = support::ck(m_Distributions::PNC_USL_Upper(CalculatorName(CurrentDistribution),
                                                             USL, Param1, Param2, Param3, Param4));
+    });
+    return result;
+}
+
+double CapUpperPNC(double lower, double upper) {
+    double result = upper;
+    support::Trap(kCapUpperPNC, [&] {
+        // 1 - lower is exact or within half an ulp of it, so lower + (1 - lower)
+        // rounds to at most 1.
+        if (LSL <= USL && upper > 1 - lower) result = 1 - lower;
     });
     return result;
 }

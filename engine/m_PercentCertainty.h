@@ -19,4 +19,9 @@ std::string CalculatorName(int code);
 double CalcLSLPNC(); // P(X < LSL)
 double CalcUSLPNC(); // P(X > USL)
 
+// The upper figure to show beside the lower one when both limits are ticked. The
+// two tails are computed apart, so with LSL <= USL they may overlap by a rounding
+// error; the upper figure then gives way, and lower + upper never exceeds 1.
+double CapUpperPNC(double lower, double upper);
+
 } // namespace m_PercentCertainty

@@ -30,9 +30,12 @@ constexpr const char* kLabelOpen = "Pondera.RegistryStore.Open";
 constexpr const char* kLabelOperation = "Pondera.RegistryStore.Operation";
 constexpr const char* kSource = "Pondera.RegistryStore";
 
-// Long enough for another Pondera to finish its write, short enough that a
-// stuck lock does not freeze the window for good.
-constexpr int kBusyTimeoutMs = 10000;
+// SQLite's own wait for a lock in one attempt; an operation that still finds the
+// store locked tries again with growing pauses until kLockPatienceMs have passed:
+// long enough for a writer starved by several others, short enough that a stuck
+// lock does not freeze the window for good.
+constexpr int kBusyTimeoutMs = 2000;
+constexpr int kLockPatienceMs = 30000;
 constexpr int kBusyOpenRetries = 250; // with the pause: about five seconds
 constexpr int kBusyOpenPauseMs = 20;
 
@@ -425,14 +428,30 @@ LONG MapError(const DbError& e, bool write) {
 // on the way is replaced and the operation tried once more on the fresh store.
 template <class Op> LONG Run(bool write, Op&& op) {
     std::lock_guard<std::mutex> guard(S().Lock);
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::milliseconds(kLockPatienceMs);
+    int pauseMs = 20;
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!EnsureOpen()) return write ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
         if (write && S().CurrentMode != Mode::ReadWrite) return ERROR_ACCESS_DENIED;
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        sqlite3_busy_timeout(S().Db,
+                             static_cast<int>(std::clamp<long long>(left, 1, kBusyTimeoutMs)));
         try {
             return op(S().Db);
         } catch (const DbError& e) {
             if (IsDamage(e.Code) && attempt == 0 && S().CurrentMode == Mode::ReadWrite) {
                 Replace(S().Path, e);
+                continue;
+            }
+            const int primary = e.Code & 0xFF;
+            if ((primary == SQLITE_BUSY || primary == SQLITE_LOCKED) && Clock::now() < deadline) {
+                // Jitter, so writers that collided do not collide again in step.
+                std::this_thread::sleep_for(
+                    std::chrono::milliseconds(pauseMs / 2 + std::rand() % (pauseMs / 2 + 1)));
+                pauseMs = std::min(pauseMs * 2, 1000);
+                --attempt;
                 continue;
             }
             Log(kLabelOperation, e.Code,

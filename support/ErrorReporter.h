@@ -36,9 +36,16 @@ class ErrorReporter {
     // A writable folder CMake built the program in, outside the install prefix.
     static bool IsBuildFolder(const std::string& folder);
     static std::string StateLogPath();
-    // Appends one line with a single write; never throws, never stops the program.
-    void AppendLog(const std::string& label, int32_t number, const std::string& source,
-                   const std::string& description) const noexcept;
+    // What became of one line for the log: the file written, or the one that could
+    // not be written and why.
+    struct LogResult {
+        std::string Path;
+        std::string Problem; // empty when the line was written
+    };
+    // Appends one line with a single write; never blocks, never throws, never stops
+    // the program. A log about to pass kLogLimit becomes "<log>.1" first.
+    LogResult AppendLog(const std::string& label, int32_t number, const std::string& source,
+                        const std::string& description) const noexcept;
 
   private:
     std::string title_ = "Pondera";
@@ -59,5 +66,11 @@ class ActionScope {
 };
 
 inline constexpr const char* kLogFileName = "qarvPonderaErrorLog.txt";
+// The log stays below this size; one older generation is kept beside it.
+inline constexpr long kLogLimit = 1L << 20;
+
+// The closing line of an error report: where the details of these errors were
+// written, or that they could not be. Empty when nothing is known of the log.
+std::string LogNote(const std::vector<ErrorEntry>& entries);
 
 } // namespace support

@@ -15,6 +15,10 @@ struct ErrorEntry {
     std::string Source;
     std::string Description;
     int Count = 1; // repeats of the same error within one user action
+    // The log file the error went to (or was meant for) and, when it could not be
+    // written there, why.
+    std::string LogPath = {};
+    std::string LogProblem = {};
 };
 
 enum class BoxIcon { Information, Critical };

@@ -29,6 +29,28 @@ TEST_F(CliJsonTest, StringsAreEscaped) {
     EXPECT_EQ(json_reader::Parse(cli::JsonObject().AddString("k", nasty).Str()).S("k"), nasty);
 }
 
+TEST_F(CliJsonTest, OffendingTextIsQuotedToEightyCharactersAndAnEllipsis) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"1x", "1x"},
+        {std::string(80, 'a'), std::string(80, 'a')},
+        {std::string(10'000'000, 'a'), std::string(80, 'a') + "\u2026"},
+        {[] {
+             std::string s;
+             for (int i = 0; i < 90; ++i)
+                 s += "\u00e9";
+             return s;
+         }(),
+         [] {
+             std::string s;
+             for (int i = 0; i < 80; ++i)
+                 s += "\u00e9";
+             return s + "\u2026";
+         }()},
+    };
+    for (const auto& [text, quoted] : rows)
+        EXPECT_EQ(cli::Excerpt(text), quoted) << text.size() << " bytes";
+}
+
 TEST_F(CliJsonTest, RecordedMessagesAndDistinctErrorsAreAddedAndCleared) {
     support::MsgBox("Standard deviation must be greater than zero.");
     Rec().ShowErrorReport(

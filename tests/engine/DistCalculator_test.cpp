@@ -289,11 +289,15 @@ TEST_F(DistCalculatorTest, FarTailsAndExtremeScalesStayFiniteWithoutFaults) {
         {"Johnson", {1e-300, 1e300, 1e-300, 0}, 8},
         {"Johnson", {1e300, 0, 1, 0}, 7},
         {"Johnson", {1, 0, 1e300, -1e300}, 9},
+        // Thresholds so far from the limits that x - threshold is beyond the double range.
+        {"Weibull", {2, 1, -1e308}},
+        {"Lognormal", {0, 1, 1e308}},
+        {"Johnson", {1, 0, 1e308, -1e308}, 7},
     };
     for (const Dist& s : setups) {
         const DistCalculator calc = Make(s);
         for (double x :
-             {-1e300, -1e10, -1.0, -1e-300, 0.0, 1e-320, 1e-300, 0.5, 1.0, 1e10, 1e300}) {
+             {-1e308, -1e300, -1e10, -1.0, -1e-300, 0.0, 1e-320, 1e-300, 0.5, 1.0, 1e300, 1e308}) {
             const double lo = Trapped([&] { return calc.CumulativeProbability(x); });
             const double up = Trapped([&] { return calc.UpperTailProbability(x); });
             const double de = Trapped([&] { return calc.Density(x); });

@@ -51,6 +51,53 @@ TEST_F(PercentCertaintyTest, LogNormalLimitsAtOrBelowTheThreshold) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
+// Triangular (a, c, b) closed form, P(X <= x) for a <= x <= b.
+long double TriangularLower(long double a, long double c, long double b, long double x) {
+    if (x <= c) return (x - a) * (x - a) / ((b - a) * (c - a));
+    return 1 - (b - x) * (b - x) / ((b - a) * (b - c));
+}
+
+TEST_F(PercentCertaintyTest, FiguresStayProbabilitiesAtTheEdgesOfTheDoubleRange) {
+    struct Row {
+        const char* Name;
+        int Code;
+        std::array<double, 4> P;
+        double Lsl, Usl;
+        long double Lower, Upper; // exact: closed forms
+    };
+    const double a = -0.9828253375168252, c = -0.9274049738716139, b = 1.179061774045704;
+    const double lsl = -0.8711175082131247, usl = std::nextafter(lsl, 1.0);
+    const Row rows[] = {
+        // x - threshold is beyond the double range: the limit is past the whole support.
+        {"Weibull with a limit 2e308 above its threshold", 5, {2, 1, -1e308}, 1e308, 1e308, 1, 0},
+        {"Normal with limits 2e308 below its mean", 1, {1e308, 1}, -1e308, -1e308, 0, 1},
+        {"LogNormal with a limit 2e308 above its threshold", 4, {0, 1, -1e308}, 1e308, 1e308, 1, 0},
+        {"Exponential with a limit 2e308 above its start", 3, {1, -1e308}, 1e308, 1e308, 1, 0},
+        {"Johnson SB spanning the double range", 7, {1, 0, 1e308, -1e308}, 1e308, -1e308, 1, 1},
+        // The far-side sum of a triangular tail rounds past 1 just under the maximum.
+        {"Triangular with the LSL just under the maximum", 2, {-9, -0.53, 0}, -2e-38, 0, 1, 0},
+        // Each tail rounds up by an ulp: together they would exceed 1.
+        {"Triangular with the limits one ulp apart",
+         2,
+         {a, c, b},
+         lsl,
+         usl,
+         TriangularLower(a, c, b, lsl),
+         1 - TriangularLower(a, c, b, usl)},
+    };
+    for (const Row& r : rows) {
+        Use(r.Code, r.P, r.Lsl, r.Usl);
+        const double lower = CalcLSLPNC(), upper = CapUpperPNC(lower, CalcUSLPNC());
+        EXPECT_NEAR(lower, r.Lower, 1e-15) << r.Name;
+        EXPECT_NEAR(upper, r.Upper, 1e-15) << r.Name;
+        EXPECT_TRUE(lower >= 0 && lower <= 1 && upper >= 0 && upper <= 1) << r.Name;
+        if (r.Lsl <= r.Usl) {
+            EXPECT_LE(lower + upper, 1.0) << r.Name;
+        }
+    }
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
 TEST_F(PercentCertaintyTest, EveryCodeReachesItsCalculatorKey) {
     // The upper figure is 1 - the cumulative at the USL, through the key of each code.
     const std::tuple<int, const char*, std::array<double, 4>, double> rows[] = {

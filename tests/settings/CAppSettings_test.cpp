@@ -199,18 +199,3 @@ TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
     setenv("PONDERA_REGISTRY", StorePath().c_str(), 1);
     EXPECT_EQ(Get("AppDecPlaces", std::string()), Value(std::string("2")));
 }
-
-TEST_F(AppSettingsTest, SettingsSurviveARestartOfTheProcess) {
-    settings_.SaveSetting(kSection, "AppYTicks", int64_t{9});
-    EXPECT_EQ(settings_test::InChild([] {
-                  // A new process: its own connection and a settings object named anew.
-                  CAppSettings again;
-                  again.Init("Qarvanto Labs, LLC\\Qarv Tools 3", "Pondera");
-                  const bool seen = again.GetSetting(kSection, "AppYTicks", std::string()) ==
-                                    Value(std::string("9"));
-                  again.SaveSetting(kSection, "FromChild", std::string("hello"));
-                  return seen ? 0 : 1;
-              }),
-              0);
-    EXPECT_EQ(Get("FromChild", std::string()), Value(std::string("hello")));
-}

@@ -104,16 +104,6 @@ TEST_F(DisplayOptionsTest, DecimalPlacesAtProgramStart) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
-TEST_F(DisplayOptionsTest, PatternIsTheDecimalPatternWithExponentInScientificDisplay) {
-    const std::tuple<int16_t, bool, const char*> cases[] = {
-        {0, false, "0"}, {0, true, "0E+00"}, {2, false, "0.00"}, {6, true, "0.000000E+00"}};
-    for (const auto& [places, scientific, expected] : cases) {
-        AppDecPlaces = places;
-        AppDisplay = scientific;
-        EXPECT_EQ(Pattern(), expected) << places << ' ' << scientific;
-    }
-}
-
 TEST_F(DisplayOptionsTest, FieldChecksOfTheDialog) {
     using Num = std::optional<double>;
     EXPECT_EQ(NumStDevFrom("2.6"), Num(2.6));

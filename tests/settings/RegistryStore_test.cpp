@@ -326,3 +326,25 @@ TEST_F(StoreTest, AStoreInAReadOnlyFolderIsReadButNotWritten) {
     std::error_code ec;
     fs::remove(log, ec);
 }
+
+TEST_F(StoreTest, ASaveWaitsOutAWriteLockHeldLongerThanOneWaitOfSQLite) {
+    const HKEY key = Create(HKEY_CURRENT_USER, "Software\\Held");
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    // Another program holds the write lock for three seconds, then lets go.
+    const pid_t holder = settings_test::Spawn([&] {
+        sqlite3* other = nullptr;
+        sqlite3_open(StorePath().c_str(), &other);
+        const bool held = sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == 0;
+        if (write(ready[1], "x", 1) != 1 || !held) return 1;
+        sleep(3);
+        sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr);
+        sqlite3_close(other);
+        return 0;
+    });
+    char byte;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    EXPECT_EQ(SetText(key, "Late", "saved"), ERROR_SUCCESS);
+    EXPECT_EQ(settings_test::Wait(holder), 0);
+    EXPECT_EQ(GetText(key, "Late"), "saved");
+}

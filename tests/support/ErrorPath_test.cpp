@@ -11,6 +11,9 @@
 #include <functional>
 #include <regex>
 #include <sstream>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -122,10 +125,53 @@ TEST_F(ErrorPath, OneActionGathersRepeatsIntoOneReportAndLogsEveryError) {
     EXPECT_NE(lines[300].find("5 (&H00000005)"), std::string::npos) << lines[300];
 }
 
-TEST_F(ErrorPath, AnUnwritableLogNeverStopsTheProgram) {
-    setenv("PONDERA_ERROR_LOG", "/proc/pondera-no-such-dir/log.txt", 1);
-    Divide(1, 0);
-    EXPECT_EQ(Rec().AllErrors().size(), 1u);
+TEST_F(ErrorPath, OnlyAPlainFileIsALogAndTheReportSaysWhereTheErrorWent) {
+    const std::string dir = log_ + "-dir", fifo = log_ + "-fifo";
+    fs::create_directories(dir);
+    mkfifo(fifo.c_str(), 0600); // no reader: opening it for writing would wait for good
+    const std::pair<std::string, std::string> rows[] = {
+        {log_, "Details were written to " + log_},
+        {fifo, "Details could not be written to the error log (" + fifo + ": not a regular file)."},
+        {dir, "Details could not be written to the error log (" + dir + ": not a regular file)."},
+        {"/proc/pondera-none/log.txt", "Details could not be written to the error log "
+                                       "(/proc/pondera-none/log.txt: No such file or directory)."},
+    };
+    alarm(60); // a log that blocks ends the test instead of hanging it
+    for (const auto& [path, note] : rows) {
+        Rec().Clear();
+        setenv("PONDERA_ERROR_LOG", path.c_str(), 1);
+        Divide(1, 0);
+        ASSERT_EQ(Rec().AllErrors().size(), 1u) << path;
+        EXPECT_EQ(support::LogNote(Rec().AllErrors()), note);
+    }
+    alarm(0);
+    fs::remove_all(dir);
+    fs::remove(fifo);
+}
+
+TEST_F(ErrorPath, AFullLogBecomesTheOlderGenerationAndEveryLineStaysWhole) {
+    const std::string old = log_ + ".1";
+    std::ofstream(log_) << std::string(support::kLogLimit - 100, 'x') << '\n';
+    const std::string description(300, 'd');
+    // Two processes writing at once rotate the log several times between them.
+    for (int child = 0; child < 2; ++child)
+        if (fork() == 0) {
+            for (int i = 0; i < 5000; ++i)
+                support::ErrorReporter::Instance().AppendLog("Pondera.Test.Fill", 6, "Pondera",
+                                                             description);
+            _exit(0);
+        }
+    for (int child = 0; child < 2; ++child)
+        wait(nullptr);
+    for (const std::string& file : {log_, old}) {
+        EXPECT_LT(fs::file_size(file), static_cast<uintmax_t>(support::kLogLimit)) << file;
+        std::ifstream in(file);
+        for (std::string line; std::getline(in, line);)
+            ASSERT_TRUE(
+                line.ends_with(" | Pondera.Test.Fill | 6 (&H00000006) | Pondera | " + description))
+                << file << ": " << line.substr(0, 80);
+    }
+    fs::remove(old);
 }
 
 TEST_F(ErrorPath, ObjectErrorNumbersGetTheirOwnBoxesAndNoReport) {

@@ -178,6 +178,7 @@ std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& l
         pc::USL = support::Val(limits[2].Text);
         upper = pc::CalcUSLPNC();
     }
+    if (limits[0].Ticked && limits[2].Ticked) upper = pc::CapUpperPNC(lower, upper);
     return {support::Format(lower, pattern), support::Format(upper, pattern),
             support::Format(support::ck(lower + upper), pattern)};
 }

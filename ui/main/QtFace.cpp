@@ -17,6 +17,12 @@ QWidget* Owner(QWidget* parent) {
 } // namespace
 
 void QtFace::ShowMessage(const std::string& title, const std::string& text, support::BoxIcon icon) {
+    if (holding_) {
+        for (const auto& held : heldMessages_)
+            if (held.Title == title && held.Text == text) return;
+        heldMessages_.push_back({title, text, icon});
+        return;
+    }
     QMessageBox box(icon == support::BoxIcon::Critical ? QMessageBox::Critical
                                                        : QMessageBox::Information,
                     QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
@@ -34,6 +40,10 @@ QString QtFace::ReportLine(const support::ErrorEntry& entry) {
 
 void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
     if (entries.empty()) return;
+    if (holding_) {
+        heldReports_.push_back(entries);
+        return;
+    }
     QDialog dialog(Owner(parent_));
     dialog.setObjectName("PonderaErrorReport");
     dialog.setWindowTitle(QString::fromStdString(support::ErrorReporter::Instance().Title()) +
@@ -63,9 +73,8 @@ void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
     list->setMinimumSize(560, 120);
     layout->addWidget(list);
 
-    auto* where =
-        new QLabel(QStringLiteral("Details were written to %1")
-                       .arg(QString::fromStdString(support::ErrorReporter::Instance().LogPath())));
+    auto* where = new QLabel(QString::fromStdString(support::LogNote(entries)));
+    where->setObjectName("LogNote");
     where->setWordWrap(true);
     where->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(where);
@@ -74,6 +83,18 @@ void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     layout->addWidget(buttons);
     dialog.exec();
+}
+
+void QtFace::Release() {
+    holding_ = false;
+    const auto messages = std::move(heldMessages_);
+    const auto reports = std::move(heldReports_);
+    heldMessages_.clear();
+    heldReports_.clear();
+    for (const auto& m : messages)
+        ShowMessage(m.Title, m.Text, m.Icon);
+    for (const auto& r : reports)
+        ShowErrorReport(r);
 }
 
 void QtFace::SetStatusText(const std::string& text) {

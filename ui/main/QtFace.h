@@ -28,12 +28,24 @@ class QtFace : public support::UserFace {
     void ShowErrorReport(const std::vector<support::ErrorEntry>& entries) override;
     void SetStatusText(const std::string& text) override;
 
+    // While the window is being built, boxes and reports wait (each distinct one
+    // once) and Release shows them over the finished window.
+    void Hold() { holding_ = true; }
+    void Release();
+
     // One line of the report: "label — description (×count)".
     static QString ReportLine(const support::ErrorEntry& entry);
 
   private:
+    struct HeldMessage {
+        std::string Title, Text;
+        support::BoxIcon Icon;
+    };
     QWidget* parent_ = nullptr;
     StatusSink status_;
+    bool holding_ = false;
+    std::vector<HeldMessage> heldMessages_;
+    std::vector<std::vector<support::ErrorEntry>> heldReports_;
 };
 
 // Runs one event handler as one user action, so that the errors it raises are

@@ -62,6 +62,17 @@ TEST(QtFace, OneReportDialogListsEveryError) {
                                        "Pondera.m_Distributions.mean \u2014 Overflow (\u00d72)"));
 }
 
+TEST(QtFace, WhileTheWindowIsBuiltEachWarningWaitsAndShowsOnceAfter) {
+    QtFace face;
+    face.Hold();
+    for (int twice = 0; twice < 2; ++twice)
+        face.ShowMessage("Pondera Warning", "Nothing to draw"); // would block if shown now
+    QStringList shown;
+    CloseNextModal([&](QWidget* modal) { shown << qobject_cast<QMessageBox*>(modal)->text(); });
+    face.Release();
+    EXPECT_EQ(shown, QStringList{"Nothing to draw"});
+}
+
 TEST(About, NamesTheProductItsVersionAndPurpose) {
     frm_About2 about;
     EXPECT_EQ(about.lb_Title->text(), "Pondera");

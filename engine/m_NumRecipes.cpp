@@ -10,8 +10,7 @@
 namespace m_NumRecipes {
 
 namespace {
-constexpr const char* kGammln = "Pondera.m_NumRecipes.gammln";
-constexpr const char* kGamma = "Pondera.m_NumRecipes.Gamma";
+constexpr const char* kModule = "Pondera.m_NumRecipes";
 
 constexpr double kCof[6] = {76.1800917294715,  -86.5053203294168,   24.0140982408309,
                             -1.23173957245015, 0.00120865097386618, -5.395239384953E-06};
@@ -21,7 +20,7 @@ constexpr double kSqrt2PiFactor = 2.506628274631;
 
 double gammln(double xx) {
     double result = 0;
-    support::Trap(kGammln, [&] {
+    support::Trap({kModule, __func__}, [&] {
         kernel::RequireFinite({xx});
         const double x = xx;
         double y = xx;
@@ -41,7 +40,7 @@ double gammln(double xx) {
 
 double Gamma(double x) {
     double result = 0;
-    support::Trap(kGamma, [&] {
+    support::Trap({kModule, __func__}, [&] {
         kernel::RequireFinite({x});
         // No reflection formula: arguments <= 0 are not supported. The series
         // divides by x, which overflows below about 6e-307. Refusing both here

@@ -87,7 +87,7 @@ int& TrapDepth() {
     return depth;
 }
 
-void Dispatch(const char* label, std::exception_ptr error) noexcept {
+void Dispatch(Label label, std::exception_ptr error) noexcept {
     try {
         std::rethrow_exception(error);
     } catch (const RunTimeError& e) {
@@ -100,7 +100,7 @@ void Dispatch(const char* label, std::exception_ptr error) noexcept {
         Err() = RunTimeError(51, kAppTitle, DescriptionOf(51));
     }
     WriteFlags(0);
-    m_Interface::HandleErrors(label);
+    m_Interface::HandleErrors(label.Text());
 }
 
 } // namespace detail

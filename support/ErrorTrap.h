@@ -1,12 +1,11 @@
 // The one error path: run-time errors, the per-procedure trap and the
 // floating-point checks.
 //
-// A procedure keeps its label next to it and wraps its body:
+// A procedure wraps its body in a trap with its label (see Label):
 //
-//     constexpr const char* kMean = "Pondera.m_Distributions.mean";
 //     double mean(int code, double p1, double p2, double p3) {
 //         double result = 0;
-//         support::Trap(kMean, [&] { result = support::ck(...); });
+//         support::Trap({kModule, __func__}, [&] { result = support::ck(...); });
 //         return result;
 //     }
 //
@@ -21,6 +20,29 @@
 #include <utility>
 
 namespace support {
+
+// A procedure's error label, "Pondera.<module>.<procedure>". Built from the module's
+// one constant and the procedure's own name where the two agree, so a label cannot
+// drift from its procedure:
+//
+//     constexpr const char* kModule = "Pondera.m_Distributions";
+//     double mean(...) { support::Trap({kModule, __func__}, [&] { ... }); }
+//
+// (__func__ is read in the procedure itself, never inside the lambda, where it would
+// be "operator()".) A label whose procedure name differs from the function's, such as
+// an event handler, is given whole. The text is put together only when an error is
+// reported.
+struct Label {
+    const char* Module = nullptr;
+    const char* Procedure = nullptr; // nullptr: Module holds the whole label
+
+    constexpr Label(const char* whole) : Module(whole) {}
+    constexpr Label(const char* module, const char* procedure)
+        : Module(module), Procedure(procedure) {}
+    std::string Text() const {
+        return Procedure ? std::string(Module) + "." + Procedure : std::string(Module);
+    }
+};
 
 // Error numbers of the old runtime that the floating-point checks raise.
 inline constexpr int32_t kErrInvalidCall = 5;   // "Invalid procedure call or argument"
@@ -84,13 +106,13 @@ class FpScope {
 // Depth of nested traps on this thread; the signal translator only throws inside one.
 int& TrapDepth();
 
-void Dispatch(const char* label, std::exception_ptr error) noexcept;
+void Dispatch(Label label, std::exception_ptr error) noexcept;
 } // namespace detail
 
 // The error trap of one procedure: runs body; any run-time error (also one
 // translated from a hardware fault, or a floating-point fault found at the end)
 // goes to HandleErrors with the label. Never throws.
-template <class Body> void Trap(const char* label, Body&& body) noexcept {
+template <class Body> void Trap(Label label, Body&& body) noexcept {
     detail::FpScope fp;
     ++detail::TrapDepth();
     try {

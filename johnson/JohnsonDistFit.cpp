@@ -10,8 +10,10 @@
 #include "support/ErrorTrap.h"
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <initializer_list>
+#include <vector>
 
 using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
@@ -21,6 +23,9 @@ constexpr const char* kJnsn = "Pondera.JohnsonDist.jnsn";
 constexpr const char* kSUFIT = "Pondera.JohnsonDist.SUFIT";
 constexpr const char* kSbfit = "Pondera.JohnsonDist.sbfit";
 constexpr const char* kMOM = "Pondera.JohnsonDist.MOM";
+constexpr const char* kMOMCompensated = "Pondera.JohnsonDist.MOMCompensated";
+constexpr const char* kSbContinue = "Pondera.JohnsonDist.SbContinue";
+constexpr const char* kMOMQuadrature = "Pondera.JohnsonDist.MOMQuadrature";
 
 // The program's tolerance for the moment fit (the published value is 0.01).
 constexpr double kTol = 0.0001;
@@ -209,6 +214,144 @@ void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& g
     });
 }
 
+namespace {
+
+// The standard SB curve's mean mu1 and variance m2, its rb = sqrt(beta1) and
+// beta2, and their derivatives J = {drb/dg, drb/dd, db2/dg, db2/dd}, from its
+// six raw moments, in AS 99's arrangement.
+struct SbShape {
+    double Mu1 = 0, M2 = 0, Rb = 0, B2 = 0, J[4] = {0, 0, 0, 0};
+};
+
+// False when the moments fail or the variance is not positive (M2 then <= 0).
+// exact: by the quadrature alone. MOM's printed 10-digit constants put its
+// moments about 1e-10 from the integral, unevenly across the six; close to the
+// normal (small skewness, delta in the tens) beta2 is a difference of raw
+// moments some 1e9 times smaller than they are, and that bias swamps it.
+bool ShapeAt(double g, double d, SbShape& out, bool exact = false, bool* momFaulted = nullptr) {
+    double hmu[6];
+    bool fault = true;
+    out.M2 = 1;
+    if (exact)
+        JohnsonDist::MOMQuadrature(g, d, hmu, fault);
+    else
+        JohnsonDist::SbMoments(g, d, hmu, fault, momFaulted);
+    if (fault) return false;
+    double s = hmu[0] * hmu[0];
+    const double h2 = hmu[1] - s;
+    out.M2 = h2;
+    out.Mu1 = hmu[0];
+    if (h2 <= 0) return false;
+    double t = std::sqrt(h2);
+    const double h2a = t * h2;
+    const double h2b = h2 * h2;
+    const double h3 = hmu[2] - hmu[0] * (3 * hmu[1] - 2 * s);
+    out.Rb = h3 / h2a;
+    const double h4 = hmu[3] - hmu[0] * (4 * hmu[2] - hmu[0] * (6 * hmu[1] - 3 * s));
+    out.B2 = h4 / h2b;
+    // Analytic derivatives of rb (J[j]) and beta2 (J[j + 2]) with respect to
+    // gamma (j = 0) and delta (j = 1).
+    const double w = g * d;
+    const double u = d * d;
+    double dd[4];
+    for (int j = 0; j < 2; ++j) {
+        for (int k = 1; k <= 4; ++k) {
+            t = k;
+            if (j == 0)
+                s = hmu[k] - hmu[k - 1];
+            else
+                s = ((w - t) * (hmu[k - 1] - hmu[k]) + (t + 1) * (hmu[k] - hmu[k + 1])) / u;
+            dd[k - 1] = t * s / d;
+        }
+        t = 2 * hmu[0] * dd[0];
+        s = hmu[0] * dd[1];
+        const double y = dd[1] - t;
+        out.J[j] = (dd[2] - 3 * (s + hmu[1] * dd[0] - t * hmu[0]) - 1.5 * h3 * y / h2) / h2a;
+        out.J[j + 2] = (dd[3] - 4 * (dd[2] * hmu[0] + dd[0] * hmu[2]) +
+                        6 * (hmu[1] * t + hmu[0] * (s - t * hmu[0])) - 2 * h4 * y / h2) /
+                       h2b;
+    }
+    if (std::isfinite(out.Rb) && std::isfinite(out.B2) && std::isfinite(out.J[0]) &&
+        std::isfinite(out.J[1]) && std::isfinite(out.J[2]) && std::isfinite(out.J[3]))
+        return true;
+    std::feclearexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID); // a curve past the numbers
+    return false;
+}
+
+// How far a shape is from the wanted one: skewness as it is, beta2 relative.
+double Miss(const SbShape& s, double rb1, double b2) {
+    const double e1 = s.Rb - rb1, e2 = (s.B2 - b2) / b2;
+    return e1 * e1 + e2 * e2;
+}
+
+} // namespace
+
+void JohnsonDist::SbContinue(double rb1, double b2, bool nearLine, double& g, double& d,
+                             double& mu1, double& m2, bool& fault) {
+    fault = true;
+    support::Trap(kSbContinue, [&] {
+        // Newton on (gamma, delta), or near the lognormal line on (q, delta) with
+        // q = exp(-gamma / delta): there gamma runs off to infinity while beta1 and
+        // beta2 move nearly in proportion to q (the SB curve is a lognormal one
+        // plus terms in q), so the iteration in gamma diverges and the one in q
+        // does not. Near the lower boundary gamma / delta reaches hundreds and q
+        // would have to shrink by as many powers of e: there gamma serves.
+        // Each step is halved until the miss shrinks; delta, and q, are kept above a
+        // quarter of their last values, so they stay positive, and gamma >= 0
+        // (0 for a symmetric curve). Converged when the shape is within 1e-7 of
+        // the one wanted: well inside the 1e-4 promised.
+        constexpr int kMaxShapes = 60;  // moment evaluations, so a hopeless start ends soon
+        constexpr double kDone = 1e-14; // the squared miss
+        if (!(d > 0) || !(g >= 0)) return;
+        SbShape at;
+        if (!ShapeAt(g, d, at, true)) return;
+        double miss = Miss(at, rb1, b2);
+        int shapes = 1;
+        while (miss > kDone && shapes < kMaxShapes) {
+            // Columns of the Jacobian in the coordinates used. In q:
+            // d/dq = -(delta / q) d/dg; d/ddelta at fixed q = d/ddelta + (g / delta) d/dg.
+            const double q = std::exp(-g / d);
+            const double c0 = nearLine ? -d / q : 1, c1 = nearLine ? g / d : 0;
+            const double j00 = c0 * at.J[0], j10 = c0 * at.J[2];
+            const double j01 = at.J[1] + c1 * at.J[0], j11 = at.J[3] + c1 * at.J[2];
+            const double e1 = at.Rb - rb1, e2 = at.B2 - b2;
+            const double det = j00 * j11 - j01 * j10;
+            const double dx = rb1 == 0 ? 0 : (j11 * e1 - j01 * e2) / det;
+            const double dd = rb1 == 0 ? e2 / j11 : (j00 * e2 - j10 * e1) / det;
+            if (!std::isfinite(dx) || !std::isfinite(dd)) {
+                std::feclearexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID);
+                return;
+            }
+            bool better = false;
+            for (double scale = 1; !better && shapes < kMaxShapes; scale *= 0.5) {
+                const double dn = d - scale * dd;
+                double gn;
+                if (nearLine) {
+                    const double qn = std::min(1.0, q - scale * dx);
+                    if (!(qn > 0.25 * q)) continue;
+                    gn = -dn * std::log(qn);
+                } else {
+                    gn = rb1 == 0 ? 0 : std::max(0.0, g - scale * dx);
+                }
+                if (!(dn > 0.25 * d)) continue;
+                SbShape trial;
+                ++shapes;
+                if (!ShapeAt(gn, dn, trial, true)) continue;
+                const double tm = Miss(trial, rb1, b2);
+                if (tm < miss) {
+                    better = true;
+                    g = gn, d = dn, at = trial, miss = tm;
+                }
+            }
+            if (!better) return;
+        }
+        if (miss > kDone) return;
+        mu1 = at.Mu1;
+        m2 = at.M2;
+        fault = false;
+    });
+}
+
 void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, double& gamma,
                         double& delta, double& xlam, double& xi, bool fault, SbfitTrace* trace) {
     support::Trap(kSbfit, [&] {
@@ -270,10 +413,8 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
             trace->Gamma0 = g;
             trace->Delta0 = d;
         }
+        const double g0 = g, d0 = d;
 
-        // The last iterate whose moments were computed, for the fault exits.
-        bool haveIterate = false;
-        double lastG = 0, lastD = 0, lastMu1 = 0, lastM2 = 0;
         auto assemble = [&](double gg, double dd, double mu1, double m2) {
             delta = dd;
             xlam = ck(sigma / std::sqrt(m2));
@@ -285,195 +426,370 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
             }
             xi = ck(xbar - xlam * mu1);
         };
-        // A failed fit returns the last iterate that had moments, or leaves the
-        // parameters as the caller set them when even the start failed.
-        auto faultExit = [&](SbfitTrace::Exit why) {
-            fault = true;
-            if (trace) trace->Outcome = why;
-            if (haveIterate) assemble(lastG, lastD, lastMu1, lastM2);
-        };
 
-        double hmu[6];
-        double deriv[4];
-        double dd[4];
-        double h2 = 0;
-        int m = 0;
+        using Exit = SbfitTrace::Exit;
+        Exit stop = Exit::None;
+        SbShape shape;
+        double h2 = 0, lastMu1 = 0, bestMiss = INFINITY;
+        int m = 0, bestRound = 0;
+        bool momFaulted = false;
         for (;;) {
             ++m;
             if (m > limit) {
-                faultExit(SbfitTrace::Exit::IterationLimit);
-                return;
+                stop = Exit::IterationLimit;
+                break;
             }
-            bool momFault = true;
-            MOM(g, d, hmu, momFault);
-            if (momFault) {
-                faultExit(SbfitTrace::Exit::MomFault);
-                return;
+            if (!ShapeAt(g, d, shape, false, &momFaulted)) {
+                stop = shape.M2 <= 0 ? Exit::NonPositiveVariance : Exit::MomFault;
+                break;
             }
-            double s = hmu[0] * hmu[0];
-            h2 = hmu[1] - s;
-            if (h2 <= 0) {
-                faultExit(SbfitTrace::Exit::NonPositiveVariance);
-                return;
+            h2 = shape.M2;
+            lastMu1 = shape.Mu1;
+            // Where AS 99's iteration converges it does so in a few rounds (at most
+            // 14 over the whole SB region); one that has not come nearer for 25
+            // rounds is wandering, and would only spend its 500.
+            const double missNow = Miss(shape, rb1, b2);
+            if (!(missNow >= bestMiss)) {
+                bestMiss = missNow;
+                bestRound = m;
+            } else if (m - bestRound > 25) {
+                stop = Exit::Runaway;
+                break;
             }
-            double t = std::sqrt(h2);
-            const double h2a = t * h2;
-            const double h2b = h2 * h2;
-            const double h3 = hmu[2] - hmu[0] * (3 * hmu[1] - 2 * s);
-            const double rbet = ck(h3 / h2a);
-            const double h4 = hmu[3] - hmu[0] * (4 * hmu[2] - hmu[0] * (6 * hmu[1] - 3 * s));
-            const double bet2 = ck(h4 / h2b);
-            haveIterate = true;
-            lastG = g;
-            lastD = d;
-            lastMu1 = hmu[0];
-            lastM2 = h2;
-            if (trace) trace->Rounds.push_back({g, d, rbet, bet2, hmu[0], h2});
-
-            // Analytic derivatives of rbet (deriv[j]) and bet2 (deriv[j + 2]) with
-            // respect to gamma (j = 0) and delta (j = 1).
-            w = g * d;
-            u = d * d;
-            for (int j = 0; j < 2; ++j) {
-                for (int k = 1; k <= 4; ++k) {
-                    t = k;
-                    if (j == 0)
-                        s = hmu[k] - hmu[k - 1];
-                    else
-                        s = ((w - t) * (hmu[k - 1] - hmu[k]) + (t + 1) * (hmu[k] - hmu[k + 1])) / u;
-                    dd[k - 1] = t * s / d;
-                }
-                t = 2 * hmu[0] * dd[0];
-                s = hmu[0] * dd[1];
-                y = dd[1] - t;
-                deriv[j] =
-                    (dd[2] - 3 * (s + hmu[1] * dd[0] - t * hmu[0]) - 1.5 * h3 * y / h2) / h2a;
-                deriv[j + 2] = (dd[3] - 4 * (dd[2] * hmu[0] + dd[0] * hmu[2]) +
-                                6 * (hmu[1] * t + hmu[0] * (s - t * hmu[0])) - 2 * h4 * y / h2) /
-                               h2b;
-            }
-            // Newton step; no guard against a singular Jacobian, as published.
-            t = ck(1 / (deriv[0] * deriv[3] - deriv[1] * deriv[2]));
-            u = ck((deriv[3] * (rbet - rb1) - deriv[1] * (bet2 - b2)) * t);
-            y = ck((deriv[0] * (bet2 - b2) - deriv[2] * (rbet - rb1)) * t);
+            if (trace) trace->Rounds.push_back({g, d, shape.Rb, shape.B2, shape.Mu1, shape.M2});
+            // Newton step; AS 99 has no guard against a singular Jacobian.
+            const double* deriv = shape.J;
+            const double det = deriv[0] * deriv[3] - deriv[1] * deriv[2];
+            const double t = 1 / det;
+            u = (deriv[3] * (shape.Rb - rb1) - deriv[1] * (shape.B2 - b2)) * t;
+            y = (deriv[0] * (shape.B2 - b2) - deriv[2] * (shape.Rb - rb1)) * t;
             g = g - u;
             if (b1 == 0 || g < 0) g = 0;
             d = d - y;
+            // An iterate that leaves the curves (delta <= 0) or the numbers has run away.
+            if (!std::isfinite(t) || !std::isfinite(g) || !(d > 0 && std::isfinite(d))) {
+                stop = Exit::Runaway;
+                break;
+            }
             if (std::fabs(u) > tt || std::fabs(y) > tt) continue;
             break;
         }
-        // Converged: the updated gamma and delta, with lamda and xi from the
-        // moments of the last MOM call (before the update), as published.
-        if (trace) trace->Outcome = SbfitTrace::Exit::Converged;
-        assemble(g, d, lastMu1, h2);
+        if (stop == Exit::None) {
+            // Converged: the updated gamma and delta, with lamda and xi from the
+            // moments of the last round (before the update), as published.
+            if (trace) trace->Outcome = Exit::Converged;
+            assemble(g, d, lastMu1, h2);
+            return;
+        }
+        // AS 99 stops here (and the published JNSN then swaps in another type).
+        // Its last iterate is no answer: near the lognormal line it can be a wild
+        // curve. A damped iteration from a sounder start finishes the fit.
+        std::feclearexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID); // the runaway's arithmetic
+        fault = true;
+        if (trace) trace->Outcome = stop;
+        // Near the line the answer is close to the lognormal of this skewness
+        // with q = exp(-gamma / delta) small, about in proportion to the distance
+        // (1 - e): that start is sounder than AS 99's. Elsewhere, and should that
+        // fail, AS 99's start in (gamma, delta).
+        double gc = 0, dc = 0, mu1 = 0, m2 = 0;
+        bool unfinished = true;
+        if (e > 0.5 && rb1 > tol) {
+            dc = 1 / std::sqrt(std::log(line.W));
+            // q / (1 - e) measured over the region: 0.8 at skewness 1.35, 0.2 at
+            // 2.1, 0.024 at 3.95 (and above 1 below skewness 1, where the cap holds).
+            const double q = (1 - e) * std::min(1.0, std::exp(1.55 - 1.34 * rb1));
+            gc = -dc * std::log(std::clamp(q, 1e-12, 0.5));
+            SbContinue(rb1, b2, true, gc, dc, mu1, m2, unfinished);
+        }
+        if (unfinished) {
+            gc = g0, dc = d0;
+            SbContinue(rb1, b2, false, gc, dc, mu1, m2, unfinished);
+        }
+        if (unfinished)
+            support::Raise(support::kErrInvalidCall, support::kAppTitle,
+                           "The SB fit did not converge.");
+        if (trace) {
+            trace->Outcome = Exit::Continued;
+            trace->Gamma = gc;
+            trace->Delta = dc;
+        }
+        assemble(gc, dc, mu1, m2);
     });
     (void)fault; // by value: whatever sbfit decided stays here
 }
 
-void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* passes) {
-    support::Trap(kMOM, [&] {
-        // Published constants, 10 digits as printed; changing them moves the moments
-        // by about 1e-10.
-        const double rttwo = 1.414213562;
-        const double rrtpi = 0.5641895835;
-        const double expa = 80.0;
-        const double expb = 23.7;
-        const int limit = 500;
-        // Relative tolerances of the outer (step halving) and inner (series) loops,
-        // the program's 0.0001^3 and 0.0001^4 (published 1e-5 and 1e-8).
-        const double zz = std::pow(kTol, 3);
-        const double vv = std::pow(kTol, 4);
+namespace {
 
-        // Set until the moments are in: a run-time error cut short must not pass
-        // for a result.
-        fault = true;
-        if (passes) *passes = 0;
-        double b[6];
-        double c[6] = {0, 0, 0, 0, 0, 0};
-        const double w = ck(g / d);
-        if (w > expa) return;
-        const double e = ck(std::exp(w) + 1);
-        const double r = ck(rttwo / d);
-        double h = 0.75;
-        if (d < 3) h = 0.25 * d;
-        int k = 1;
+// One running sum of MOM's series. Plain is AS 99's double; Compensated keeps
+// Neumaier's pair (s, c), so that a term too small to change s still counts.
+struct PlainSum {
+    double S = 0;
+    void Set(double v) { S = v; }
+    double Value() const { return S; }
+    // Adds t; false when the sum did not change (the series' exact test).
+    bool Add(double t) {
+        const double before = S;
+        S = S + t;
+        return S != before;
+    }
+    double Diff(const PlainSum& old) const { return S - old.S; }
+};
+struct CompensatedSum {
+    double S = 0, C = 0;
+    void Set(double v) { S = v, C = 0; }
+    double Value() const { return S + C; }
+    bool Add(double t) {
+        const double s0 = S, c0 = C, sum = S + t;
+        C += std::fabs(S) >= std::fabs(t) ? (S - sum) + t : (t - sum) + S;
+        S = sum;
+        return S != s0 || C != c0;
+    }
+    double Diff(const CompensatedSum& old) const { return (S - old.S) + (C - old.C); }
+};
+
+// AS 99's MOM: Goodwin's sum for the six moments, step h halved until two
+// passes agree. Returns false on a fault (a[] is then meaningless).
+template <class Sum> bool GoodwinSeries(double g, double d, double (&a)[6], int* passes) {
+    // Published constants, 10 digits as printed; changing them moves the moments
+    // by about 1e-10.
+    const double rttwo = 1.414213562;
+    const double rrtpi = 0.5641895835;
+    const double expa = 80.0;
+    const double expb = 23.7;
+    const int limit = 500;
+    // Relative tolerances of the outer (step halving) and inner (series) loops,
+    // the program's 0.0001^3 and 0.0001^4 (published 1e-5 and 1e-8).
+    const double zz = std::pow(kTol, 3);
+    const double vv = std::pow(kTol, 4);
+
+    if (passes) *passes = 0;
+    Sum sum[6], b[6];
+    double c[6] = {0, 0, 0, 0, 0, 0};
+    const double w = ck(g / d);
+    if (w > expa) return false;
+    const double e = ck(std::exp(w) + 1);
+    const double r = ck(rttwo / d);
+    double h = 0.75;
+    if (d < 3) h = 0.25 * d;
+    int k = 1;
+    for (;;) {
+        // One pass of Goodwin's sum with step h.
+        double t = w;
+        double u = t;
+        double y = h * h;
+        const double x = 2 * y;
+        double start = 1 / e;
+        sum[0].Set(start);
+        for (int i = 1; i < 6; ++i) {
+            start = start / e;
+            sum[i].Set(start);
+        }
+        double v = y;
+        const double f = r * h;
+        int m = 0;
+        double s = 0;
         for (;;) {
-            // One pass of Goodwin's sum with step h.
-            double t = w;
-            double u = t;
-            double y = h * h;
-            const double x = 2 * y;
-            a[0] = 1 / e;
-            for (int i = 1; i < 6; ++i)
-                a[i] = a[i - 1] / e;
-            double v = y;
-            const double f = r * h;
-            int m = 0;
-            double s = 0;
-            for (;;) {
-                ++m;
-                if (m > limit) return;
-                for (int i = 0; i < 6; ++i)
-                    b[i] = a[i];
-                u = u - f;
-                double z = 1;
-                if (u > -expb) z = std::exp(u) + z;
-                t = t + f;
-                bool l = t > expb;
-                if (!l) s = std::exp(t) + 1;
-                double p = std::exp(-v);
-                double q = p;
-                for (int i = 0; i < 6; ++i) {
-                    double aa = a[i];
-                    p = p / z;
-                    double ab = aa;
-                    aa = aa + p;
-                    // Exact comparisons: the series stops when terms no longer count.
-                    if (aa == ab) break;
-                    if (!l) {
-                        q = q / s;
-                        ab = aa;
-                        aa = aa + q;
-                        l = aa == ab;
-                    }
-                    a[i] = aa;
-                }
-                y = y + x;
-                v = v + y;
-                support::CheckFp();
-                bool more = false;
-                for (int i = 0; i < 6; ++i) {
-                    if (a[i] == 0) return;
-                    if (std::fabs((a[i] - b[i]) / a[i]) > vv) {
-                        more = true;
-                        break;
-                    }
-                }
-                if (!more) break;
-            }
-            v = rrtpi * h;
+            ++m;
+            if (m > limit) return false;
             for (int i = 0; i < 6; ++i)
-                a[i] = v * a[i];
-            if (passes) *passes = k;
-            bool converged = true;
+                b[i] = sum[i];
+            u = u - f;
+            double z = 1;
+            if (u > -expb) z = std::exp(u) + z;
+            t = t + f;
+            bool l = t > expb;
+            if (!l) s = std::exp(t) + 1;
+            double p = std::exp(-v);
+            double q = p;
             for (int i = 0; i < 6; ++i) {
-                if (a[i] == 0) return;
-                if (std::fabs((a[i] - c[i]) / a[i]) > zz) {
-                    converged = false;
+                p = p / z;
+                // Exact comparisons: the series stops when terms no longer count.
+                if (!sum[i].Add(p)) break;
+                if (!l) {
+                    q = q / s;
+                    l = !sum[i].Add(q);
+                }
+            }
+            y = y + x;
+            v = v + y;
+            support::CheckFp();
+            bool more = false;
+            for (int i = 0; i < 6; ++i) {
+                const double ai = sum[i].Value();
+                if (ai == 0) return false;
+                if (std::fabs(sum[i].Diff(b[i]) / ai) > vv) {
+                    more = true;
                     break;
                 }
             }
-            if (converged) {
-                support::CheckFp();
+            if (!more) break;
+        }
+        v = rrtpi * h;
+        for (int i = 0; i < 6; ++i)
+            a[i] = v * sum[i].Value();
+        if (passes) *passes = k;
+        bool converged = true;
+        for (int i = 0; i < 6; ++i) {
+            if (a[i] == 0) return false;
+            if (std::fabs((a[i] - c[i]) / a[i]) > zz) {
+                converged = false;
+                break;
+            }
+        }
+        if (converged) {
+            support::CheckFp();
+            return true;
+        }
+        // No convergence yet: halve h and start the sums again.
+        ++k;
+        if (k > limit) return false;
+        for (int i = 0; i < 6; ++i)
+            c[i] = a[i];
+        h = 0.5 * h;
+    }
+}
+
+} // namespace
+
+void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* passes) {
+    // Set until the moments are in: a run-time error cut short must not pass for
+    // a result.
+    fault = true;
+    support::Trap(kMOM, [&] { fault = !GoodwinSeries<PlainSum>(g, d, a, passes); });
+}
+
+void JohnsonDist::MOMCompensated(double g, double d, double (&a)[6], bool& fault) {
+    fault = true;
+    support::Trap(kMOMCompensated,
+                  [&] { fault = !GoodwinSeries<CompensatedSum>(g, d, a, nullptr); });
+}
+
+namespace {
+
+// Gauss-Kronrod 7/15 on [lo, hi] for the six moment integrands phi(z) Y(z)^k.
+struct Panel {
+    double Lo, Hi, Value[6], Err[6];
+};
+
+void Kronrod(double g, double d, Panel& p) {
+    static constexpr double xk[8] = {
+        0.991455371120812639206854697526329, 0.949107912342758524526189684047851,
+        0.864864423359769072789712788640926, 0.741531185599394439863864773280788,
+        0.586087235467691130294144845693013, 0.405845151377397166906606412076961,
+        0.207784955007898467600689403773245, 0.0};
+    static constexpr double wk[8] = {
+        0.022935322010529224963732008058970, 0.063092092629978553290700663189204,
+        0.104790010322250183839876322541518, 0.140653259715525918745189590510238,
+        0.169004726639267902826583426598550, 0.190350578064785409913256402421014,
+        0.204432940075298892414161999234649, 0.209482141084727828012999174891714};
+    // The 7-point Gauss weights of the odd Kronrod nodes.
+    static constexpr double wg[4] = {
+        0.129484966168869693270611432679082, 0.279705391489276667901467771423780,
+        0.381830050505118944950369775488975, 0.417959183673469387755102040816327};
+    constexpr double kInvSqrt2Pi = 0.398942280401432677939946059934382;
+    const double c = 0.5 * (p.Lo + p.Hi), h = 0.5 * (p.Hi - p.Lo);
+    double k15[6] = {0, 0, 0, 0, 0, 0}, g7[6] = {0, 0, 0, 0, 0, 0};
+    auto add = [&](double z, double wK, double wG) {
+        const double t = (z - g) / d;
+        // Y = 1 / (1 + exp(-t)) without overflow on either side.
+        const double y = t >= 0 ? 1 / (1 + std::exp(-t)) : std::exp(t) / (1 + std::exp(t));
+        double f = kInvSqrt2Pi * std::exp(-0.5 * z * z);
+        for (int k = 0; k < 6; ++k) {
+            f *= y;
+            k15[k] += wK * f;
+            g7[k] += wG * f;
+        }
+    };
+    add(c, wk[7], wg[3]);
+    for (int j = 0; j < 7; ++j) {
+        const double wG = (j % 2 == 1) ? wg[j / 2] : 0;
+        add(c - h * xk[j], wk[j], wG);
+        add(c + h * xk[j], wk[j], wG);
+    }
+    for (int k = 0; k < 6; ++k) {
+        p.Value[k] = h * k15[k];
+        p.Err[k] = std::fabs(h * (k15[k] - g7[k]));
+    }
+}
+
+} // namespace
+
+void JohnsonDist::MOMQuadrature(double g, double d, double (&a)[6], bool& fault) {
+    fault = true;
+    support::Trap(kMOMQuadrature, [&] {
+        if (!(d > 0) || !std::isfinite(g) || !std::isfinite(d)) return;
+        // Beyond 10 from both 0 and g the normal weight is below 1e-22 of what
+        // is left; the logistic step at g is resolved by panels of a few d.
+        constexpr double kReach = 10, kTolerance = 1e-9;
+        constexpr int kMaxPanels = 400;
+        const double lo = std::min(0.0, g) - kReach, hi = std::max(0.0, g) + kReach;
+        double cuts[9] = {lo,        g,          g - 2 * d,  g + 2 * d, g - 8 * d,
+                          g + 8 * d, g - 32 * d, g + 32 * d, hi};
+        std::sort(cuts, cuts + 9);
+        thread_local std::vector<Panel> panels;
+        panels.clear();
+        for (int i = 0; i + 1 < 9; ++i) {
+            const double l = std::max(lo, cuts[i]), r = std::min(hi, cuts[i + 1]);
+            if (r > l) {
+                panels.push_back({l, r, {}, {}});
+                Kronrod(g, d, panels.back());
+            }
+        }
+        for (;;) {
+            double total[6] = {0, 0, 0, 0, 0, 0}, err[6] = {0, 0, 0, 0, 0, 0};
+            for (const Panel& p : panels)
+                for (int k = 0; k < 6; ++k) {
+                    total[k] += p.Value[k];
+                    err[k] += p.Err[k];
+                }
+            // A moment below the double range belongs to no curve worth fitting.
+            if (!(total[5] > 0)) return;
+            bool done = true;
+            for (int k = 0; k < 6; ++k)
+                done = done && err[k] <= kTolerance * total[k];
+            if (done) {
+                for (int k = 0; k < 6; ++k)
+                    a[k] = ck(total[k]);
                 fault = false;
                 return;
             }
-            // No convergence yet: halve h and start the sums again.
-            ++k;
-            if (k > limit) return;
-            for (int i = 0; i < 6; ++i)
-                c[i] = a[i];
-            h = 0.5 * h;
+            if (static_cast<int>(panels.size()) >= kMaxPanels) return;
+            // Split the panel that holds the most relative error in any moment.
+            std::size_t worst = 0;
+            double worstShare = -1;
+            for (std::size_t i = 0; i < panels.size(); ++i)
+                for (int k = 0; k < 6; ++k) {
+                    const double share = panels[i].Err[k] / total[k];
+                    if (share > worstShare) worstShare = share, worst = i;
+                }
+            Panel right = panels[worst];
+            const double mid = 0.5 * (right.Lo + right.Hi);
+            panels[worst].Hi = mid;
+            right.Lo = mid;
+            Kronrod(g, d, panels[worst]);
+            Kronrod(g, d, right);
+            panels.push_back(right);
         }
     });
+}
+
+void JohnsonDist::SbMoments(double g, double d, double (&a)[6], bool& fault, bool* momFaulted) {
+    // MOM first, so that every fit that converged with it alone stays the same.
+    // Its series cannot finish in its 500 rounds below delta = 0.0915, nor start
+    // with g / d above its guard of 80: those go straight to the quadrature.
+    fault = true;
+    if (d >= 0.085 && g / d <= 80) {
+        // A MOM that failed on noise once in a fit fails again on the next rounds,
+        // each time after some 70 us of step halving: the caller skips it then.
+        if (!(momFaulted && *momFaulted)) {
+            MOM(g, d, a, fault);
+            if (!fault) return;
+            if (momFaulted) *momFaulted = true;
+        }
+        // Rounding noise in the small high moments defeats MOM's 1e-12 test; the
+        // compensated sums keep it below that.
+        MOMCompensated(g, d, a, fault);
+        if (!fault) return;
+    }
+    MOMQuadrature(g, d, a, fault);
 }

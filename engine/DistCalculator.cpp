@@ -307,12 +307,6 @@ double DistCalculator::DensityValue(int i) const {
 
 bool DistCalculator::Calculate() {
     if (!Prepare()) return false;
-    if (pointMass_) {
-        message_ = family_ == Family::Uniform
-                       ? "Minimum equals Maximum: the Uniform distribution has no spread."
-                       : "Minimum equals Maximum: the Triangular distribution has no spread.";
-        return false;
-    }
     ready_ = true;
     return true;
 }
@@ -328,6 +322,7 @@ double DistCalculator::UpperTailProbability(double x) const {
 double DistCalculator::Density(double x) const {
     if (!ready_) Fail(support::kErrInvalidCall, "The distribution has not been calculated.");
     if (std::isnan(x)) Fail(support::kErrInvalidCall);
+    if (pointMass_) return 0; // no spread, no density to draw
     return support::ck(DensityAt(x));
 }
 
@@ -413,6 +408,9 @@ double DistCalculator::Tail(double x, bool upper) const {
     const double below = upper ? 1.0 : 0.0; // the answer for x below the support
     const double above = upper ? 0.0 : 1.0; // ... and above it
     auto normal = [upper](double z) { return upper ? NormalUpper(z) : NormalCdf(z); };
+    // Minimum = maximum: all the probability sits at that point, so the
+    // cumulative is a step; a limit on the point leaves nothing beyond it.
+    if (pointMass_) return upper ? (x < p1 ? 1.0 : 0.0) : (x > p1 ? 1.0 : 0.0);
     switch (family_) {
     case Family::Normal:
         return normal(DivZ(x - p1, p2));

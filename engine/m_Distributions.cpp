@@ -434,9 +434,12 @@ double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double 
     double result = 0;
     support::Trap(kJohnsonSL_PDF, [&] {
         RequireFinite({x, delta, gamma, lamda, xi});
-        if (!(delta > 0 && lamda > 0 && x > xi)) return;
-        const double d = x - xi; // the scale stays inside the logarithm: ln(d / lamda)
-        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, lamda)), {delta}, {d}, true));
+        // lamda = -1 is the mirrored lognormal of a negative-skew fit: support
+        // x < xi, the same formula in u = (x - xi) / lamda > 0 with the factor |lamda|.
+        if (!(delta > 0 && (lamda > 0 ? x > xi : lamda == -1 && x < xi))) return;
+        const double d = std::fabs(x - xi), scale = std::fabs(lamda);
+        // The scale stays inside the logarithm: ln(d / |lamda|).
+        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, scale)), {delta}, {d}, true));
     });
     return result;
 }

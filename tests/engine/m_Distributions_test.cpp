@@ -264,11 +264,13 @@ TEST_F(DistributionsTest, DensitiesMatchClosedForms) {
         const L want = 1.7L * c / 2 / std::sqrt(y * y + 1) * std::exp(-z * z / 2);
         EXPECT_LE(Rel(JohnsonSU_PDF(x, 1.7, 0.6, 2, -1), want), 1e-13);
     }
-    for (double x : {-0.5, 1.0, 9.0}) { // SL: xi -1, lamda 2.5 (kept inside the logarithm)
-        const L y = (x + 1) / 2.5L, z = 0.3L + 2.2L * std::log(y);
-        EXPECT_LE(
-            Rel(JohnsonSL_PDF(x, 2.2, 0.3, 2.5, -1), 2.2L * c / 2.5L / y * std::exp(-z * z / 2)),
-            1e-13);
+    // SL: xi -1, lamda 2.5 (kept inside the logarithm); lamda -1 mirrors it about xi.
+    for (const auto& [x, lamda] : {std::pair{-0.5, 2.5}, {1.0, 2.5}, {9.0, 2.5}, {-3.0, -1.0}}) {
+        const L y = (x + 1) / L(lamda), z = 0.3L + 2.2L * std::log(y);
+        EXPECT_LE(Rel(JohnsonSL_PDF(x, 2.2, 0.3, lamda, -1),
+                      2.2L * c / std::fabs(lamda) / y * std::exp(-z * z / 2)),
+                  1e-13)
+            << lamda;
     }
     EXPECT_TRUE(ErrorLabels().empty());
 }
@@ -283,7 +285,8 @@ TEST_F(DistributionsTest, JohnsonDensityGuardsGiveZeroWithoutError) {
         JohnsonSB_PDF(1e-320, 0.001, 0, 1, 0), // beside the pole: beyond any double
         JohnsonSL_PDF(1, 1, 0, 1, 1),
         JohnsonSL_PDF(2, 0, 0, 1, 1),  // x = xi; delta 0
-        JohnsonSL_PDF(0, 1, 0, -1, 1), // lamda must be positive here
+        JohnsonSL_PDF(2, 1, 0, -1, 1), // mirrored: x beyond xi
+        JohnsonSL_PDF(0, 1, 0, -2, 1), // only -1 mirrors
         JohnsonSU_PDF(0, 1, 0, 0, 0),
         JohnsonSU_PDF(0, -1, 0, 1, 0)};
     for (size_t i = 0; i < std::size(zeros); ++i)

@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -68,11 +69,21 @@ TEST_F(PercentCertaintyTest, EveryCodeReachesItsCalculatorKey) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
+TEST_F(PercentCertaintyTest, PointMassIsAStep) {
+    // Minimum = maximum = 4: all of it below an LSL above the point, above a USL
+    // below it, and none beyond a limit on the point.
+    const std::tuple<int, std::array<double, 4>, double, double, double, double> rows[] = {
+        {6, {4, 4}, 5, 3, 1, 1}, {2, {4, 4, 4}, 5, 3, 1, 1}, {6, {4, 4}, 4, 4, 0, 0}};
+    for (const auto& [code, p, lsl, usl, lower, upper] : rows) {
+        Use(code, p, lsl, usl);
+        EXPECT_EQ(CalcLSLPNC(), lower) << code << " " << lsl;
+        EXPECT_EQ(CalcUSLPNC(), upper) << code << " " << usl;
+    }
+    EXPECT_EQ(Rec().Status, "");
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
 TEST_F(PercentCertaintyTest, CalculatorFailureShowsItsMessageAndGivesZero) {
-    Use(6, {4, 4}, 5, 3); // minimum = maximum passes the checks but has no spread
-    EXPECT_EQ(CalcLSLPNC(), 0);
-    EXPECT_EQ(CalcUSLPNC(), 0); // 0 on failure, not 1 - 0
-    EXPECT_EQ(Rec().Status, "Minimum equals Maximum: the Uniform distribution has no spread.");
     Use(8, {1, 0, 0, 0}); // an SU lamda of 0
     EXPECT_EQ(CalcUSLPNC(), 0);
     EXPECT_EQ(Rec().Status, "Lamda must be greater than zero for a Johnson SU distribution.");

@@ -60,7 +60,13 @@ inline Moments OfTransform(const std::function<double(double)>& x, double zmax,
         const double d = v - m, d2 = d * d;
         c2 += w * d2, c3 += w * d2 * d, c4 += w * d2 * d2;
     }
+    if (!(c2 > 1e-150)) return {m, 0, 0, 0}; // too little spread for c2^2 in double precision
     return {m, std::sqrt(c2), c3 / (c2 * std::sqrt(c2)), c4 / (c2 * c2)};
+}
+
+// 1 / (1 + exp(-t)) without overflow (a raised flag would outlive the test).
+inline double Logistic(double t) {
+    return t >= 0 ? 1 / (1 + std::exp(-t)) : std::exp(t) / (1 + std::exp(t));
 }
 
 // The curve of a JDistribution text with the four parameters, from Johnson's definitions:
@@ -72,9 +78,8 @@ inline Moments OfCurve(const std::string& type, double delta, double gamma, doub
                        double xi) {
     if (type == "Normal") return {-gamma / delta, 1 / delta, 0, 3};
     if (type == "SB") // bounded: the normal weight alone sets the range
-        return OfTransform(
-            [=](double z) { return xi + lamda / (1 + std::exp(-(z - gamma) / delta)); }, 12,
-            std::min(0.25, delta));
+        return OfTransform([=](double z) { return xi + lamda * Logistic((z - gamma) / delta); }, 12,
+                           std::min(0.25, delta));
     const double zmax = 12 + 4 / delta; // the fourth moment's integrand peaks near 4 / delta
     if (type == "SU")
         return OfTransform([=](double z) { return xi + lamda * std::sinh((z - gamma) / delta); },

@@ -74,8 +74,8 @@ TEST_F(JohnsonFit, MomentsOfTheStandardSbVariable) {
             const double ref = RawMoment(g, d, k), series = 1e-9 * (1 + g / d);
             EXPECT_LE(std::fabs(quad[k - 1] / ref - 1), 1e-12)
                 << g << " " << d << " " << k << " " << quad[k - 1] << " " << ref;
-            if (!f1) EXPECT_LE(std::fabs(mom[k - 1] / ref - 1), series) << g << " " << d;
-            if (!f2) EXPECT_LE(std::fabs(comp[k - 1] / ref - 1), series) << g << " " << d;
+            EXPECT_TRUE(f1 || std::fabs(mom[k - 1] / ref - 1) <= series) << g << " " << d;
+            EXPECT_TRUE(f2 || std::fabs(comp[k - 1] / ref - 1) <= series) << g << " " << d;
         }
     }
     EXPECT_TRUE(Rec().AllErrors().empty());

@@ -97,22 +97,11 @@ TEST_F(JohnsonDistTest, FaultsClearTheCurveAndSayWhy) {
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
 
-TEST_F(JohnsonDistTest, StatusTextsAreExact) {
-    // Misspellings and the double blank are kept on purpose.
-    const char* fit[] = {"Success", "Error: standard deviation less than zero.",
-                         "Error: Kurtosis < SQRT(Skewness) + 1",
-                         "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
-                         "intead.  Check that the SL or ST fit is adequate."};
-    const char* fixed[] = {"Success",
-                           "Error: Input error in Xlower or XUpper or number of moments.",
-                           "Error: Input error in moments.",
-                           "Error: Parameter values out of bounds during the iteration process.",
-                           "Error: breakdown of Newton-Rhapson process.",
-                           "Error: indicates a failure to converge in 1000 iterations."};
-    for (int16_t i = 0; i < 4; ++i)
-        EXPECT_STREQ(JohnsonDist::FitMessage(i), fit[i]);
-    for (int16_t i = 0; i < 6; ++i)
-        EXPECT_STREQ(JohnsonDist::FixedEndpointMessage(i), fixed[i]);
+TEST_F(JohnsonDistTest, TheReplacedFitWarningKeepsItsWording) {
+    // Never shown (an SB fit is never replaced), but its text is the program's own.
+    EXPECT_STREQ(JohnsonDist::FitMessage(3),
+                 "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
+                 "intead.  Check that the SL or ST fit is adequate.");
 }
 
 // The bands of jnsn, each an inclusive tolerance of 1e-4.
@@ -124,20 +113,15 @@ struct BandRow {
 
 const BandRow kBands[] = {
     {"ST_on_the_boundary", 0.5, 1.25, "ST"},
-    {"ST_within_tolb", 0.5, 1.25 + 0.99e-4, "ST"},
     {"ST_symmetric", 0, 1, "ST"},
-    {"ST_negative", -2, 5, "ST"},
     {"SB_beyond_tolb", 0.5, 1.25 + 1.5e-4, "SB"},
     {"Normal_low", 0, 3 - 0.00005, "Normal"},
-    {"Normal_high", 0, 3 + 0.00005, "Normal"},
     {"Normal_skew_within_tols", 0.0001, 3, "Normal"},
-    {"Normal_negative_skew_within_tols", -0.0001, 3.00009, "Normal"},
     {"SB_skew_beyond_tols", 0.0002, 2.9998, "SB"},
     {"SU_kurtosis_beyond_tolb", 0, 3.00015, "SU"},
     {"SB_kurtosis_below_tolb", 0, 2.99985, "SB"},
     {"Normal_requested", 0.00005, -1, "Normal"},
     {"SL_requested", 0.5, -1, "SL"},
-    {"SL_requested_tiny_skew", 0.0002, -3, "SL"},
     // Just on the SB side of the lognormal line (15.8487 at skewness 2.5), where
     // AS 99's iteration alone does not finish: still SB.
     {"SB_near_line", 2.5, 15.8, "SB"},

@@ -135,8 +135,9 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
             return;
         }
         itype = kSB;
-        // The flag goes by value, so sbfit can never report a failure here and an
-        // unconverged SB fit is returned as it stands. Deliberate; keep it.
+        // The flag goes by value, so sbfit can never report a failure here and the
+        // type stays SB, never the published fallback. Deliberate; keep it. sbfit
+        // finishes the fit itself where AS 99's iteration stops.
         const bool sbFault = false;
         sbfit(xbar, sd, rb1, b2, gamma, delta, xlam, xi, sbFault);
         if (!sbFault) return;

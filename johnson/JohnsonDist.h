@@ -50,7 +50,16 @@ class JohnsonDist {
 
     // How one sbfit run went (filled only when asked for).
     struct SbfitTrace {
-        enum class Exit { None, Converged, IterationLimit, MomFault, NonPositiveVariance };
+        // How AS 99's iteration ended; Continued: it stopped, SbContinue finished.
+        enum class Exit {
+            None,
+            Converged,
+            IterationLimit,
+            MomFault,
+            NonPositiveVariance,
+            Runaway,
+            Continued
+        };
         struct Round {
             double Gamma, Delta; // the values handed to MOM
             double RootB1, B2;   // shape of the standard SB curve at those values
@@ -59,6 +68,7 @@ class JohnsonDist {
         double Gamma0 = 0, Delta0 = 0; // starting values
         std::vector<Round> Rounds;     // rounds whose MOM call succeeded with m2 > 0
         Exit Outcome = Exit::None;
+        double Gamma = 0, Delta = 0; // where SbContinue finished (gamma >= 0)
     };
 
     // AS 99 JNSN: type code (1 SL, 2 SU, 3 SB, 4 normal, 5 ST) and parameters for
@@ -68,13 +78,29 @@ class JohnsonDist {
     // AS 99 SUFIT. `rounds`, when given, receives the number of passes.
     static void SUFIT(double xbar, double sd, double rb1, double b2, double& gamma, double& delta,
                       double& xlam, double& xi, long* rounds = nullptr);
-    // AS 99 SBFIT. The fault flag is taken by value, so a caller never learns of a
-    // failure: an unconverged fit comes back as it stands (see the .cpp).
+    // AS 99 SBFIT, finished by SbContinue where AS 99's iteration stops. The
+    // fault flag is taken by value, so a caller never learns of a failure; a fit
+    // that cannot be finished goes to the error path and writes no parameters.
     static void sbfit(double xbar, double sigma, double rtb1, double b2, double& gamma,
                       double& delta, double& xlam, double& xi, bool fault,
                       SbfitTrace* trace = nullptr);
+    // Finishes an SB fit where AS 99's iteration stopped: damped Newton on (g, d)
+    // for |skewness| rb1 and beta2 b2, from the g, d given; on success they hold
+    // the answer, mu1 and m2 the mean and variance of its standard variable.
+    // nearLine: iterate on q = exp(-g / d) in place of g (see the .cpp).
+    static void SbContinue(double rb1, double b2, bool nearLine, double& g, double& d, double& mu1,
+                           double& m2, bool& fault);
     // AS 99 MOM: the first six raw moments a[0..5] of the standard SB variable.
     static void MOM(double g, double d, double (&a)[6], bool& fault, int* passes = nullptr);
+    // MOM with each sum kept as a compensated pair; otherwise the same series.
+    static void MOMCompensated(double g, double d, double (&a)[6], bool& fault);
+    // The same six moments by adaptive Gauss-Kronrod quadrature over the normal
+    // variate, each to 1e-14 relative: for any delta > 0 and any g.
+    static void MOMQuadrature(double g, double d, double (&a)[6], bool& fault);
+    // The moments sbfit uses: MOM, then the compensated series, then the quadrature.
+    // momFaulted, when given, is set once MOM has faulted, and MOM is skipped while set.
+    static void SbMoments(double g, double d, double (&a)[6], bool& fault,
+                          bool* momFaulted = nullptr);
 
     // AS 100: Johnson variate -> standard normal, and back.
     static double SNV(double x, int itype, double gamma, double delta, double xlam, double xi);

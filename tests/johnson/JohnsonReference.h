@@ -1,7 +1,7 @@
 // Independent references for the Johnson tests: the moments of a curve by
 // composite Gauss-Legendre quadrature over the normal variate (with the inverse
-// transforms written out here, not taken from the code under test), the
-// standard normal distribution from std::erfc, and the lognormal line.
+// transforms written out here, not taken from the code under test), the normal
+// quantile by Newton's method on std::erfc, and the lognormal line.
 #pragma once
 
 #include <algorithm>
@@ -60,7 +60,13 @@ inline Moments OfTransform(const std::function<double(double)>& x, double zmax,
         const double d = v - m, d2 = d * d;
         c2 += w * d2, c3 += w * d2 * d, c4 += w * d2 * d2;
     }
+    if (!(c2 > 1e-150)) return {m, 0, 0, 0}; // too little spread for c2^2 in double precision
     return {m, std::sqrt(c2), c3 / (c2 * std::sqrt(c2)), c4 / (c2 * c2)};
+}
+
+// 1 / (1 + exp(-t)) without overflow (a raised flag would outlive the test).
+inline double Logistic(double t) {
+    return t >= 0 ? 1 / (1 + std::exp(-t)) : std::exp(t) / (1 + std::exp(t));
 }
 
 // The curve of a JDistribution text with the four parameters, from Johnson's definitions:
@@ -72,21 +78,13 @@ inline Moments OfCurve(const std::string& type, double delta, double gamma, doub
                        double xi) {
     if (type == "Normal") return {-gamma / delta, 1 / delta, 0, 3};
     if (type == "SB") // bounded: the normal weight alone sets the range
-        return OfTransform(
-            [=](double z) { return xi + lamda / (1 + std::exp(-(z - gamma) / delta)); }, 12,
-            std::min(0.25, delta));
+        return OfTransform([=](double z) { return xi + lamda * Logistic((z - gamma) / delta); }, 12,
+                           std::min(0.25, delta));
     const double zmax = 12 + 4 / delta; // the fourth moment's integrand peaks near 4 / delta
     if (type == "SU")
         return OfTransform([=](double z) { return xi + lamda * std::sinh((z - gamma) / delta); },
                            zmax);
     return OfTransform([=](double z) { return xi + lamda * std::exp((z - gamma) / delta); }, zmax);
-}
-
-inline double NormalCdf(double z) {
-    return 0.5 * std::erfc(-z / std::sqrt(2.0));
-}
-inline double NormalUpper(double z) {
-    return 0.5 * std::erfc(z / std::sqrt(2.0));
 }
 
 // Inverse normal by Newton's method on erfc, working in the smaller tail so the
@@ -96,7 +94,8 @@ inline double NormalQuantile(double p) {
                : p > 0.5 ? std::sqrt(-2 * std::log1p(-p))
                          : 0;
     for (int i = 0; i < 200; ++i) {
-        const double f = p < 0.5 ? NormalCdf(z) - p : (1 - p) - NormalUpper(z);
+        const double f = 0.5 * (p < 0.5 ? std::erfc(-z / M_SQRT2) - 2 * p
+                                        : 2 * (1 - p) - std::erfc(z / M_SQRT2));
         const double step = f / (std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI));
         z -= step;
         if (std::fabs(step) <= 1e-15 * std::max(1.0, std::fabs(z))) break;

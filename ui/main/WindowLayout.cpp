@@ -64,7 +64,7 @@ void AddCapabilityBoxes(frm_Pondera& w, QGridLayout& grid) {
     for (int i = 0; i < 3; ++i) {
         SetBoxLocked(boxes[i], true);
         boxes[i]->setFocusPolicy(Qt::ClickFocus);
-        boxes[i]->setMinimumWidth(80);
+        boxes[i]->setMinimumWidth(86);
         grid.addWidget(MakeLabel(captions[i]), i, 2);
         grid.addWidget(boxes[i], i, 3);
     }

@@ -795,10 +795,9 @@ void frm_Pondera::mnuFitToData_Click() {
             connect(dataDialog_, &QDialog::accepted, this,
                     [this] { RunAsAction([&] { ApplyData(); }); });
         }
+        const ToolkitWork toolkit;
+        dataDialog_->open();
     });
-    // Showing the dialog is the toolkit's layout work: the floating-point flags
-    // it leaves are not faults of this procedure.
-    if (dataDialog_) dataDialog_->open();
 }
 
 void frm_Pondera::ApplyData() {

@@ -8,6 +8,7 @@
 #include "ui/main/QtFace.h"
 
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -28,7 +29,7 @@ constexpr const char* kaccept = "Pondera.frm_Data.accept";
 
 // A text field holding more than this would stall the window; such files are
 // for pondera-cli data.
-constexpr qint64 kLargestFile = 32 * 1024 * 1024;
+constexpr qint64 kLargestFile = 8 * 1024 * 1024;
 
 DataStep::Sample ReadField(const QPlainTextEdit* field) {
     return DataStep::Read(field->toPlainText().toStdString(), support::DecimalSeparator());
@@ -90,10 +91,16 @@ void frm_Data::tb_Data_Change() {
 
 void frm_Data::but_Open_Click() {
     support::Trap(kbut_Open_Click, [&] {
-        const QString path = QFileDialog::getOpenFileName(
-            this, "Open Data", QString(),
-            "Text and CSV files (*.txt *.csv *.dat *.tsv);;All files (*)");
-        if (!path.isEmpty()) OpenFile(path);
+        QString path;
+        {
+            const ToolkitWork toolkit;
+            path = QFileDialog::getOpenFileName(
+                this, "Open Data", folder_.isEmpty() ? QDir::homePath() : folder_,
+                "Text and CSV files (*.txt *.csv *.dat *.tsv);;All files (*)");
+        }
+        if (path.isEmpty()) return;
+        folder_ = QFileInfo(path).absolutePath();
+        OpenFile(path);
     });
 }
 
@@ -111,7 +118,9 @@ void frm_Data::OpenFile(const QString& path) {
                             PlotPipeline::kWarningTitle);
             return;
         }
-        tb_Data->setPlainText(QString::fromUtf8(file.readAll()));
+        const QString text = QString::fromUtf8(file.readAll());
+        const ToolkitWork toolkit;
+        tb_Data->setPlainText(text);
     });
 }
 
@@ -122,6 +131,7 @@ void frm_Data::accept() {
         if (!s.Ok()) {
             support::MsgBox(s.Problem, PlotPipeline::kWarningTitle);
             // The line that failed, selected, so it can be mended at once.
+            const ToolkitWork toolkit;
             if (const QTextBlock line = tb_Data->document()->findBlockByNumber(s.Line - 1);
                 s.Line > 0 && line.isValid()) {
                 QTextCursor c(line);

@@ -35,4 +35,5 @@ class frm_Data : public QDialog {
 
   private:
     DataStep::Sample result_;
+    QString folder_; // where the last file was opened
 };

@@ -2,6 +2,7 @@
 
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
+#include "johnson/m_Capability.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
 #include "support/m_Interface.h"
@@ -160,8 +161,10 @@ PncSource SourceFromFields(const std::string& name, const std::array<std::string
     return s;
 }
 
-std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
-                                        int decPlaces, const std::string& pattern) {
+namespace {
+
+// Below LSL and above USL, each 0 for an unticked limit.
+std::pair<double, double> PncFigures(const PncSource& source, const Limits& limits, int decPlaces) {
     namespace pc = m_PercentCertainty;
     pc::CurrentDistribution = source.Code;
     double* dest[] = {&pc::Param1, &pc::Param2, &pc::Param3, &pc::Param4};
@@ -179,8 +182,39 @@ std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& l
         upper = pc::CalcUSLPNC();
     }
     if (limits[0].Ticked && limits[2].Ticked) upper = pc::CapUpperPNC(lower, upper);
+    return {lower, upper};
+}
+
+std::string Shown(const std::optional<double>& v, const std::string& pattern) {
+    return v ? support::Format(*v, pattern) : std::string();
+}
+
+} // namespace
+
+std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
+                                        int decPlaces, const std::string& pattern) {
+    const auto [lower, upper] = PncFigures(source, limits, decPlaces);
     return {support::Format(lower, pattern), support::Format(upper, pattern),
             support::Format(support::ck(lower + upper), pattern)};
+}
+
+CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, int decPlaces,
+                               const std::string& pattern) {
+    const auto [lower, upper] = PncFigures(source, limits, decPlaces);
+    auto limit = [&](int i) {
+        return limits[i].Ticked ? std::optional(support::Val(limits[i].Text)) : std::nullopt;
+    };
+    const auto p = source.Params;
+    const std::optional<m_Capability::Percentiles> x = m_Capability::PercentilePoints(
+        source.Code, p[0].value_or(0), p[1].value_or(0), p[2].value_or(0), p[3].value_or(0));
+    m_Capability::Figures f;
+    if (x) f = m_Capability::Indices(*x, limit(0), limit(2));
+    auto tip = [&](const char* name, const std::optional<double>& v) {
+        return std::string(name) + (v ? support::Format(*v, pattern) : std::string("n/a"));
+    };
+    return {Shown(f.Pp, pattern), Shown(f.Ppk, pattern),
+            support::Format(support::ck((lower + upper) * 1e6), pattern),
+            tip("Ppl: ", f.Ppl) + "\n" + tip("Ppu: ", f.Ppu)};
 }
 
 } // namespace PlotPipeline

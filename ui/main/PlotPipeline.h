@@ -133,4 +133,13 @@ PncSource SourceFromFields(const std::string& name, const std::array<std::string
 std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
                                         int decPlaces, const std::string& pattern);
 
+// The capability boxes beside the PNC boxes, by the percentile method: Pp and
+// Ppk (empty when a limit they need is unticked), Ppl and Ppu for Ppk's tool
+// tip, and the total fraction nonconforming in parts per million.
+struct CapabilityView {
+    std::string Pp, Ppk, Ppm, PpkTip;
+};
+CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, int decPlaces,
+                               const std::string& pattern);
+
 } // namespace PlotPipeline

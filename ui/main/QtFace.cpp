@@ -28,6 +28,7 @@ void QtFace::ShowMessage(const std::string& title, const std::string& text, supp
                     QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
                     Owner(parent_));
     box.setObjectName("PonderaMessageBox");
+    const ToolkitWork toolkit;
     box.exec();
 }
 

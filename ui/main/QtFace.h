@@ -7,6 +7,8 @@
 
 #include <QString>
 
+#include <cfenv>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -46,6 +48,21 @@ class QtFace : public support::UserFace {
     bool holding_ = false;
     std::vector<HeldMessage> heldMessages_;
     std::vector<std::vector<support::ErrorEntry>> heldReports_;
+};
+
+// The toolkit's own work (loading a font, laying out and showing a window, a
+// message box's event loop) may leave floating-point flags behind, more so on
+// a real display than off screen; they are not faults of the procedure that
+// asked for it. Keeps the caller's flags as they were around that work.
+class ToolkitWork {
+  public:
+    ToolkitWork() { std::fegetexceptflag(&saved_, FE_ALL_EXCEPT); }
+    ~ToolkitWork() { std::fesetexceptflag(&saved_, FE_ALL_EXCEPT); }
+    ToolkitWork(const ToolkitWork&) = delete;
+    ToolkitWork& operator=(const ToolkitWork&) = delete;
+
+  private:
+    std::fexcept_t saved_{};
 };
 
 // Runs one event handler as one user action, so that the errors it raises are

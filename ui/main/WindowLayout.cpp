@@ -15,6 +15,7 @@
 #include <QFontMetrics>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -46,6 +47,30 @@ QLabel* MakeLabel(const QString& text, const char* name = nullptr) {
     auto* label = new QLabel(text);
     if (name) label->setObjectName(name);
     return label;
+}
+
+// The overlay's light green (red 125, green 255, blue 125), blue-green-red.
+constexpr uint32_t kOverlayGreen = 0x7DFF7D;
+
+// Pp, Ppk and the total in ppm in a second column beside the three PNC boxes;
+// the PNC boxes keep their width and the new column takes what is left.
+void AddCapabilityBoxes(frm_Pondera& w, QGridLayout& grid) {
+    w.tb_Pp = MakeBox("tb_Pp");
+    w.tb_Ppk = MakeBox("tb_Ppk");
+    w.tb_PPM = MakeBox("tb_PPM");
+    w.tb_Pp->setToolTip("Pp = (USL - LSL) / (X99.865 - X0.135), from the curve's own percentiles");
+    const char* captions[] = {"Pp:", "Ppk:", "ppm:"};
+    QLineEdit* boxes[] = {w.tb_Pp, w.tb_Ppk, w.tb_PPM};
+    for (int i = 0; i < 3; ++i) {
+        SetBoxLocked(boxes[i], true);
+        boxes[i]->setFocusPolicy(Qt::ClickFocus);
+        boxes[i]->setMinimumWidth(86);
+        grid.addWidget(MakeLabel(captions[i]), i, 2);
+        grid.addWidget(boxes[i], i, 3);
+    }
+    grid.setHorizontalSpacing(4);
+    grid.setColumnStretch(1, 0);
+    grid.setColumnStretch(3, 1);
 }
 
 } // namespace
@@ -142,6 +167,7 @@ void Build(frm_Pondera& w) {
             grid->addWidget(MakeLabel(captions[i]), i, 0);
             grid->addWidget(boxes[i], i, 1);
         }
+        AddCapabilityBoxes(w, *grid);
     }
     left->addWidget(w.qarvFrame_Results);
 
@@ -192,6 +218,10 @@ void Build(frm_Pondera& w) {
         w.pb_SkewKurt->SetPictureSize(kSkewKurtWidth, kSkewKurtHeight);
         // Moves count only while a button is held: the drag, not the hover.
         w.pb_SkewKurt->setMouseTracking(false);
+        w.sh_DataPoint = new MarkerShape(w.pb_SkewKurt, MarkerShape::Kind::TriangleUp, 9, 9);
+        w.sh_DataPoint->setObjectName("sh_DataPoint");
+        w.sh_DataPoint->SetFillColor(kOverlayGreen);
+        w.sh_DataPoint->SetVisible(false);
         w.sh_SkewKurt = new MarkerShape(w.pb_SkewKurt, MarkerShape::Kind::Circle, 9, 9);
         w.sh_SkewKurt->setObjectName("sh_SkewKurt");
         w.pb_Lock = new PictureBox;
@@ -319,6 +349,15 @@ void BuildMenus(frm_Pondera& w) {
     w.mnuOptions->setObjectName("mnuOptions");
     w.mnuAbout = view->addAction("About");
     w.mnuAbout->setObjectName("mnuAbout");
+
+    QMenu* data = w.menuBar()->addMenu("Data");
+    data->setObjectName("mnuData");
+    w.mnuFitToData = data->addAction("Fit to Data...");
+    w.mnuFitToData->setObjectName("mnuFitToData");
+    w.mnuFitToData->setShortcut(QKeySequence("Ctrl+D"));
+    w.mnuClearData = data->addAction("Clear Data");
+    w.mnuClearData->setObjectName("mnuClearData");
+    w.mnuClearData->setEnabled(false);
 }
 
 // Every handler is connected here, each run as one user action.
@@ -374,6 +413,10 @@ void Connect(frm_Pondera& w) {
     QObject::connect(w.mnuOptions, &QAction::triggered, self, act(&frm_Pondera::mnuOptions_Click));
     QObject::connect(w.mnuAbout, &QAction::triggered, self, act(&frm_Pondera::mnuAbout_Click));
     QObject::connect(w.mnuQuit, &QAction::triggered, self, act(&frm_Pondera::mnuQuit_Click));
+    QObject::connect(w.mnuFitToData, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuFitToData_Click));
+    QObject::connect(w.mnuClearData, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuClearData_Click));
 
     QObject::connect(w.pb_PDF, &PictureBox::MouseDown, self, mouse(&frm_Pondera::pb_PDF_MouseDown));
     QObject::connect(w.pb_PDF, &PictureBox::MouseMove, self, mouse(&frm_Pondera::pb_PDF_MouseMove));

@@ -17,6 +17,7 @@
 #include "ui/main/QtFace.h"
 #include "ui/main/WindowLayout.h"
 #include "ui/main/frm_About2.h"
+#include "ui/main/frm_Data.h"
 #include "ui/options/frm_Options.h"
 
 #include <QAction>
@@ -57,6 +58,9 @@ constexpr const char* kmnuCopytoClipboard_Click = "Pondera.frm_Pondera.mnuCopyto
 constexpr const char* kmnuOptions_Click = "Pondera.frm_Pondera.mnuOptions_Click";
 constexpr const char* kmnuAbout_Click = "Pondera.frm_Pondera.mnuAbout_Click";
 constexpr const char* kmnuQuit_Click = "Pondera.frm_Pondera.mnuQuit_Click";
+constexpr const char* kmnuFitToData_Click = "Pondera.frm_Pondera.mnuFitToData_Click";
+constexpr const char* kmnuClearData_Click = "Pondera.frm_Pondera.mnuClearData_Click";
+constexpr const char* kApplyData = "Pondera.frm_Pondera.ApplyData";
 constexpr const char* kcb_DrawbyMoments_Click = "Pondera.frm_Pondera.cb_DrawbyMoments_Click";
 constexpr const char* kpb_SkewKurt_MouseDown = "Pondera.frm_Pondera.pb_SkewKurt_MouseDown";
 constexpr const char* kpb_SkewKurt_MouseMove = "Pondera.frm_Pondera.pb_SkewKurt_MouseMove";
@@ -306,6 +310,14 @@ void frm_Pondera::ShowResults() {
     const std::string shown =
         kind == PncBoxes::Zero ? support::Format(0.0, DisplayOptions::Pattern()) : std::string();
     ShowPNC({shown, shown, shown});
+    ShowCapability({"", "", shown, ""});
+}
+
+void frm_Pondera::ShowCapability(const PlotPipeline::CapabilityView& view) {
+    tb_Pp->setText(Q(view.Pp));
+    tb_Ppk->setText(Q(view.Ppk));
+    tb_Ppk->setToolTip(Q(view.PpkTip));
+    tb_PPM->setText(Q(view.Ppm));
 }
 
 void frm_Pondera::ShowPNC(const std::array<std::string, 3>& texts) {
@@ -327,7 +339,10 @@ void frm_Pondera::CalcPercent() {
     support::Trap(kCalcPercent, [&] {
         // In moments mode the fitted curve's exact parameters, not their rounded
         // display; a fit without a curve has no figures.
-        if (cb_DrawbyMoments->isChecked() && !fit_) return ShowPNC({});
+        if (cb_DrawbyMoments->isChecked() && !fit_) {
+            ShowCapability({});
+            return ShowPNC({});
+        }
         const PlotPipeline::PncSource source =
             cb_DrawbyMoments->isChecked()
                 ? MomentsStep::PncSourceOf(*fit_)
@@ -336,6 +351,8 @@ void frm_Pondera::CalcPercent() {
                       TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}));
         ShowPNC(PlotPipeline::PercentTexts(source, ReadLimits(), DisplayOptions::AppDecPlaces,
                                            DisplayOptions::Pattern()));
+        ShowCapability(PlotPipeline::CapabilityTexts(
+            source, ReadLimits(), DisplayOptions::AppDecPlaces, DisplayOptions::Pattern()));
     });
 }
 
@@ -355,26 +372,37 @@ void frm_Pondera::DrawPDF(bool refresh, int xTicks, int yTicks, double xTickLeng
 void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks,
                             double xTickLength, double yTickLength, const std::vector<double>& x,
                             const std::vector<double>& y) {
-    const DensityChart::Input in{.Refresh = refresh,
-                                 .XTicks = xTicks,
-                                 .YTicks = yTicks,
-                                 .XTickLength = xTickLength,
-                                 .YTickLength = yTickLength,
-                                 .X = x,
-                                 .Y = y,
-                                 .LSL = lastLimits_[0],
-                                 .Target = lastLimits_[1],
-                                 .USL = lastLimits_[2],
-                                 .DraggingLSL = DragLSL,
-                                 .DraggingUSL = DragUSL,
-                                 .XAxis = ShowXAxis,
-                                 .YAxis = ShowYAxis,
-                                 .Labels = ShowLabels,
-                                 .BackColor = DisplayOptions::AppBackColor,
-                                 .InSpecColor = DisplayOptions::AppInSpecColor,
-                                 .OutSpecColor = DisplayOptions::AppOutSpecColor,
-                                 .LSLMarkerWidth = double(sh_LSL->Width()),
-                                 .USLMarkerWidth = double(sh_USL->Width())};
+    DensityChart::Input in{.Refresh = refresh,
+                           .XTicks = xTicks,
+                           .YTicks = yTicks,
+                           .XTickLength = xTickLength,
+                           .YTickLength = yTickLength,
+                           .X = x,
+                           .Y = y,
+                           .LSL = lastLimits_[0],
+                           .Target = lastLimits_[1],
+                           .USL = lastLimits_[2],
+                           .DraggingLSL = DragLSL,
+                           .DraggingUSL = DragUSL,
+                           .XAxis = ShowXAxis,
+                           .YAxis = ShowYAxis,
+                           .Labels = ShowLabels,
+                           .BackColor = DisplayOptions::AppBackColor,
+                           .InSpecColor = DisplayOptions::AppInSpecColor,
+                           .OutSpecColor = DisplayOptions::AppOutSpecColor,
+                           .LSLMarkerWidth = double(sh_LSL->Width()),
+                           .USLMarkerWidth = double(sh_USL->Width())};
+    // The data's histogram over the curve it was fitted to, on the curve's axes.
+    Overlay = {};
+    if (DataBins && cb_DrawbyMoments->isChecked() && &surface == pb_PDF) {
+        DensityChart::Geometry g =
+            DensityChart::Geometry::ForSize(surface.ScaleWidth(), surface.ScaleHeight());
+        g.SetRanges(x, y);
+        Overlay = DataStep::Outline(*DataBins, g);
+        in.Overlay = Overlay.X.size() > 1;
+        in.OverlayX = Overlay.X;
+        in.OverlayY = Overlay.Y;
+    }
     surface.SetBackColor(DisplayOptions::AppBackColor);
     const DensityChart::Result result = DensityChart::Draw(surface, in);
     if (&surface == pb_PDF) {
@@ -419,6 +447,8 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
         } else {
             tb_Param2->setText("1");
             dd_Distribution->setCurrentIndex(0);
+            // The data was fitted by moments; a distribution by parameters has none.
+            ForgetData(true);
             // Selecting the item is a change of distribution: labels and defaults follow.
             dd_Distribution_Change();
         }
@@ -445,9 +475,10 @@ bool frm_Pondera::PlotbyMoments() {
         if (Refused(MomentsStep::CheckMomentTexts(texts))) return;
         if (Refused(PlotPipeline::CheckLimitTexts(ReadLimits()))) return;
 
-        const double mean = ValOf(tb_Mean), stDev = ValOf(tb_StDev);
-        const MomentsStep::Fit fit =
-            MomentsStep::FitMoments(mean, stDev, ValOf(tb_Skewness), ValOf(tb_Kurtosis));
+        const std::array<double, 4> m =
+            DataStep::MomentValues(texts, DataMoments ? &*DataMoments : nullptr);
+        const double mean = m[0], stDev = m[1];
+        const MomentsStep::Fit fit = MomentsStep::FitMoments(mean, stDev, m[2], m[3]);
         SetStatus(fit.Message);
         if (fit.Failed()) return;
 
@@ -472,7 +503,7 @@ bool frm_Pondera::PlotbyMoments() {
         const char* item = MomentsStep::ListItem(fit.Type);
         if (item) dd_Distribution->SelectText(item);
         curve.Y = MomentsStep::Densities(fit, curve.X, mean, stDev);
-        Current = {ValOf(tb_Mean), ValOf(tb_StDev), ValOf(tb_Skewness), ValOf(tb_Kurtosis)};
+        Current = {m[0], m[1], m[2], m[3]};
         ShowCurve(std::move(curve), xMin, xMax);
         fit_ = item ? std::optional(fit) : std::nullopt;
 
@@ -537,6 +568,21 @@ SkewKurtChart::PickScale frm_Pondera::ReadPickScale() const {
 
 void frm_Pondera::MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos) {
     sh_SkewKurt->Move(pos.Left, pos.Top);
+    PlaceDataPoint();
+}
+
+// Centred on the data's moments in the handlers' scale; hidden off the chart.
+void frm_Pondera::PlaceDataPoint() {
+    const bool shown = DataBins && DataMoments;
+    if (shown) {
+        const SkewKurtChart::PickScale scale = ReadPickScale();
+        const double x = scale.SkewToX(DataMoments->Exact[2]);
+        const double y = scale.KurtToY(DataMoments->Exact[3]);
+        sh_DataPoint->Move(x - sh_DataPoint->Width() / 2.0, y - sh_DataPoint->Height() / 2.0);
+        sh_DataPoint->SetVisible(x >= 0 && x <= scale.W && y >= 0 && y <= scale.H);
+    } else {
+        sh_DataPoint->SetVisible(false);
+    }
 }
 
 // The body both lock clicks share.
@@ -740,6 +786,51 @@ void frm_Pondera::mnuAbout_Click() {
         frm_About2 about(this);
         about.exec();
     });
+}
+
+void frm_Pondera::mnuFitToData_Click() {
+    support::Trap(kmnuFitToData_Click, [&] {
+        if (!dataDialog_) {
+            dataDialog_ = new frm_Data(this);
+            connect(dataDialog_, &QDialog::accepted, this,
+                    [this] { RunAsAction([&] { ApplyData(); }); });
+        }
+        const ToolkitWork toolkit;
+        dataDialog_->open();
+    });
+}
+
+void frm_Pondera::ApplyData() {
+    support::Trap(kApplyData, [&] {
+        const DataStep::Sample& sample = dataDialog_->Result();
+        DataBins = DataStep::Bins(sample.Values);
+        DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
+        mnuClearData->setEnabled(true);
+        SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}, DataMoments->Shown);
+        NumPoints = 300;
+        // Switching to moments mode plots; in moments mode the fit follows at once.
+        if (cb_DrawbyMoments->isChecked()) {
+            cb_LockSkewness_Click();
+            Plot();
+        } else {
+            SetCheckValue(cb_DrawbyMoments, true, [&] { cb_DrawbyMoments_Click(); });
+        }
+    });
+}
+
+void frm_Pondera::mnuClearData_Click() {
+    support::Trap(kmnuClearData_Click, [&] {
+        ForgetData(false);
+        RedrawLastChart();
+    });
+}
+
+void frm_Pondera::ForgetData(bool moments) {
+    DataBins.reset();
+    if (moments) DataMoments.reset();
+    Overlay = {};
+    mnuClearData->setEnabled(false);
+    PlaceDataPoint();
 }
 
 void frm_Pondera::mnuQuit_Click() {

@@ -14,6 +14,7 @@
 // events reach them through the window's one event filter.
 #pragma once
 
+#include "ui/main/DataStep.h"
 #include "ui/main/DensityChart.h"
 #include "ui/main/MomentsStep.h"
 #include "ui/main/PlotPipeline.h"
@@ -37,6 +38,7 @@ class QPushButton;
 class QStatusBar;
 class TitledFrame;
 class frm_About2;
+class frm_Data;
 class frm_Options;
 
 class frm_Pondera : public QMainWindow {
@@ -71,6 +73,10 @@ class frm_Pondera : public QMainWindow {
     QLineEdit* tb_LowerPNC = nullptr;
     QLineEdit* tb_UpperPNC = nullptr;
     QLineEdit* tb_PNC = nullptr;
+    // Capability beside the PNC: Pp, Ppk (Ppl and Ppu in its tool tip), total PNC in ppm.
+    QLineEdit* tb_Pp = nullptr;
+    QLineEdit* tb_Ppk = nullptr;
+    QLineEdit* tb_PPM = nullptr;
 
     TitledFrame* qarvFrame_Moments = nullptr;
     QLineEdit* tb_Mean = nullptr;
@@ -105,9 +111,15 @@ class frm_Pondera : public QMainWindow {
     QAction* mnuLabels = nullptr;
     QAction* mnuOptions = nullptr;
     QAction* mnuAbout = nullptr;
+    QAction* mnuFitToData = nullptr;
+    QAction* mnuClearData = nullptr;
+    // The data's point on the skewness-kurtosis chart.
+    MarkerShape* sh_DataPoint = nullptr;
 
     // The options dialog, loaded hidden with the window and unloaded with it.
     frm_Options* Options() const { return options_; }
+    // The data dialog, made on first use and kept, so it shows the last data.
+    frm_Data* DataDialog() const { return dataDialog_; }
 
     // ---- Window state --------------------------------------------------------
     int NumPoints = 300;  // curve sample count N
@@ -125,6 +137,13 @@ class frm_Pondera : public QMainWindow {
     // The sampled curve of the last good plot (1-based, element 0 unused).
     std::vector<double> PlotX, PlotY;
     double RangeLow = 0, RangeHigh = 0;
+    // Data fitted from the data dialog: its histogram and point, drawn while in
+    // moments mode until cleared; and its moments, fitted exactly while their
+    // texts stay in the moment fields.
+    std::optional<DataStep::Histogram> DataBins;
+    std::optional<DataStep::Moments> DataMoments;
+    // The overlay of the last drawing (1-based; empty without data).
+    PlotPipeline::Curve Overlay;
 
     // ---- Procedures ------------------------------------------------------------
     void Form_Initialize();
@@ -207,6 +226,10 @@ class frm_Pondera : public QMainWindow {
     void mnuOptions_Click();
     void mnuAbout_Click();
     void mnuQuit_Click();
+    void mnuFitToData_Click();
+    void mnuClearData_Click();
+    // The accepted dialog's data: moments into the fields, moments mode, a fit.
+    void ApplyData();
     void pb_PDF_KeyDown() { FieldGotFocus("Pondera.frm_Pondera.pb_PDF_KeyDown", nullptr, nullptr); }
     void pb_Slider_GotFocus() {
         FieldGotFocus("Pondera.frm_Pondera.pb_Slider_GotFocus", nullptr, nullptr);
@@ -285,6 +308,10 @@ class frm_Pondera : public QMainWindow {
     void WriteRangeBack(double low, double high);
     void ShowResults();
     void ShowPNC(const std::array<std::string, 3>& texts);
+    void ShowCapability(const PlotPipeline::CapabilityView& view);
+    // Drops the data's histogram and point (and, with moments, its exact moments).
+    void ForgetData(bool moments);
+    void PlaceDataPoint();
     void DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks, double xTickLength,
                    double yTickLength, const std::vector<double>& x, const std::vector<double>& y);
     SkewKurtChart::PickScale ReadPickScale() const;
@@ -308,6 +335,7 @@ class frm_Pondera : public QMainWindow {
     void ViewToggle(const char* label, bool& flag, const QAction* item);
 
     frm_Options* options_ = nullptr;
+    frm_Data* dataDialog_ = nullptr;
     bool unloaded_ = false;
     bool haveChart_ = false;
     // Spec limits of the last drawing, for the redraw after a resize.

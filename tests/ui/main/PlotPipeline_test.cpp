@@ -7,6 +7,7 @@
 #include "tests/helpers/TestSupport.h"
 
 #include <cmath>
+#include <optional>
 
 using namespace PlotPipeline;
 using testing_support::RelErr;
@@ -173,4 +174,57 @@ TEST(PlotPipeline, ThePNCBoxes) {
     EXPECT_LT(RelErr(support::Val(texts[2]), lower + upper), 1e-6);
     EXPECT_EQ(PercentTexts(SourceFromFields("Normal", {"0", "1", "", ""}), lsl, 6, "0.0")[1],
               "0.0");
+}
+
+// Pp and Ppk by the percentile method; for the normal the usual (USL - LSL)/6 sigma
+// and friends, for the uniform its percentiles a + p(b - a).
+TEST(PlotPipeline, CapabilityBoxes) {
+    const double phi3 = reference::NormalCdf(-3);
+    struct Row {
+        const char* name;
+        PncSource source;
+        Limits limits;
+        std::optional<double> pp, ppk;
+        const char *ppl, *ppu;
+    };
+    const Row rows[] = {
+        {"normal 1, 2 in -5..5",
+         SourceFromFields("Normal", {"1", "2", "", ""}),
+         {{{true, "-5"}, {}, {true, "5"}}},
+         10.0 / 12,
+         4.0 / 6,
+         "Ppl: 1.0000",
+         "Ppu: 0.6667"},
+        {"normal, USL only",
+         SourceFromFields("Normal", {"1", "2", "", ""}),
+         {{{false, "-5"}, {}, {true, "5"}}},
+         std::nullopt,
+         4.0 / 6,
+         "Ppl: n/a",
+         "Ppu: 0.6667"},
+        {"uniform 0..1 in 0..1",
+         SourceFromFields("Uniform", {"0", "1", "", ""}),
+         {{{true, "0"}, {}, {true, "1"}}},
+         1 / (1 - 2 * phi3),
+         0.5 / (0.5 - phi3),
+         "Ppl: 1.0027",
+         "Ppu: 1.0027"},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.name);
+        const CapabilityView v = CapabilityTexts(r.source, r.limits, 4, "0.0000000000");
+        EXPECT_EQ(v.Pp.empty(), !r.pp);
+        EXPECT_LT(RelErr(support::Val(v.Pp), r.pp.value_or(0)), 1e-9);
+        EXPECT_LT(RelErr(support::Val(v.Ppk), *r.ppk), 1e-9);
+        EXPECT_EQ(CapabilityTexts(r.source, r.limits, 4, "0.0000").PpkTip,
+                  std::string(r.ppl) + "\n" + r.ppu);
+    }
+    // The total in ppm, and nothing to judge without limits.
+    const CapabilityView both = CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}),
+                                                rows[0].limits, 6, "0.000000");
+    EXPECT_LT(RelErr(support::Val(both.Ppm), (phi3 + reference::NormalCdf(-2)) * 1e6), 1e-9);
+    const CapabilityView none =
+        CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}), {}, 6, "0.000000");
+    EXPECT_EQ(none.Pp + none.Ppk, "");
+    EXPECT_EQ(none.Ppm, "0.000000");
 }

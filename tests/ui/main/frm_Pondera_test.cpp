@@ -3,9 +3,12 @@
 #include "tests/ui/main/WindowFixture.h"
 
 #include "tests/helpers/Reference.h"
+#include "ui/main/frm_Data.h"
 #include "ui/options/frm_Options.h"
 
 #include <QComboBox>
+#include <QDialogButtonBox>
+#include <QPlainTextEdit>
 
 using reference::NormalCdf;
 using testing_support::RelErr;
@@ -167,4 +170,33 @@ TEST_F(MomentsTest, DraggingOnTheChartRefitsAndALockKeepsItsCoordinate) {
     EXPECT_EQ(w->NumPoints, 300);
     Release(w->pb_SkewKurt, grey);
     EXPECT_TRUE(Rec().Messages.empty());
+}
+
+TEST_F(WindowTest, FittingToDataDrawsTheCurveOverItsHistogram) {
+    w->mnuFitToData->trigger();
+    frm_Data* d = w->DataDialog();
+    ASSERT_TRUE(d && d->isVisible());
+    const QImage before = Chart();
+    d->tb_Data->setPlainText("width\n1\n2\nabc\n");
+    Click(d->but_Buttons->button(QDialogButtonBox::Ok));
+    EXPECT_EQ(LastMessage(), "line 4: \"abc\" is not a number");
+    EXPECT_TRUE(d->isVisible());
+    EXPECT_EQ(Chart(), before);
+    EXPECT_FALSE(w->cb_DrawbyMoments->isChecked());
+
+    // 1..8: mean 4.5, s = sqrt(6), skewness 0, kurtosis 48.5625 / 5.25^2.
+    d->tb_Data->setPlainText("width\n1\n2\n3\n4\n\n5;6\n7 8\n");
+    Click(d->but_Buttons->button(QDialogButtonBox::Ok));
+    EXPECT_FALSE(d->isVisible());
+    EXPECT_TRUE(w->cb_DrawbyMoments->isChecked());
+    EXPECT_EQ(Texts({w->tb_Mean, w->tb_StDev, w->tb_Skewness, w->tb_Kurtosis}),
+              (Strings{"4.500000E+00", "2.449490E+00", "0.000000E+00", "1.761905E+00"}));
+    EXPECT_DOUBLE_EQ(w->Current.StDev, std::sqrt(6.0)); // fitted exactly, not as shown
+    EXPECT_EQ(w->dd_Distribution->Text(), "Johnson SB");
+    EXPECT_GT(w->Overlay.X.size(), 100u);
+    EXPECT_TRUE(w->sh_DataPoint->Visible());
+    w->mnuClearData->trigger();
+    EXPECT_TRUE(w->Overlay.X.empty());
+    EXPECT_FALSE(w->sh_DataPoint->Visible() || w->mnuClearData->isEnabled());
+    EXPECT_TRUE(ErrorLabels().empty());
 }

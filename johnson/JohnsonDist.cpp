@@ -17,22 +17,7 @@ using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
 namespace {
-constexpr const char* kCalculate = "Pondera.JohnsonDist.Calculate";
-constexpr const char* kJohnsontoNormal = "Pondera.JohnsonDist.JohnsontoNormal";
-constexpr const char* kNormaltoJohnson = "Pondera.JohnsonDist.NormaltoJohnson";
-constexpr const char* kCalculateFromData = "Pondera.JohnsonDist.CalculateFromData";
-constexpr const char* kSNV = "Pondera.JohnsonDist.SNV";
-constexpr const char* kAJV = "Pondera.JohnsonDist.AJV";
-constexpr const char* kJohnson5ToNormal = "Pondera.JohnsonDist.Johnson5ToNormal";
-constexpr const char* kPPND = "Pondera.JohnsonDist.PPND";
-constexpr const char* kSign = "Pondera.JohnsonDist.sign";
-constexpr const char* kMOMENT = "Pondera.JohnsonDist.MOMENT";
-constexpr const char* kMinofArray = "Pondera.JohnsonDist.MinofArray";
-constexpr const char* kMaxofArray = "Pondera.JohnsonDist.MaxofArray";
-constexpr const char* kFitSB3 = "Pondera.JohnsonDist.FitSB3";
-constexpr const char* kSB3Moments = "Pondera.JohnsonDist.SB3Moments";
-constexpr const char* kFitMessage = "Pondera.JohnsonDist.FitMessage";
-constexpr const char* kFixedEndpointMessage = "Pondera.JohnsonDist.FixedEndpointMessage";
+constexpr const char* kModule = "Pondera.JohnsonDist"; // error labels: kModule + procedure
 } // namespace
 
 // ---------------------------------------------------------------------------
@@ -45,7 +30,7 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
 
 void JohnsonDist::Calculate(double mean, double stDev, double skewness, double kurtosis,
                             const double* xLower, const double* xUpper) {
-    support::Trap(kCalculate, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!xLower && !xUpper) {
             int itype = 0;
             double gamma = 0, delta = 0, xlam = 0, xi = 0;
@@ -113,7 +98,7 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
 
 const char* JohnsonDist::FitMessage(int16_t fault) {
     const char* text = "";
-    support::Trap(kFitMessage, [&] {
+    support::Trap({kModule, __func__}, [&] {
         switch (fault) {
         case 0:
             text = "Success";
@@ -137,7 +122,7 @@ const char* JohnsonDist::FitMessage(int16_t fault) {
 
 const char* JohnsonDist::FixedEndpointMessage(int16_t fault) {
     const char* text = "";
-    support::Trap(kFixedEndpointMessage, [&] {
+    support::Trap({kModule, __func__}, [&] {
         switch (fault) {
         case 0:
             text = "Success";
@@ -167,7 +152,7 @@ const char* JohnsonDist::FixedEndpointMessage(int16_t fault) {
 double JohnsonDist::JohnsontoNormal(double data, double delta, double gamma, double lamda,
                                     double xi, int jDist) {
     double result = 0;
-    support::Trap(kJohnsontoNormal, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (jDist >= kSL && jDist <= kST) {
             result = SNV(data, jDist, gamma, delta, lamda, xi);
         } else if (jDist == kSB3 || jDist == kSB3Mirrored) {
@@ -181,12 +166,12 @@ double JohnsonDist::JohnsontoNormal(double data, double delta, double gamma, dou
 double JohnsonDist::NormaltoJohnson(double data, double delta, double gamma, double lamda,
                                     double xi, int jDist) {
     double result = 0;
-    support::Trap(kNormaltoJohnson, [&] { result = AJV(data, jDist, gamma, delta, lamda, xi); });
+    support::Trap({kModule, __func__}, [&] { result = AJV(data, jDist, gamma, delta, lamda, xi); });
     return result;
 }
 
 void JohnsonDist::CalculateFromData(const std::vector<double>& data, bool fixedEndpoints) {
-    support::Trap(kCalculateFromData, [&] {
+    support::Trap({kModule, __func__}, [&] {
         double ave = 0, sdev = 0, skew = 0, curt = 0;
         bool fault = true;
         MOMENT(data, ave, sdev, skew, curt, fault);
@@ -211,7 +196,7 @@ void JohnsonDist::CalculateFromData(const std::vector<double>& data, bool fixedE
 
 double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double xlam, double xi) {
     double result = 0;
-    support::Trap(kSNV, [&] {
+    support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, gamma, delta, xlam, xi});
         // Outside the support SL and SB give 0 and no fault; callers rely on it.
         const double d = x - xi;
@@ -251,7 +236,7 @@ double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double 
 
 double JohnsonDist::AJV(double z, int itype, double gamma, double delta, double xlam, double xi) {
     double result = 0;
-    support::Trap(kAJV, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (itype < kSL || itype > kNormal) return;
         RequireFinite({z, gamma, delta, xlam, xi});
         const double w = ck((z - gamma) / delta);
@@ -282,7 +267,7 @@ double JohnsonDist::AJV(double z, int itype, double gamma, double delta, double 
 double JohnsonDist::Johnson5ToNormal(double x, double delta, double gamma, double xlam, double xi,
                                      double alpha, bool mirrored, int16_t& fault) {
     double result = 0;
-    support::Trap(kJohnson5ToNormal, [&] {
+    support::Trap({kModule, __func__}, [&] {
         fault = 0;
         RequireFinite({x, delta, gamma, xlam, xi, alpha});
         if (delta != 0 && xlam != 0) {
@@ -299,7 +284,7 @@ double JohnsonDist::Johnson5ToNormal(double x, double delta, double gamma, doubl
 
 double JohnsonDist::PPND(double p, int16_t& ifault) {
     double result = 0;
-    support::Trap(kPPND, [&] {
+    support::Trap({kModule, __func__}, [&] {
         constexpr double split = 0.42;
         constexpr double a0 = 2.50662823884, a1 = -18.61500062529, a2 = 41.39119773534,
                          a3 = -25.44106049637;
@@ -333,7 +318,7 @@ double JohnsonDist::PPND(double p, int16_t& ifault) {
 
 double JohnsonDist::sign(double a, double b) {
     double result = 0;
-    support::Trap(kSign, [&] { result = b >= 0 ? std::fabs(a) : -std::fabs(a); });
+    support::Trap({kModule, __func__}, [&] { result = b >= 0 ? std::fabs(a) : -std::fabs(a); });
     return result;
 }
 
@@ -343,7 +328,7 @@ double JohnsonDist::sign(double a, double b) {
 
 void JohnsonDist::MOMENT(const std::vector<double>& data, double& ave, double& sdev, double& skew,
                          double& curt, bool& fault) {
-    support::Trap(kMOMENT, [&] {
+    support::Trap({kModule, __func__}, [&] {
         fault = true;
         const std::size_t n = data.size();
         if (n < 2) return;
@@ -378,7 +363,7 @@ void JohnsonDist::MOMENT(const std::vector<double>& data, double& ave, double& s
 
 double JohnsonDist::MinofArray(const std::vector<double>& data) {
     double result = 0;
-    support::Trap(kMinofArray, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!data.empty()) result = ck(*std::min_element(data.begin(), data.end()));
     });
     return result;
@@ -386,7 +371,7 @@ double JohnsonDist::MinofArray(const std::vector<double>& data) {
 
 double JohnsonDist::MaxofArray(const std::vector<double>& data) {
     double result = 0;
-    support::Trap(kMaxofArray, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!data.empty()) result = ck(*std::max_element(data.begin(), data.end()));
     });
     return result;
@@ -710,7 +695,7 @@ class Sb3Fit {
 
 void JohnsonDist::SB3Moments(double delta, double gamma, double alpha, double& mean, double& sd,
                              double& skew) {
-    support::Trap(kSB3Moments, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const double p[3] = {delta, gamma, alpha};
         if (!InBounds(p)) return;
         Sb3Shape s;
@@ -724,7 +709,7 @@ void JohnsonDist::SB3Moments(double delta, double gamma, double alpha, double& m
 void JohnsonDist::FitSB3(int nmom, double xLower, double xUpper, double mean, double sd,
                          double skew, double tol, double (&params)[3], bool& reflected,
                          int16_t& fault) {
-    support::Trap(kFitSB3, [&] {
+    support::Trap({kModule, __func__}, [&] {
         fault = 1;
         params[0] = params[1] = params[2] = 0;
         reflected = false;

@@ -19,13 +19,8 @@ using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
 namespace {
-constexpr const char* kJnsn = "Pondera.JohnsonDist.jnsn";
-constexpr const char* kSUFIT = "Pondera.JohnsonDist.SUFIT";
-constexpr const char* kSbfit = "Pondera.JohnsonDist.sbfit";
-constexpr const char* kMOM = "Pondera.JohnsonDist.MOM";
-constexpr const char* kMOMCompensated = "Pondera.JohnsonDist.MOMCompensated";
-constexpr const char* kSbContinue = "Pondera.JohnsonDist.SbContinue";
-constexpr const char* kMOMQuadrature = "Pondera.JohnsonDist.MOMQuadrature";
+
+constexpr const char* kModule = "Pondera.JohnsonDist";
 
 // The program's tolerance for the moment fit (the published value is 0.01).
 constexpr double kTol = 0.0001;
@@ -51,7 +46,7 @@ constexpr long kSufitSettlePasses = 50;
 
 void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& itype, double& gamma,
                        double& delta, double& xlam, double& xi, int16_t& ifault) {
-    support::Trap(kJnsn, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const double tols = kTol; // skewness tests
         const double tolb = kTol; // kurtosis tests
 
@@ -156,7 +151,7 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
 
 void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& gamma, double& delta,
                         double& xlam, double& xi, long* rounds) {
-    support::Trap(kSUFIT, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const double tol = kTol; // published 0.01
         if (rounds) *rounds = 0;
         const double b1 = ck(rb1 * rb1);
@@ -290,7 +285,7 @@ double Miss(const SbShape& s, double rb1, double b2) {
 void JohnsonDist::SbContinue(double rb1, double b2, bool nearLine, double& g, double& d,
                              double& mu1, double& m2, bool& fault) {
     fault = true;
-    support::Trap(kSbContinue, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // Newton on (gamma, delta), or near the lognormal line on (q, delta) with
         // q = exp(-gamma / delta): there gamma runs off to infinity while beta1 and
         // beta2 move nearly in proportion to q (the SB curve is a lognormal one
@@ -355,7 +350,7 @@ void JohnsonDist::SbContinue(double rb1, double b2, bool nearLine, double& g, do
 
 void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, double& gamma,
                         double& delta, double& xlam, double& xi, bool fault, SbfitTrace* trace) {
-    support::Trap(kSbfit, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // Starting-value constants A1..A22 of AS 99, with 0.485 (A6) and 1.7973 (A17).
         constexpr double a1 = 0.0124, a2 = 0.0623, a3 = 0.4043, a4 = 0.408, a5 = 0.479, a6 = 0.485,
                          a7 = 0.5291, a8 = 0.5955, a9 = 0.626, a10 = 0.64, a11 = 0.7077,
@@ -674,12 +669,12 @@ void JohnsonDist::MOM(double g, double d, double (&a)[6], bool& fault, int* pass
     // Set until the moments are in: a run-time error cut short must not pass for
     // a result.
     fault = true;
-    support::Trap(kMOM, [&] { fault = !GoodwinSeries<PlainSum>(g, d, a, passes); });
+    support::Trap({kModule, __func__}, [&] { fault = !GoodwinSeries<PlainSum>(g, d, a, passes); });
 }
 
 void JohnsonDist::MOMCompensated(double g, double d, double (&a)[6], bool& fault) {
     fault = true;
-    support::Trap(kMOMCompensated,
+    support::Trap({kModule, __func__},
                   [&] { fault = !GoodwinSeries<CompensatedSum>(g, d, a, nullptr); });
 }
 
@@ -737,7 +732,7 @@ void Kronrod(double g, double d, Panel& p) {
 
 void JohnsonDist::MOMQuadrature(double g, double d, double (&a)[6], bool& fault) {
     fault = true;
-    support::Trap(kMOMQuadrature, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!(d > 0) || !std::isfinite(g) || !std::isfinite(d)) return;
         // Any delta > 0: Goodwin's series needs more than its 500 terms below
         // delta = 0.09, and a fixed Gauss-Hermite rule is off by up to 47 % at

@@ -19,10 +19,9 @@
 
 namespace m_Capability {
 
-namespace {
+constexpr const char* kModule = "Pondera.m_Capability";
 
-constexpr const char* kPercentilePoints = "Pondera.m_Capability.PercentilePoints";
-constexpr const char* kIndices = "Pondera.m_Capability.Indices";
+namespace {
 
 using namespace m_Distributions;
 
@@ -97,7 +96,7 @@ std::optional<double> Quantile(int code, double p1, double p2, double p3, double
 
 std::optional<Percentiles> PercentilePoints(int code, double p1, double p2, double p3, double p4) {
     std::optional<Percentiles> result;
-    support::Trap(kPercentilePoints, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const double tail = 0.5 * std::erfc(3 / std::sqrt(2.0)); // P(Z < -3)
         const Point points[3] = {{-3, tail, 1 - tail}, {0, 0.5, 0.5}, {3, 1 - tail, tail}};
         double x[3];
@@ -118,7 +117,7 @@ std::optional<Percentiles> PercentilePoints(int code, double p1, double p2, doub
 Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<double> usl,
                 double pncTotal) {
     Figures f;
-    support::Trap(kIndices, [&] {
+    support::Trap({kModule, __func__}, [&] {
         auto quotient = [](double above, double below) -> std::optional<double> {
             const double r = above / below;
             if (below > 0 && std::isfinite(r)) return r;

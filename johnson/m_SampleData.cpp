@@ -15,11 +15,9 @@
 
 namespace m_SampleData {
 
-namespace {
+constexpr const char* kModule = "Pondera.m_SampleData";
 
-constexpr const char* kParse = "Pondera.m_SampleData.Parse";
-constexpr const char* kReadFile = "Pondera.m_SampleData.ReadFile";
-constexpr const char* kDescribe = "Pondera.m_SampleData.Describe";
+namespace {
 
 constexpr std::string_view kSeparators = " \t;\r\v\f";
 constexpr std::size_t kQuoteLimit = 80; // a pasted megabyte must not come back whole
@@ -42,7 +40,7 @@ std::string NotANumber(int line, std::string_view token) {
 
 Parsed Parse(std::string_view text, char decimal) {
     Parsed out;
-    support::Trap(kParse, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3); // a byte-order mark
         bool headerAllowed = true;
         int line = 0;
@@ -76,7 +74,7 @@ Parsed Parse(std::string_view text, char decimal) {
 
 Parsed ReadFile(const std::string& path, char decimal) {
     Parsed out;
-    support::Trap(kReadFile, [&] {
+    support::Trap({kModule, __func__}, [&] {
         std::string text;
         if (path == "-") {
             text.assign(std::istreambuf_iterator<char>(std::cin), {});
@@ -98,7 +96,7 @@ Parsed ReadFile(const std::string& path, char decimal) {
 
 std::string Describe(const std::vector<double>& values, Summary& out) {
     std::string problem = "The moments of these values cannot be computed.";
-    support::Trap(kDescribe, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const std::size_t n = values.size();
         if (n < kMinValues) {
             problem = "At least " + std::to_string(kMinValues) + " values are needed; found " +

@@ -1,9 +1,13 @@
-// Rotated text; the clipboard copy is read back by another program in tests/app/plot.
+// Rotated text and the clipboard copy.
 #include "ui/draw/PictureBox.h"
+#include "ui/draw/m_PictureBoxCopy.h"
 #include "ui/draw/m_TextRotate.h"
 
 #include "tests/helpers/TestSupport.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <gtest/gtest.h>
 
 namespace {
@@ -29,5 +33,23 @@ TEST_F(DrawModulesTest, AngleNineHundredReadsUpwardFromThePoint) {
         EXPECT_GE(ink.left(), 9 * ratio);         // the cell's top is toward the left
         EXPECT_LE(ink.right(), (10 + 13) * ratio);
     }
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(DrawModulesTest, CopyPutsTheDevicePictureOnTheClipboardAsPngFirst) {
+    PictureBox box;
+    box.SetPictureSize(50, 30);
+    box.SetPixelRatio(2);
+    box.Cls();
+    box.Box(5, 5, 20, 20, 0x0000FF, true);
+    m_PictureBoxCopy::CopyEntirePicture(box);
+    box.Cls(); // the clipboard keeps its own copy
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(data);
+    EXPECT_EQ(data->formats().value(0), "image/png");
+    const QImage copied = QGuiApplication::clipboard()->image();
+    ASSERT_EQ(copied.size(), QSize(100, 60));
+    EXPECT_EQ(QColor(copied.pixel(20, 20)), QColor(255, 0, 0));
+    EXPECT_EQ(QColor(copied.pixel(60, 20)), QColor(255, 255, 255));
     EXPECT_TRUE(ErrorLabels().empty());
 }

@@ -24,8 +24,7 @@ bool AppRangeMode = false;
 
 namespace {
 
-constexpr const char* kLabelLoad = "Pondera.DisplayOptions.Load";
-constexpr const char* kLabelPattern = "Pondera.DisplayOptions.Pattern";
+constexpr const char* kModule = "Pondera.DisplayOptions";
 
 constexpr uint32_t kLargestColor = 0xFFFFFF;
 
@@ -81,7 +80,7 @@ void SetDefaults() {
 }
 
 void Load() {
-    support::Trap(kLabelLoad, [&] {
+    support::Trap({kModule, __func__}, [&] {
         ReadWhole(kAppBackColor, AppBackColor, 0, kLargestColor);
         ReadWhole(kAppInSpecColor, AppInSpecColor, 0, kLargestColor);
         ReadWhole(kAppOutSpecColor, AppOutSpecColor, 0, kLargestColor);
@@ -107,7 +106,7 @@ void LoadDecPlaces() {
 
 std::string Pattern() {
     std::string pattern;
-    support::Trap(kLabelPattern, [&] {
+    support::Trap({kModule, __func__}, [&] {
         pattern = m_Interface::FormatDec(AppDecPlaces) + (AppDisplay ? "E+00" : "");
     });
     return pattern;

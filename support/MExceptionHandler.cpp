@@ -20,6 +20,8 @@ namespace MExceptionHandler {
 
 namespace {
 
+constexpr const char* kModule = "Pondera.MExceptionHandler";
+
 struct NameRow {
     uint32_t Code;
     const char* Short;
@@ -124,7 +126,8 @@ bool InOwnCode(const void* context) {
 }
 
 [[noreturn]] void Fatal(const EXCEPTION_RECORD& record) {
-    support::ErrorReporter::Instance().AppendLog("Pondera.MExceptionHandler.ExceptionFilter",
+    // Reached from the filter's signal handler: logged under the filter's name.
+    support::ErrorReporter::Instance().AppendLog(support::Label(kModule, "ExceptionFilter").Text(),
                                                  support::kErrException, kSource,
                                                  ShortName(record.ExceptionCode));
     _exit(3);
@@ -200,7 +203,7 @@ void RaiseException(uint32_t code, uint32_t flags, uint32_t numberOfArguments,
     for (uint32_t i = 0; i < record.NumberParameters && arguments; ++i)
         record.ExceptionInformation[i] = arguments[i];
     if (installed) ExceptionFilter(record);
-    support::ErrorReporter::Instance().AppendLog("Pondera.MExceptionHandler.RaiseException",
+    support::ErrorReporter::Instance().AppendLog(support::Label(kModule, __func__).Text(),
                                                  support::kErrException, kSource, ShortName(code));
 }
 

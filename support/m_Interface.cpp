@@ -10,15 +10,11 @@
 namespace m_Interface {
 
 namespace {
-constexpr const char* kSetupErrorHandling = "Pondera.m_Interface.SetupErrorHandling";
-constexpr const char* kFormatDec = "Pondera.m_Interface.FormatDec";
-constexpr const char* kMax = "Pondera.m_Interface.Max";
-constexpr const char* kMin = "Pondera.m_Interface.Min";
-constexpr const char* kPi = "Pondera.m_Interface.Pi";
+constexpr const char* kModule = "Pondera.m_Interface";
 } // namespace
 
 void SetupErrorHandling() {
-    support::Trap(kSetupErrorHandling, [&] {
+    support::Trap({kModule, __func__}, [&] {
         support::ErrorReporter::Instance().SetApplication(
             support::kAppTitle, support::ErrorReporter::ProgramFolder(), support::kVersion);
     });
@@ -44,7 +40,7 @@ void HandleErrors(const std::string& label) noexcept {
 
 std::string FormatDec(int16_t places) {
     std::string result;
-    support::Trap(kFormatDec, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (places < 0 || places > 6) return;
         result = "0";
         if (places > 0) result += "." + std::string(places, '0');
@@ -54,19 +50,19 @@ std::string FormatDec(int16_t places) {
 
 double Max(double a, double b) {
     double result = 0;
-    support::Trap(kMax, [&] { result = a >= b ? a : b; });
+    support::Trap({kModule, __func__}, [&] { result = a >= b ? a : b; });
     return result;
 }
 
 double Min(double a, double b) {
     double result = 0;
-    support::Trap(kMin, [&] { result = a <= b ? a : b; });
+    support::Trap({kModule, __func__}, [&] { result = a <= b ? a : b; });
     return result;
 }
 
 double Pi() {
     double result = 0;
-    support::Trap(kPi, [&] { result = support::ck(4 * std::atan(1.0)); });
+    support::Trap({kModule, __func__}, [&] { result = support::ck(4 * std::atan(1.0)); });
     return result;
 }
 

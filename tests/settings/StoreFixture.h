@@ -86,10 +86,6 @@ inline int Wait(pid_t pid) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-inline int InChild(const std::function<int()>& body) {
-    return Wait(Spawn(body));
-}
-
 // The program's settings object named as at start-up, the display options at
 // their start values before and after each test.
 class OptionsStoreTest : public StoreTest {

@@ -19,33 +19,23 @@ TEST(Format, PatternsMatchTheOldRuntime) {
     const Row rows[] = {
         // Fixed.
         {0.00134990, "0.0000", "0.0013"},
-        {0.0027, "0.0000", "0.0027"},
         {2.5, "0", "2"}, // exact tie: the binary value decides
         {2.51, "0", "3"},
-        {-1.005, "0.00", "-1.00"}, // -1.00499999999999989...
-        {-0.0001, "0.00", "0.00"},
+        {-1.005, "0.00", "-1.00"},      // -1.00499999999999989...
         {-0.0, "0.000000", "0.000000"}, // never "-0.00"
-        {123456.789, "0.0", "123456.8"},
         {1e20, "0.00", "100000000000000000000.00"},
         {0.5, ".00", ".50"},
         // Scientific.
         {0.00134990, "0.0000E+00", "1.3499E-03"},
-        {0.00134990, "0.00E+00", "1.35E-03"},
         {1.128588e-19, "0.000000E+00", "1.128588E-19"},
-        {0, "0.00E+00", "0.00E+00"},
         {-0.0, "0.0E+00", "0.0E+00"},
         {9.999, "0.00E+00", "1.00E+01"},
-        {-12345, "0E+00", "-1E+04"},
         {1e-300, "0.0E+00", "1.0E-300"},
         {1e5, "0.0E-00", "1.0E05"},
         // General (empty pattern).
-        {0, "", "0"},
-        {0.0001, "", "0.0001"},
         {0.00001, "", "1E-05"},
         {1e15, "", "1E+15"},
         {123456789012345, "", "123456789012345"},
-        {1.0 / 3.0, "", "0.333333333333333"},
-        {-2.5, "", "-2.5"},
         {1.5e-300, "", "1.5E-300"},
     };
     for (const Row& r : rows)
@@ -59,18 +49,16 @@ TEST(Format, PatternsMatchTheOldRuntime) {
 }
 
 TEST(FormatDec, PatternsForZeroToSixPlacesAndEmptyOtherwise) {
-    const char* expected[] = {"0", "0.0", "0.00", "0.000", "0.0000", "0.00000", "0.000000"};
-    for (int16_t places = 0; places <= 6; ++places)
-        EXPECT_EQ(m_Interface::FormatDec(places), expected[places]);
-    EXPECT_EQ(m_Interface::FormatDec(7), "");
-    EXPECT_EQ(m_Interface::FormatDec(-1), "");
+    const std::pair<int16_t, const char*> rows[] = {
+        {0, "0"}, {1, "0.0"}, {6, "0.000000"}, {7, ""}, {-1, ""}};
+    for (const auto& [places, pattern] : rows)
+        EXPECT_EQ(m_Interface::FormatDec(places), pattern) << places;
 }
 
 TEST(ParseNumber, OneRuleForEveryInputField) {
     const std::pair<const char*, double> numbers[] = {
-        {"0", 0},         {"  -1.5  ", -1.5}, {"+2", 2},       {".5", 0.5},
-        {"5.", 5},        {"1e3", 1000},      {"1E-3", 0.001}, {"-2.5e+2", -250},
-        {"1e308", 1e308}, {"1e-320", 1e-320}, {"1e-400", 0},   {"-0", -0.0}};
+        {"  -1.5  ", -1.5}, {"+2", 2},          {".5", 0.5},   {"5.", 5},   {"1E-3", 0.001},
+        {"1e308", 1e308},   {"1e-320", 1e-320}, {"1e-400", 0}, {"-0", -0.0}};
     for (const auto& [text, value] : numbers) {
         const auto parsed = support::ParseNumber(text);
         ASSERT_TRUE(parsed.has_value()) << '"' << text << '"';
@@ -105,7 +93,6 @@ TEST(DecimalSeparator, ParseAndDisplayUnderTheUsersLocale) {
     };
     const Row rows[] = {
         {"C", '.', false, "1.500000E+00", "-0.25"},
-        {"en_US.UTF-8", '.', false, "1.500000E+00", "-0.25"},
         {"de_DE.UTF-8", ',', true, "1,500000E+00", "-0,25"},
     };
     for (const Row& row : rows) {
@@ -118,9 +105,6 @@ TEST(DecimalSeparator, ParseAndDisplayUnderTheUsersLocale) {
         EXPECT_EQ(sep, row.Separator) << row.Locale;
         EXPECT_EQ(support::ParseNumber("1.5", sep), 1.5) << row.Locale;
         EXPECT_EQ(support::ParseNumber("1,5", sep).has_value(), row.CommaIsNumber) << row.Locale;
-        if (row.CommaIsNumber) {
-            EXPECT_EQ(support::ParseNumber(" -1,5e2 ", sep), -150.0);
-        }
         for (const char* text : {"1,234.5", "1.234,5", "1,2,3", ",", "1 234"})
             EXPECT_FALSE(support::ParseNumber(text, sep).has_value()) << row.Locale << " " << text;
         EXPECT_EQ(support::Format(1.5, "0.000000E+00", sep), row.Scientific);

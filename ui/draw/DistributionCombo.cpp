@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr const char* kDistributionIcon = "Pondera.DistributionCombo.DistributionIcon";
+constexpr const char* kModule = "Pondera.DistributionCombo";
 constexpr int kSamples = 64;
 
 // A typical member of each family and a range that shows its shape. Johnson
@@ -143,7 +143,7 @@ QIcon DistributionCombo::DistributionIcon(const QString& name, QSize size) {
     if (auto it = cache.constFind(key); it != cache.constEnd()) return *it;
     QIcon icon;
     if (const Sketch* sketch = FindSketch(name)) {
-        support::Trap(kDistributionIcon, [&] {
+        support::Trap({kModule, __func__}, [&] {
             icon = QIcon(QPixmap::fromImage(DrawSketch(SampleSketch(*sketch), size)));
         });
     }

@@ -10,9 +10,7 @@
 namespace m_AntiAlias {
 
 namespace {
-constexpr const char* kIntPart = "Pondera.m_AntiAlias.IntPart";
-constexpr const char* kAADot = "Pondera.m_AntiAlias.AADot";
-constexpr const char* kAALine = "Pondera.m_AntiAlias.AALine";
+constexpr const char* kModule = "Pondera.m_AntiAlias";
 
 // Beyond this a position cannot be a pixel of any surface and the whole-number
 // conversion of the old runtime overflowed.
@@ -88,12 +86,12 @@ void Dot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, int gre
 
 long long IntPart(double x) {
     long long result = 0;
-    support::Trap(kIntPart, [&] { result = Floor(x); });
+    support::Trap({kModule, __func__}, [&] { result = Floor(x); });
     return result;
 }
 
 void AADot(double x, double y, int red, int green, int blue) {
-    support::Trap(kAADot, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!m_GetDIBBits::IsOpen()) return;
         Dot(m_GetDIBBits::Current(), x, y, red, green, blue);
     });
@@ -103,7 +101,7 @@ void AADot(double x, double y, int red, int green, int blue) {
 // colour is shared between the two pixels that straddle the line.
 // At a ratio above 1 the line is one device pixel wide, at device resolution.
 void AALine(double x1, double y1, double x2, double y2, int red, int green, int blue) {
-    support::Trap(kAALine, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!m_GetDIBBits::IsOpen()) return;
         m_GetDIBBits::PixelBuffer& buffer = m_GetDIBBits::Current();
         if (buffer.Ratio != 1) {

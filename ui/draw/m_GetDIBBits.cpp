@@ -12,10 +12,7 @@ namespace m_GetDIBBits {
 
 namespace {
 
-constexpr const char* kInitSetDIBPixel = "Pondera.m_GetDIBBits.InitSetDIBPixel";
-constexpr const char* kSetDIBPixel = "Pondera.m_GetDIBBits.SetDIBPixel";
-constexpr const char* kBlendDIBPixel = "Pondera.m_GetDIBBits.BlendDIBPixel";
-constexpr const char* kFinishSetDIBPixel = "Pondera.m_GetDIBBits.FinishSetDIBPixel";
+constexpr const char* kModule = "Pondera.m_GetDIBBits";
 
 struct Access {
     PixelBuffer View;              // over a surface's picture
@@ -165,7 +162,7 @@ uint32_t PixelBuffer::Get(int x, int y) const {
 
 bool InitSetDIBPixel(QImage& image) {
     bool opened = false;
-    support::Trap(kInitSetDIBPixel, [&] {
+    support::Trap({kModule, __func__}, [&] {
         Close();
         opened = OpenOn(image);
     });
@@ -178,7 +175,7 @@ bool InitSetDIBPixel(PictureBox& surface) {
 
 bool InitSetDIBPixel(PixelBuffer& buffer) {
     bool opened = false;
-    support::Trap(kInitSetDIBPixel, [&] {
+    support::Trap({kModule, __func__}, [&] {
         Close();
         if (!buffer.Bits) return;
         State().Target = &buffer;
@@ -188,31 +185,31 @@ bool InitSetDIBPixel(PixelBuffer& buffer) {
 }
 
 void SetDIBPixel(int x, int y, int red, int green, int blue) {
-    support::Trap(kSetDIBPixel, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (PixelBuffer* target = State().Target) target->Set(x, y, red, green, blue);
     });
 }
 
 void BlendDIBPixel(int x, int y, int red, int green, int blue, double weight) {
-    support::Trap(kBlendDIBPixel, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (PixelBuffer* target = State().Target) target->Blend(x, y, red, green, blue, weight);
     });
 }
 
 // The pixels were written in place, so writing back is showing the surface.
 void FinishSetDIBPixel(PictureBox& surface) {
-    support::Trap(kFinishSetDIBPixel, [&] {
+    support::Trap({kModule, __func__}, [&] {
         Close();
         surface.Refresh();
     });
 }
 
 void FinishSetDIBPixel(QImage&) {
-    support::Trap(kFinishSetDIBPixel, [&] { Close(); });
+    support::Trap({kModule, __func__}, [&] { Close(); });
 }
 
 void FinishSetDIBPixel(PixelBuffer&) {
-    support::Trap(kFinishSetDIBPixel, [&] { Close(); });
+    support::Trap({kModule, __func__}, [&] { Close(); });
 }
 
 bool IsOpen() {

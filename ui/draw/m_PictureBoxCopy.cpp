@@ -12,11 +12,11 @@
 namespace m_PictureBoxCopy {
 
 namespace {
-constexpr const char* kCopyEntirePicture = "Pondera.m_PictureBoxCopy.CopyEntirePicture";
+constexpr const char* kModule = "Pondera.m_PictureBoxCopy";
 }
 
 void CopyEntirePicture(PictureBox& surface) {
-    support::Trap(kCopyEntirePicture, [&] {
+    support::Trap({kModule, __func__}, [&] {
         QClipboard* clipboard = QGuiApplication::clipboard();
         if (!clipboard) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
         // A copy of its own: the clipboard keeps it after the surface redraws.

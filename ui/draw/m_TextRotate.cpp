@@ -15,7 +15,7 @@ namespace m_TextRotate {
 
 namespace {
 
-constexpr const char* kPrintRotatedText = "Pondera.m_TextRotate.PrintRotatedText";
+constexpr const char* kModule = "Pondera.m_TextRotate";
 
 // The size is the character cell's height, as the old font request had it,
 // so the face is scaled until ascent + descent match it.
@@ -50,7 +50,7 @@ void Print(QPainter& p, QPaintDevice* device, const QString& text, double x, dou
 
 void PrintRotatedText(PictureBox& surface, const QString& text, double x, double y, int angle,
                       const QString& fontName, int size, bool bold, bool italic) {
-    support::Trap(kPrintRotatedText, [&] {
+    support::Trap({kModule, __func__}, [&] {
         QPainter& p = surface.Painter();
         const QColor pen = look::ToQColor(surface.ForeColor());
         p.setPen(pen);
@@ -61,7 +61,7 @@ void PrintRotatedText(PictureBox& surface, const QString& text, double x, double
 
 void PrintRotatedText(QImage& image, const QString& text, double x, double y, int angle,
                       const QString& fontName, int size, bool bold, bool italic) {
-    support::Trap(kPrintRotatedText, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (image.isNull()) return;
         QPainter p(&image);
         p.setPen(Qt::black);

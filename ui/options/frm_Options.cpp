@@ -31,18 +31,8 @@ using namespace DisplayOptions;
 
 namespace {
 
-constexpr const char* kLabelFormLoad = "Pondera.frm_Options.Form_Load";
-constexpr const char* kLabelApply = "Pondera.frm_Options.but_Apply_Click";
-constexpr const char* kLabelCancel = "Pondera.frm_Options.but_Cancel_Click";
-constexpr const char* kLabelNumStDev = "Pondera.frm_Options.tb_NumStDev_LostFocus";
-constexpr const char* kLabelXMin = "Pondera.frm_Options.tb_XMin_LostFocus";
-constexpr const char* kLabelXMax = "Pondera.frm_Options.tb_XMax_LostFocus";
-constexpr const char* kLabelXTicks = "Pondera.frm_Options.tb_XTicks_LostFocus";
-constexpr const char* kLabelYTicks = "Pondera.frm_Options.tb_YTicks_LostFocus";
-constexpr const char* kLabelXTicksSpin = "Pondera.frm_Options.sb_XTicks_Change";
-constexpr const char* kLabelYTicksSpin = "Pondera.frm_Options.sb_YTicks_Change";
-constexpr const char* kLabelStDev = "Pondera.frm_Options.ob_StDev_Click";
-constexpr const char* kLabelEndpoints = "Pondera.frm_Options.ob_Endpoints_Click";
+constexpr const char* kModule = "Pondera.frm_Options";
+// Queued from the event filter, so the handler is named for the form.
 constexpr const char* kLabelFocus = "Pondera.frm_Options.Form_LostFocus";
 
 constexpr int kFieldWidth = 96;
@@ -233,7 +223,7 @@ void frm_Options::ConnectEvents() {
 }
 
 void frm_Options::Form_Load() {
-    support::Trap(kLabelFormLoad, [&] {
+    support::Trap({kModule, __func__}, [&] {
         dd_Decimal->clear();
         for (int places = 0; places <= kMaxDecPlaces; ++places)
             dd_Decimal->addItem(QString::number(places));
@@ -265,7 +255,7 @@ void frm_Options::Form_Load() {
 }
 
 void frm_Options::but_Apply_Click() {
-    support::Trap(kLabelApply, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // Every field Apply reads must pass its check first: nothing is stored
         // from a form that holds a bad entry.
         if (!RunPendingCheck()) return;
@@ -334,7 +324,7 @@ void frm_Options::but_Apply_Click() {
 }
 
 void frm_Options::but_Cancel_Click() {
-    support::Trap(kLabelCancel, [&] {
+    support::Trap({kModule, __func__}, [&] {
         pendingCheck_ = nullptr;
         Restore(shown_);
         QDialog::reject();
@@ -348,7 +338,7 @@ void frm_Options::reject() {
 
 bool frm_Options::tb_NumStDev_LostFocus() {
     bool ok = true;
-    support::Trap(kLabelNumStDev, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!NumStDevFrom(Text(tb_NumStDev))) ok = ShowFailure(tb_NumStDev, kMsgNumStDev);
     });
     return ok;
@@ -356,7 +346,7 @@ bool frm_Options::tb_NumStDev_LostFocus() {
 
 bool frm_Options::tb_XMin_LostFocus() {
     bool ok = true;
-    support::Trap(kLabelXMin, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!RangeEndFrom(Text(tb_XMin))) ok = ShowFailure(tb_XMin, kMsgXMin);
     });
     return ok;
@@ -364,7 +354,7 @@ bool frm_Options::tb_XMin_LostFocus() {
 
 bool frm_Options::tb_XMax_LostFocus() {
     bool ok = true;
-    support::Trap(kLabelXMax, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!RangeEndFrom(Text(tb_XMax))) ok = ShowFailure(tb_XMax, kMsgXMax);
     });
     return ok;
@@ -372,7 +362,7 @@ bool frm_Options::tb_XMax_LostFocus() {
 
 bool frm_Options::tb_XTicks_LostFocus() {
     bool ok = true;
-    support::Trap(kLabelXTicks, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!TicksFrom(Text(tb_XTicks))) ok = ShowFailure(tb_XTicks, kMsgTicks);
     });
     return ok;
@@ -380,7 +370,7 @@ bool frm_Options::tb_XTicks_LostFocus() {
 
 bool frm_Options::tb_YTicks_LostFocus() {
     bool ok = true;
-    support::Trap(kLabelYTicks, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // The message names X ticks here too: the program's own wording.
         if (!TicksFrom(Text(tb_YTicks))) ok = ShowFailure(tb_YTicks, kMsgTicks);
     });
@@ -388,21 +378,21 @@ bool frm_Options::tb_YTicks_LostFocus() {
 }
 
 void frm_Options::sb_XTicks_Change() {
-    support::Trap(kLabelXTicksSpin,
+    support::Trap({kModule, __func__},
                   [&] { tb_XTicks->setText(QString::number(sb_XTicks->Value())); });
 }
 
 void frm_Options::sb_YTicks_Change() {
-    support::Trap(kLabelYTicksSpin,
+    support::Trap({kModule, __func__},
                   [&] { tb_YTicks->setText(QString::number(sb_YTicks->Value())); });
 }
 
 void frm_Options::ob_StDev_Click() {
-    support::Trap(kLabelStDev, [&] { EnableRangeFields(); });
+    support::Trap({kModule, __func__}, [&] { EnableRangeFields(); });
 }
 
 void frm_Options::ob_Endpoints_Click() {
-    support::Trap(kLabelEndpoints, [&] { EnableRangeFields(); });
+    support::Trap({kModule, __func__}, [&] { EnableRangeFields(); });
 }
 
 bool frm_Options::eventFilter(QObject* watched, QEvent* event) {

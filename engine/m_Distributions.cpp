@@ -22,11 +22,7 @@ namespace m_Distributions {
 namespace {
 constexpr const char* kModule = "Pondera.m_Distributions";
 
-using m_NumRecipes::kernel::AsinhRatio;
-using m_NumRecipes::kernel::DivZ;
-using m_NumRecipes::kernel::LinearZ;
-using m_NumRecipes::kernel::LogRatio;
-using m_NumRecipes::kernel::PhiScaled;
+using Family = DistCalculator::Family;
 using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
@@ -396,22 +392,21 @@ double Normal_PDF(double x, double mean, double sd) {
         RequireFinite({x, mean, sd});
         if (sd == 0) support::Raise(support::kErrDivByZero, support::kAppTitle, "");
         if (sd < 0) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
-        result = ck(PhiScaled(DivZ(x - mean, sd), {}, {sd}));
+        result = ck(DistCalculator::FamilyDensity(Family::Normal, {mean, sd, 0, 0}, x));
     });
     return result;
 }
 
 // The Johnson densities return 0 outside their support without an error. A
-// delta or lamda that is not positive counts as outside: the formula would give
-// a negative density there.
+// delta or lamda that is not positive counts as outside (the formula would give
+// a negative density there), except the SL's negative lamda, which mirrors the
+// curve about xi as a negative-skew fit gives it (lamda = -1).
 double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double xi) {
     double result = 0;
     support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, delta, gamma, lamda, xi});
         if (!(delta > 0 && lamda > 0)) return;
-        const double d = x - xi, v = lamda - d; // y = d / lamda, 1 - y = v / lamda
-        if (!(d > 0 && v > 0)) return;
-        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v}, true));
+        result = ck(DistCalculator::FamilyDensity(Family::JohnsonSB, {delta, gamma, lamda, xi}, x));
     });
     return result;
 }
@@ -420,12 +415,9 @@ double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double 
     double result = 0;
     support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, delta, gamma, lamda, xi});
-        // lamda = -1 is the mirrored lognormal of a negative-skew fit: support
-        // x < xi, the same formula in u = (x - xi) / lamda > 0 with the factor |lamda|.
-        if (!(delta > 0 && (lamda > 0 ? x > xi : lamda == -1 && x < xi))) return;
-        const double d = std::fabs(x - xi), scale = std::fabs(lamda);
-        // The scale stays inside the logarithm: ln(d / |lamda|).
-        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, scale)), {delta}, {d}, true));
+        // The scale stays inside the logarithm: ln((x - xi) / lamda).
+        if (!(delta > 0 && lamda != 0)) return;
+        result = ck(DistCalculator::FamilyDensity(Family::JohnsonSL, {delta, gamma, lamda, xi}, x));
     });
     return result;
 }
@@ -435,9 +427,7 @@ double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double 
     support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, delta, gamma, lamda, xi});
         if (!(delta > 0 && lamda > 0)) return;
-        const double d = x - xi;
-        result = ck(PhiScaled(LinearZ(gamma, delta, AsinhRatio(d, lamda)), {delta},
-                              {std::hypot(d, lamda)}));
+        result = ck(DistCalculator::FamilyDensity(Family::JohnsonSU, {delta, gamma, lamda, xi}, x));
     });
     return result;
 }

@@ -131,6 +131,25 @@ const CatalogueEntry* FindDistribution(const std::string& name) {
     return nullptr;
 }
 
+namespace {
+const FittedCurve kFits[] = {{"SB", "Johnson SB", kJohnsonSB, JohnsonSB_PDF},
+                             {"SL", "Johnson SL", kJohnsonSL, JohnsonSL_PDF},
+                             {"SU", "Johnson SU", kJohnsonSU, JohnsonSU_PDF},
+                             {"Normal", "Normal", 0, nullptr}};
+} // namespace
+
+const FittedCurve* FindFit(const std::string& type) {
+    for (const FittedCurve& f : kFits)
+        if (type == f.Type) return &f;
+    return nullptr;
+}
+
+JohnsonPdf JohnsonDensityOf(const std::string& name) {
+    for (const FittedCurve& f : kFits)
+        if (name == f.ListItem) return f.Density;
+    return nullptr;
+}
+
 const std::vector<std::string>& ClassicalListOrder() {
     // Not the start-up order, on purpose.
     static const std::vector<std::string> names = {"Normal",  "Exponential", "LogNormal",

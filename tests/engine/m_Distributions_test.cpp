@@ -71,7 +71,9 @@ TEST_F(DistributionsTest, ChecksPassOrShowTheirExactMessage) {
         const bool ok3 = ok2 && CheckParam3(r.Name, r.P1, r.P2, r.P3);
         EXPECT_EQ(!ok1 ? 1 : !ok2 ? 2 : !ok3 ? 3 : 0, r.FailingCheck);
         ASSERT_EQ(Rec().Messages.size(), r.Message ? 1u : 0u);
-        if (r.Message) EXPECT_EQ(Rec().Messages[0].Text, r.Message);
+        if (r.Message) {
+            EXPECT_EQ(Rec().Messages[0].Text, r.Message);
+        }
     }
     // Oddly worded messages are kept; each is reached when its check is called on its own.
     Rec().Clear();

@@ -30,11 +30,9 @@ double Or(const std::optional<double>& v) {
 // The distribution code the PNC calculator takes for a fitted curve, as the
 // window passes it: a normal fit goes to the Johnson normal form (code 0).
 std::optional<int> CodeOfFit(const std::string& type) {
-    if (type == "SB") return m_Distributions::kJohnsonSB;
-    if (type == "SU") return m_Distributions::kJohnsonSU;
-    if (type == "SL") return m_Distributions::kJohnsonSL;
-    if (type == "Normal") return 0;
-    return std::nullopt; // no curve to draw (an error, or the two-point ST limit)
+    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(type);
+    if (!f) return std::nullopt; // no curve to draw (an error, or the two-point ST limit)
+    return f->PncCode;
 }
 
 std::string Capability(const std::optional<m_Capability::Percentiles>& x, std::optional<double> lsl,

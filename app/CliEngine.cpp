@@ -180,9 +180,7 @@ int RunPdf(Request& r) {
                 for (int i = 1; i <= n && i < static_cast<int>(values.size()); ++i)
                     density[static_cast<size_t>(i - 1)] = values[static_cast<size_t>(i)];
             } else {
-                auto pdf = r.Dist == "Johnson SB"   ? JohnsonSB_PDF
-                           : r.Dist == "Johnson SL" ? JohnsonSL_PDF
-                                                    : JohnsonSU_PDF;
+                const JohnsonPdf pdf = JohnsonDensityOf(r.Dist);
                 for (size_t i = 0; i < x.size(); ++i)
                     density[i] = pdf(x[i], d, g, l, xi);
             }

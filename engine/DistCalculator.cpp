@@ -296,11 +296,11 @@ void DistCalculator::FillGrid(double low, double high, int n) {
         if (!Moderate(delta) || !Moderate(std::fabs(lamda)) || !(std::fabs(gamma) < 1e100) ||
             !(std::fabs(xi) < 1e300))
             return fill(none);
-        const double c = kInvSqrt2Pi * delta * std::fabs(lamda);
+        const double c = kInvSqrt2Pi * delta, inv = 1 / lamda;
         return fill([&](double x, double& v) {
-            const double d = x - xi, w = lamda * d;
+            const double d = x - xi, w = d * inv;
             if (!ModerateWide(w) || !Moderate(std::fabs(d))) return false;
-            const double z = lamda * (delta * std::log(w) + gamma);
+            const double z = gamma + delta * std::log(w);
             if (!(std::fabs(z) < kQuickZ)) return false;
             v = c * std::exp(-0.5 * z * z) / std::fabs(d);
             return true;
@@ -340,9 +340,13 @@ double DistCalculator::Density(double x) const {
 }
 
 double DistCalculator::DensityAt(double x) const {
+    return FamilyDensity(family_, p_, x);
+}
+
+double DistCalculator::FamilyDensity(Family family, const double (&p)[4], double x) {
     if (std::isinf(x)) return 0;
-    const double p1 = p_[0], p2 = p_[1], p3 = p_[2], p4 = p_[3];
-    switch (family_) {
+    const double p1 = p[0], p2 = p[1], p3 = p[2], p4 = p[3];
+    switch (family) {
     case Family::Normal:
         return PhiScaled(DivZ(Gap(x, p1), p2), {}, {p2});
     case Family::Lognormal: {
@@ -401,9 +405,9 @@ double DistCalculator::DensityAt(double x) const {
     case Family::JohnsonSL: {
         const double delta = p1, gamma = p2, lamda = p3, d = Gap(x, p4);
         if (!((lamda > 0 && d > 0) || (lamda < 0 && d < 0))) return 0;
-        const double al = std::fabs(lamda), ad = std::fabs(d);
-        const double z = MulZ(lamda, LinearZ(gamma, delta, LogProduct(al, ad)));
-        return PhiScaled(z, {delta, al}, {ad}, true);
+        const double ad = std::fabs(d);
+        return PhiScaled(LinearZ(gamma, delta, LogRatio(ad, std::fabs(lamda))), {delta}, {ad},
+                         true);
     }
     case Family::JohnsonNormal:
         return PhiScaled(LinearZ(p2, p1, x), {p1}, {});
@@ -478,8 +482,8 @@ double DistCalculator::Tail(double x, bool upper) const {
         const double lamda = p3, d = Gap(x, p4);
         if (lamda > 0 && !(d > 0)) return below;
         if (lamda < 0 && !(d < 0)) return above;
-        const double l = LogProduct(std::fabs(lamda), std::fabs(d));
-        return normal(MulZ(lamda, LinearZ(p2, p1, l)));
+        const double z = LinearZ(p2, p1, LogRatio(std::fabs(d), std::fabs(lamda)));
+        return normal(lamda > 0 ? z : -z); // mirrored: x falls as z rises
     }
     case Family::JohnsonNormal:
         return normal(LinearZ(p2, p1, x));

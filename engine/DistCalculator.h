@@ -10,8 +10,9 @@
 // The forms follow the AS 100 Johnson-to-normal transform, with CDF = Phi(z):
 //   SB  z = gamma + delta ln((x - xi) / (xi + lamda - x))   on (xi, xi + lamda)
 //   SU  z = gamma + delta asinh((x - xi) / lamda)
-//   SL  z = lamda (delta ln(lamda (x - xi)) + gamma)         where lamda (x - xi) > 0,
-//       so the fitted lamda of -1 (negative skew) works as well as +1.
+//   SL  z = gamma + delta ln((x - xi) / lamda)             where (x - xi) / lamda > 0;
+//       a negative lamda (the fitted -1 of a negative skew) mirrors the curve
+//       about xi, and there CDF = Phi(-z).
 //
 // Like the component it stands for, the calculator has no error trap of its own:
 // unusable parameters make ComputeDensities and Calculate return false with a
@@ -60,6 +61,9 @@ class DistCalculator {
         JohnsonSL,
         JohnsonNormal
     };
+    // The one density formula of each family, also behind the engine's own
+    // densities; parameters as the calculator takes them, unchecked.
+    static double FamilyDensity(Family family, const double (&p)[4], double x);
 
   private:
     // Resolves the key (and the Johnson form) and checks the parameters.

@@ -20,27 +20,9 @@
 namespace m_Distributions {
 
 namespace {
-constexpr const char* kCheckParam1 = "Pondera.m_Distributions.CheckParam1";
-constexpr const char* kCheckParam2 = "Pondera.m_Distributions.CheckParam2";
-constexpr const char* kCheckParam3 = "Pondera.m_Distributions.CheckParam3";
-constexpr const char* kMean = "Pondera.m_Distributions.mean";
-constexpr const char* kStDev = "Pondera.m_Distributions.StDev";
-constexpr const char* kSkewness = "Pondera.m_Distributions.Skewness";
-constexpr const char* kKurtosis = "Pondera.m_Distributions.Kurtosis";
-constexpr const char* kGetPDFData = "Pondera.m_Distributions.GetPDFData";
-constexpr const char* kNormal_PDF = "Pondera.m_Distributions.Normal_PDF";
-constexpr const char* kJohnsonSB_PDF = "Pondera.m_Distributions.JohnsonSB_PDF";
-constexpr const char* kJohnsonSL_PDF = "Pondera.m_Distributions.JohnsonSL_PDF";
-constexpr const char* kJohnsonSU_PDF = "Pondera.m_Distributions.JohnsonSU_PDF";
-constexpr const char* kPNC_LSL = "Pondera.m_Distributions.PNC_LSL";
-constexpr const char* kPNC_USL = "Pondera.m_Distributions.PNC_USL";
-constexpr const char* kPNC_USL_Upper = "Pondera.m_Distributions.PNC_USL_Upper";
+constexpr const char* kModule = "Pondera.m_Distributions";
 
-using m_NumRecipes::kernel::AsinhRatio;
-using m_NumRecipes::kernel::DivZ;
-using m_NumRecipes::kernel::LinearZ;
-using m_NumRecipes::kernel::LogRatio;
-using m_NumRecipes::kernel::PhiScaled;
+using Family = DistCalculator::Family;
 using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
@@ -149,6 +131,25 @@ const CatalogueEntry* FindDistribution(const std::string& name) {
     return nullptr;
 }
 
+namespace {
+const FittedCurve kFits[] = {{"SB", "Johnson SB", kJohnsonSB, JohnsonSB_PDF},
+                             {"SL", "Johnson SL", kJohnsonSL, JohnsonSL_PDF},
+                             {"SU", "Johnson SU", kJohnsonSU, JohnsonSU_PDF},
+                             {"Normal", "Normal", 0, nullptr}};
+} // namespace
+
+const FittedCurve* FindFit(const std::string& type) {
+    for (const FittedCurve& f : kFits)
+        if (type == f.Type) return &f;
+    return nullptr;
+}
+
+JohnsonPdf JohnsonDensityOf(const std::string& name) {
+    for (const FittedCurve& f : kFits)
+        if (name == f.ListItem) return f.Density;
+    return nullptr;
+}
+
 const std::vector<std::string>& ClassicalListOrder() {
     // Not the start-up order, on purpose.
     static const std::vector<std::string> names = {"Normal",  "Exponential", "LogNormal",
@@ -166,7 +167,7 @@ const std::vector<std::string>& MomentsListOrder() {
 
 bool CheckParam1(const std::string& name, double p1, double p2, double p3) {
     bool result = true;
-    support::Trap(kCheckParam1, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const char* message = nullptr;
         if (name == "Exponential") {
             if (!Gt(p1, 0))
@@ -192,7 +193,7 @@ bool CheckParam1(const std::string& name, double p1, double p2, double p3) {
 
 bool CheckParam2(const std::string& name, double p1, double p2, double p3) {
     bool result = true;
-    support::Trap(kCheckParam2, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const char* message = nullptr;
         if (name == "Normal" || name == "LogNormal") {
             if (!Gt(p2, 0)) message = "Standard deviation must be greater than zero.";
@@ -218,7 +219,7 @@ bool CheckParam2(const std::string& name, double p1, double p2, double p3) {
 
 bool CheckParam3(const std::string& name, double p1, double /*p2*/, double p3) {
     bool result = true;
-    support::Trap(kCheckParam3, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // Also tested by CheckParam1 in other words; reached only when called on its own.
         if (name == "Triangular" && !Le(p1, p3)) {
             result = false;
@@ -234,7 +235,7 @@ bool ExcessKurtosis = false;
 
 double mean(int code, double p1, double p2, double p3) {
     double result = 0;
-    support::Trap(kMean, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!Classical(code)) return;
         RequireFinite({p1, p2, p3});
         switch (code) {
@@ -263,7 +264,7 @@ double mean(int code, double p1, double p2, double p3) {
 
 double StDev(int code, double p1, double p2, double p3) {
     double result = 0;
-    support::Trap(kStDev, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!Classical(code)) return;
         RequireFinite({p1, p2, p3});
         switch (code) {
@@ -297,7 +298,7 @@ double StDev(int code, double p1, double p2, double p3) {
 
 double Skewness(int code, double p1, double p2, double p3) {
     double result = 0;
-    support::Trap(kSkewness, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!Classical(code)) return;
         RequireFinite({p1, p2, p3});
         switch (code) {
@@ -338,7 +339,7 @@ double Skewness(int code, double p1, double p2, double p3) {
 
 double Kurtosis(int code, double p1, double p2, double p3) {
     double result = 0;
-    support::Trap(kKurtosis, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!Classical(code)) return;
         RequireFinite({p1, p2, p3});
         switch (code) {
@@ -379,7 +380,7 @@ double Kurtosis(int code, double p1, double p2, double p3) {
 std::vector<double> GetPDFData(const std::string& name, double low, double high, int n, double p1,
                                double p2, double p3, double p4) {
     std::vector<double> result(1, 0.0);
-    support::Trap(kGetPDFData, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (n > kMaxPoints) support::Raise(support::kErrOverflow, support::kAppTitle, "");
         const int count = std::max(n, 0);
         result.assign(static_cast<size_t>(count) + 1, 0.0);
@@ -406,52 +407,46 @@ std::vector<double> GetPDFData(const std::string& name, double low, double high,
 
 double Normal_PDF(double x, double mean, double sd) {
     double result = 0;
-    support::Trap(kNormal_PDF, [&] {
+    support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, mean, sd});
         if (sd == 0) support::Raise(support::kErrDivByZero, support::kAppTitle, "");
         if (sd < 0) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
-        result = ck(PhiScaled(DivZ(x - mean, sd), {}, {sd}));
+        result = ck(DistCalculator::FamilyDensity(Family::Normal, {mean, sd, 0, 0}, x));
     });
     return result;
 }
 
 // The Johnson densities return 0 outside their support without an error. A
-// delta or lamda that is not positive counts as outside: the formula would give
-// a negative density there.
+// delta or lamda that is not positive counts as outside (the formula would give
+// a negative density there), except the SL's negative lamda, which mirrors the
+// curve about xi as a negative-skew fit gives it (lamda = -1).
 double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double xi) {
     double result = 0;
-    support::Trap(kJohnsonSB_PDF, [&] {
+    support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, delta, gamma, lamda, xi});
         if (!(delta > 0 && lamda > 0)) return;
-        const double d = x - xi, v = lamda - d; // y = d / lamda, 1 - y = v / lamda
-        if (!(d > 0 && v > 0)) return;
-        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, v)), {delta, lamda}, {d, v}, true));
+        result = ck(DistCalculator::FamilyDensity(Family::JohnsonSB, {delta, gamma, lamda, xi}, x));
     });
     return result;
 }
 
 double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double xi) {
     double result = 0;
-    support::Trap(kJohnsonSL_PDF, [&] {
+    support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, delta, gamma, lamda, xi});
-        // lamda = -1 is the mirrored lognormal of a negative-skew fit: support
-        // x < xi, the same formula in u = (x - xi) / lamda > 0 with the factor |lamda|.
-        if (!(delta > 0 && (lamda > 0 ? x > xi : lamda == -1 && x < xi))) return;
-        const double d = std::fabs(x - xi), scale = std::fabs(lamda);
-        // The scale stays inside the logarithm: ln(d / |lamda|).
-        result = ck(PhiScaled(LinearZ(gamma, delta, LogRatio(d, scale)), {delta}, {d}, true));
+        // The scale stays inside the logarithm: ln((x - xi) / lamda).
+        if (!(delta > 0 && lamda != 0)) return;
+        result = ck(DistCalculator::FamilyDensity(Family::JohnsonSL, {delta, gamma, lamda, xi}, x));
     });
     return result;
 }
 
 double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double xi) {
     double result = 0;
-    support::Trap(kJohnsonSU_PDF, [&] {
+    support::Trap({kModule, __func__}, [&] {
         RequireFinite({x, delta, gamma, lamda, xi});
         if (!(delta > 0 && lamda > 0)) return;
-        const double d = x - xi;
-        result = ck(PhiScaled(LinearZ(gamma, delta, AsinhRatio(d, lamda)), {delta},
-                              {std::hypot(d, lamda)}));
+        result = ck(DistCalculator::FamilyDensity(Family::JohnsonSU, {delta, gamma, lamda, xi}, x));
     });
     return result;
 }
@@ -461,7 +456,7 @@ double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double 
 double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3,
                double p4) {
     double result = 0;
-    support::Trap(kPNC_LSL, [&] {
+    support::Trap({kModule, __func__}, [&] {
         DistCalculator calc;
         if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
         // At or below the threshold nothing lies below the limit.
@@ -474,7 +469,7 @@ double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, do
 double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3,
                double p4) {
     double result = 0;
-    support::Trap(kPNC_USL, [&] {
+    support::Trap({kModule, __func__}, [&] {
         DistCalculator calc;
         if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
         if (calcName == "Lognormal" && usl < p3) return; // below the threshold: cumulative 0
@@ -486,7 +481,7 @@ double PNC_USL(const std::string& calcName, double usl, double p1, double p2, do
 double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double p2, double p3,
                      double p4) {
     double result = 0;
-    support::Trap(kPNC_USL_Upper, [&] {
+    support::Trap({kModule, __func__}, [&] {
         DistCalculator calc;
         if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
         if (calcName == "Lognormal" && usl < p3) {

@@ -28,6 +28,22 @@ const std::vector<CatalogueEntry>& Catalogue();
 // nullptr when the name is not one of the nine.
 const CatalogueEntry* FindDistribution(const std::string& name);
 
+// A fitted Johnson type as the moments view shows it: the item of the moments-mode
+// list, the code the PNC figures take (a normal fit goes to the calculator's
+// Johnson normal form z = gamma + delta x, code 0), and the engine density that
+// draws it (nullptr for "Normal", drawn by Normal_PDF of the requested moments).
+using JohnsonPdf = double (*)(double x, double delta, double gamma, double lamda, double xi);
+struct FittedCurve {
+    const char* Type;     // JohnsonDist's JDistribution: "SB", "SL", "SU", "Normal"
+    const char* ListItem; // catalogue name shown in the list
+    int PncCode;
+    JohnsonPdf Density;
+};
+// nullptr for a type without a curve ("Error", the two-point "ST", ...).
+const FittedCurve* FindFit(const std::string& type);
+// The Johnson density of a catalogue name ("Johnson SB", ...); nullptr for the others.
+JohnsonPdf JohnsonDensityOf(const std::string& name);
+
 // The list after leaving moments mode, in its own order.
 const std::vector<std::string>& ClassicalListOrder();
 // The list in moments mode.

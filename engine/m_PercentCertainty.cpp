@@ -8,10 +8,7 @@
 namespace m_PercentCertainty {
 
 namespace {
-constexpr const char* kCalculatorName = "Pondera.m_PercentCertainty.CalculatorName";
-constexpr const char* kCalcLSLPNC = "Pondera.m_PercentCertainty.CalcLSLPNC";
-constexpr const char* kCalcUSLPNC = "Pondera.m_PercentCertainty.CalcUSLPNC";
-constexpr const char* kCapUpperPNC = "Pondera.m_PercentCertainty.CapUpperPNC";
+constexpr const char* kModule = "Pondera.m_PercentCertainty";
 } // namespace
 
 int CurrentDistribution = 0;
@@ -21,7 +18,7 @@ int16_t DecPlaces = 6;
 
 std::string CalculatorName(int code) {
     std::string result;
-    support::Trap(kCalculatorName, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // The catalogue's key for the code; "Johnson" for the Johnson types and
         // for any code the catalogue does not know.
         result = "Johnson";
@@ -33,7 +30,7 @@ std::string CalculatorName(int code) {
 
 double CalcLSLPNC() {
     double result = 0;
-    support::Trap(kCalcLSLPNC, [&] {
+    support::Trap({kModule, __func__}, [&] {
         result = support::ck(m_Distributions::PNC_LSL(CalculatorName(CurrentDistribution), LSL,
                                                       Param1, Param2, Param3, Param4));
     });
@@ -42,7 +39,7 @@ double CalcLSLPNC() {
 
 double CalcUSLPNC() {
     double result = 0;
-    support::Trap(kCalcUSLPNC, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // The same figure as 1 - PNC_USL, taken directly so a small upper tail keeps
         // its digits, and a failed calculation gives 0 rather than 1.
         result = support::ck(m_Distributions::PNC_USL_Upper(CalculatorName(CurrentDistribution),
@@ -53,7 +50,7 @@ double CalcUSLPNC() {
 
 double CapUpperPNC(double lower, double upper) {
     double result = upper;
-    support::Trap(kCapUpperPNC, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // 1 - lower is exact or within half an ulp of it, so lower + (1 - lower)
         // rounds to at most 1.
         if (LSL <= USL && upper > 1 - lower) result = 1 - lower;

@@ -26,11 +26,8 @@ Fit FitMoments(double mean, double stDev, double skewness, double kurtosis) {
 }
 
 const char* ListItem(const std::string& type) {
-    return type == "SB"       ? "Johnson SB"
-           : type == "SL"     ? "Johnson SL"
-           : type == "SU"     ? "Johnson SU"
-           : type == "Normal" ? "Normal"
-                              : nullptr;
+    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(type);
+    return f ? f->ListItem : nullptr;
 }
 
 std::array<std::string, 4> ParamTexts(const Fit& fit, const std::string& pattern) {
@@ -50,11 +47,8 @@ std::vector<double> Grid(double low, double high, int n) {
 std::vector<double> Densities(const Fit& fit, const std::vector<double>& x, double mean,
                               double stDev) {
     std::vector<double> y(x.size(), 0.0);
-    using Density = double (*)(double, double, double, double, double);
-    const Density johnson = fit.Type == "SB"   ? m_Distributions::JohnsonSB_PDF
-                            : fit.Type == "SL" ? m_Distributions::JohnsonSL_PDF
-                            : fit.Type == "SU" ? m_Distributions::JohnsonSU_PDF
-                                               : nullptr;
+    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(fit.Type);
+    const m_Distributions::JohnsonPdf johnson = f ? f->Density : nullptr;
     for (std::size_t i = 1; i < x.size(); ++i) {
         if (johnson)
             y[i] = johnson(x[i], fit.Delta, fit.Gamma, fit.Lamda, fit.Xi);
@@ -66,10 +60,8 @@ std::vector<double> Densities(const Fit& fit, const std::vector<double>& x, doub
 
 PlotPipeline::PncSource PncSourceOf(const Fit& fit) {
     PlotPipeline::PncSource s;
-    s.Code = fit.Type == "SB"   ? m_Distributions::kJohnsonSB
-             : fit.Type == "SU" ? m_Distributions::kJohnsonSU
-             : fit.Type == "SL" ? m_Distributions::kJohnsonSL
-                                : 0;
+    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(fit.Type);
+    s.Code = f ? f->PncCode : 0;
     s.Params = {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi};
     return s;
 }

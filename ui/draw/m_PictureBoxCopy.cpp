@@ -13,7 +13,8 @@ namespace m_PictureBoxCopy {
 
 namespace {
 constexpr const char* kCopyEntirePicture = "Pondera.m_PictureBoxCopy.CopyEntirePicture";
-}
+constexpr const char* kSavePicture = "Pondera.m_PictureBoxCopy.SavePicture";
+} // namespace
 
 void CopyEntirePicture(PictureBox& surface) {
     support::Trap(kCopyEntirePicture, [&] {
@@ -32,6 +33,12 @@ void CopyEntirePicture(PictureBox& surface) {
         data->setImageData(image);
         clipboard->setMimeData(data, QClipboard::Clipboard);
     });
+}
+
+bool SavePicture(PictureBox& surface, const QString& path) {
+    bool saved = false;
+    support::Trap(kSavePicture, [&] { saved = surface.Image().save(path, "PNG"); });
+    return saved;
 }
 
 } // namespace m_PictureBoxCopy

@@ -14,7 +14,9 @@
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
 #include "ui/main/MarkerDrag.h"
+#include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
+#include "ui/main/ResultsSheet.h"
 #include "ui/main/WindowLayout.h"
 #include "ui/main/frm_About2.h"
 #include "ui/options/frm_Options.h"
@@ -22,9 +24,13 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QFocusEvent>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -54,6 +60,8 @@ constexpr const char* kdd_Distribution_Change = "Pondera.frm_Pondera.dd_Distribu
 constexpr const char* kdd_Distribution_Click = "Pondera.frm_Pondera.dd_Distribution_Click";
 constexpr const char* ktb_Param1_LostFocus = "Pondera.frm_Pondera.tb_Param1_LostFocus";
 constexpr const char* kmnuCopytoClipboard_Click = "Pondera.frm_Pondera.mnuCopytoClipboard_Click";
+constexpr const char* kmnuSaveChart_Click = "Pondera.frm_Pondera.mnuSaveChart_Click";
+constexpr const char* kmnuCopyResults_Click = "Pondera.frm_Pondera.mnuCopyResults_Click";
 constexpr const char* kmnuOptions_Click = "Pondera.frm_Pondera.mnuOptions_Click";
 constexpr const char* kmnuAbout_Click = "Pondera.frm_Pondera.mnuAbout_Click";
 constexpr const char* kmnuQuit_Click = "Pondera.frm_Pondera.mnuQuit_Click";
@@ -113,6 +121,7 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
     WindowLayout::Build(*this);
     WindowLayout::BuildMenus(*this);
     WindowLayout::Connect(*this);
+    WindowLayout::SetKeyboard(*this);
     resize(1200, 880);
     Form_Initialize();
 }
@@ -208,6 +217,10 @@ void frm_Pondera::SetStatus(const std::string& text) {
     StatusPanel1->setText(Q(text));
 }
 
+std::string frm_Pondera::Caption(const QLabel* label) {
+    return Mnemonics::Plain(S(label->text()));
+}
+
 // ---- The plot pipeline ----
 
 PlotPipeline::Limits frm_Pondera::ReadLimits() const {
@@ -220,8 +233,8 @@ PlotPipeline::PlotInputs frm_Pondera::ReadPlotInputs() const {
     PlotPipeline::PlotInputs in;
     in.Name = S(dd_Distribution->Text());
     in.ParamTexts = TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4});
-    in.ParamLabels = {S(lb_Param1->text()), S(lb_Param2->text()), S(lb_Param3->text()),
-                      S(lb_Param4->text())};
+    in.ParamLabels = {Caption(lb_Param1), Caption(lb_Param2), Caption(lb_Param3),
+                      Caption(lb_Param4)};
     in.Param3Shown = !tb_Param3->isHidden();
     in.Limit = ReadLimits();
     return in;
@@ -428,6 +441,7 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
         for (QLineEdit* box : params)
             SetBoxLocked(box, byMoments);
         if (!byMoments) SetStatus("");
+        WindowLayout::MarkMnemonics(*this);
         // Outside moments mode both locks are ticked, so the chart shows the moments.
         SetCheckValue(cb_LockKurtosis, !byMoments, [&] { cb_LockKurtosis_Click(); });
         SetCheckValue(cb_LockSkewness, !byMoments, [&] { cb_LockSkewness_Click(); });
@@ -645,6 +659,36 @@ void frm_Pondera::DragMouseUp(const char* label) {
     });
 }
 
+// An arrow key on a focused marker is a drag step at a pointer of its own:
+// the first arms the marker (red, 75 points) as a press would.
+void frm_Pondera::MarkerKeyDown(const char* label, int marker, int key, int shift) {
+    support::Trap(label, [&] {
+        const double step = MarkerDrag::KeyStep(key, shift);
+        const DragMarker m = DragMarkers()[marker];
+        if (step == 0 || !m.Check->isChecked()) return;
+        if (!m.Armed) {
+            m.Armed = true;
+            m.Shape->SetFillColor(look::kRed);
+            NumPoints = MarkerDrag::PointsFor(true);
+            keyPointerX_ = m.Shape->Left() + m.Shape->Width() / 2.0;
+        }
+        keyPointerX_ += step;
+        const MarkerDrag::Follow f = MarkerDrag::FollowPointer(
+            ChartGeometry, keyPointerX_, m.Shape->Width(), DisplayOptions::AppDecPlaces);
+        m.Shape->SetLeft(f.Left);
+        m.Box->setText(Q(f.Text));
+        Plot();
+    });
+}
+
+// The key's release, or the focus leaving, ends a keyboard drag as a release
+// of the button ends a mouse drag.
+void frm_Pondera::MarkerKeyUp(const char* label) {
+    support::Trap(label, [&] {
+        if (DragLSL || DragUSL) DragMouseUp(label);
+    });
+}
+
 std::array<frm_Pondera::DragMarker, 2> frm_Pondera::DragMarkers() {
     return {{{cb_LSL, tb_LSL, sh_LSL, DragLSL}, {cb_USL, tb_USL, sh_USL, DragUSL}}};
 }
@@ -672,6 +716,7 @@ void frm_Pondera::dd_Distribution_Change() {
             boxes[i]->setVisible(rows[i].Label != nullptr);
             if (rows[i].DefaultText) boxes[i]->setText(rows[i].DefaultText);
         }
+        WindowLayout::MarkMnemonics(*this);
         for (QLineEdit* box : {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
             SetBoxLocked(box, true);
         Plot();
@@ -697,7 +742,7 @@ void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit
 void frm_Pondera::tb_Param1_LostFocus() {
     support::Trap(ktb_Param1_LostFocus, [&] {
         if (!support::IsNumeric(S(tb_Param1->text())))
-            support::MsgBox(PlotPipeline::NotANumber(S(lb_Param1->text())), kWarningTitle);
+            support::MsgBox(PlotPipeline::NotANumber(Caption(lb_Param1)), kWarningTitle);
     });
 }
 
@@ -724,6 +769,35 @@ void frm_Pondera::MomentChanged(const char* label) {
 
 void frm_Pondera::mnuCopytoClipboard_Click() {
     support::Trap(kmnuCopytoClipboard_Click, [&] { m_PictureBoxCopy::CopyEntirePicture(*pb_PDF); });
+}
+
+void frm_Pondera::mnuSaveChart_Click() {
+    support::Trap(kmnuSaveChart_Click, [&] {
+        QString path =
+            QFileDialog::getSaveFileName(this, "Save Chart As", "chart.png", "PNG images (*.png)");
+        if (path.isEmpty()) return;
+        if (QFileInfo(path).suffix().isEmpty()) path += ".png";
+        if (!m_PictureBoxCopy::SavePicture(*pb_PDF, path))
+            support::MsgBox("The chart could not be saved to " + S(path) + ".", kWarningTitle);
+    });
+}
+
+void frm_Pondera::mnuCopyResults_Click() {
+    support::Trap(kmnuCopyResults_Click, [&] {
+        ResultsSheet::Shown shown;
+        shown.Distribution = S(dd_Distribution->Text());
+        const std::pair<QLabel*, QLineEdit*> params[] = {{lb_Param1, tb_Param1},
+                                                         {lb_Param2, tb_Param2},
+                                                         {lb_Param3, tb_Param3},
+                                                         {lb_Param4, tb_Param4}};
+        for (const auto& [caption, box] : params)
+            if (!box->isHidden()) shown.Params.emplace_back(Caption(caption), S(box->text()));
+        shown.Limit = ReadLimits();
+        shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
+        shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
+        if (QClipboard* clipboard = QGuiApplication::clipboard())
+            clipboard->setText(Q(ResultsSheet::Text(shown)));
+    });
 }
 
 void frm_Pondera::mnuOptions_Click() {

@@ -537,20 +537,22 @@ void SetKeyboard(frm_Pondera& w) {
 
 // Fresh letters for the captions in their order on screen, after the menu bar's.
 void MarkMnemonics(frm_Pondera& w) {
-    std::vector<QAbstractButton*> buttons = {
-        w.but_Plot,         w.cb_LSL,          w.cb_Target,      w.cb_USL,
-        w.cb_DrawbyMoments, w.cb_LockSkewness, w.cb_LockKurtosis};
-    std::vector<QLabel*> labels = {w.lb_Distribution, w.lb_Param1, w.lb_Param2, w.lb_Param3,
-                                   w.lb_Param4};
+    // The Plot button first, then the captions top to bottom; hidden ones take none.
+    std::vector<QWidget*> owners = {w.but_Plot,  w.lb_Distribution, w.lb_Param1,
+                                    w.lb_Param2, w.lb_Param3,       w.lb_Param4,
+                                    w.cb_LSL,    w.cb_Target,       w.cb_USL};
     for (const char* name : {"lb_Mean", "lb_StDev", "lb_Skewness", "lb_Kurtosis"})
-        labels.push_back(w.findChild<QLabel*>(name));
+        owners.push_back(w.findChild<QLabel*>(name));
+    for (QWidget* owner : {w.cb_DrawbyMoments, w.cb_LockSkewness, w.cb_LockKurtosis})
+        owners.push_back(owner);
+    auto textOf = [](QWidget* owner) {
+        if (auto* label = qobject_cast<QLabel*>(owner)) return label->text();
+        return static_cast<QAbstractButton*>(owner)->text();
+    };
     std::vector<std::string> captions;
-    // The Plot button first, then the labels and the ticks as they stand on screen.
-    captions.push_back(w.but_Plot->text().toStdString());
-    for (QLabel* label : labels)
-        captions.push_back(label->isHidden() ? std::string() : label->text().toStdString());
-    for (std::size_t i = 1; i < buttons.size(); ++i)
-        captions.push_back(buttons[i]->text().toStdString());
+    for (QWidget* owner : owners)
+        captions.push_back(owner->isHidden() ? std::string() : textOf(owner).toStdString());
+
     // The menu bar keeps its letters (the marked one, else the first).
     std::string menuLetters;
     for (QAction* menu : w.menuBar()->actions()) {
@@ -560,11 +562,14 @@ void MarkMnemonics(frm_Pondera& w) {
         menuLetters += letter.toUpper().toStdString();
     }
     const std::vector<std::string> marked = Mnemonics::Mark(captions, menuLetters);
-    w.but_Plot->setText(QString::fromStdString(marked[0]));
-    for (std::size_t i = 0; i < labels.size(); ++i)
-        if (!labels[i]->isHidden()) labels[i]->setText(QString::fromStdString(marked[1 + i]));
-    for (std::size_t i = 1; i < buttons.size(); ++i)
-        buttons[i]->setText(QString::fromStdString(marked[labels.size() + i]));
+    for (std::size_t i = 0; i < owners.size(); ++i) {
+        if (owners[i]->isHidden()) continue;
+        const QString text = QString::fromStdString(marked[i]);
+        if (auto* label = qobject_cast<QLabel*>(owners[i]))
+            label->setText(text);
+        else
+            static_cast<QAbstractButton*>(owners[i])->setText(text);
+    }
 }
 
 void PaintUpright(PictureBox& pb, const QString& text, int size) {

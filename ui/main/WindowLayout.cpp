@@ -535,12 +535,13 @@ void SetKeyboard(frm_Pondera& w) {
     MarkMnemonics(w);
 }
 
-// Fresh letters for the captions in their order on screen, after the menu bar's.
+// Fresh letters for the captions, after the menu bar's.
 void MarkMnemonics(frm_Pondera& w) {
-    // The Plot button first, then the captions top to bottom; hidden ones take none.
-    std::vector<QWidget*> owners = {w.but_Plot,  w.lb_Distribution, w.lb_Param1,
-                                    w.lb_Param2, w.lb_Param3,       w.lb_Param4,
-                                    w.cb_LSL,    w.cb_Target,       w.cb_USL};
+    // Plot and the limits first, so that their letters never change; then the
+    // captions top to bottom (hidden ones take none).
+    std::vector<QWidget*> owners = {w.but_Plot,  w.cb_LSL,          w.cb_Target,
+                                    w.cb_USL,    w.lb_Distribution, w.lb_Param1,
+                                    w.lb_Param2, w.lb_Param3,       w.lb_Param4};
     for (const char* name : {"lb_Mean", "lb_StDev", "lb_Skewness", "lb_Kurtosis"})
         owners.push_back(w.findChild<QLabel*>(name));
     for (QWidget* owner : {w.cb_DrawbyMoments, w.cb_LockSkewness, w.cb_LockKurtosis})

@@ -639,13 +639,18 @@ void frm_Pondera::DragMouseMove(const char* label, double x) {
     support::Trap(label, [&] {
         for (const DragMarker& m : DragMarkers()) {
             if (!m.Armed || !m.Check->isChecked()) continue;
-            const MarkerDrag::Follow f = MarkerDrag::FollowPointer(
-                ChartGeometry, x, m.Shape->Width(), DisplayOptions::AppDecPlaces);
-            m.Shape->SetLeft(f.Left);
-            m.Box->setText(Q(f.Text));
-            Plot();
+            FollowTo(m, x);
         }
     });
+}
+
+// One drag step: the marker and its limit follow the pointer, the chart is redrawn.
+void frm_Pondera::FollowTo(const DragMarker& m, double x) {
+    const MarkerDrag::Follow f =
+        MarkerDrag::FollowPointer(ChartGeometry, x, m.Shape->Width(), DisplayOptions::AppDecPlaces);
+    m.Shape->SetLeft(f.Left);
+    m.Box->setText(Q(f.Text));
+    Plot();
 }
 
 void frm_Pondera::DragMouseUp(const char* label) {
@@ -673,11 +678,7 @@ void frm_Pondera::MarkerKeyDown(const char* label, int marker, int key, int shif
             keyPointerX_ = m.Shape->Left() + m.Shape->Width() / 2.0;
         }
         keyPointerX_ += step;
-        const MarkerDrag::Follow f = MarkerDrag::FollowPointer(
-            ChartGeometry, keyPointerX_, m.Shape->Width(), DisplayOptions::AppDecPlaces);
-        m.Shape->SetLeft(f.Left);
-        m.Box->setText(Q(f.Text));
-        Plot();
+        FollowTo(m, keyPointerX_);
     });
 }
 

@@ -323,6 +323,7 @@ class frm_Pondera : public QMainWindow {
     std::array<DragMarker, 2> DragMarkers();
     void DragMouseDown(const char* label, int button, double x);
     void DragMouseMove(const char* label, double x);
+    void FollowTo(const DragMarker& m, double x);
     void DragMouseUp(const char* label);
     void MarkerKeyDown(const char* label, int marker, int key, int shift);
     void MarkerKeyUp(const char* label);

@@ -256,7 +256,7 @@ int RunPlot(const PlotArgs& p) {
                                                       {"lb_Param3", w.lb_Param3},
                                                       {"lb_Param4", w.lb_Param4}};
     for (const auto& [key, label] : labels)
-        fields.AddRaw(key, Field(label, label->text()));
+        fields.AddRaw(key, Field(label, QString::fromStdString(frm_Pondera::Caption(label))));
     const std::pair<const char*, QLineEdit*> boxes[] = {{"tb_Param1", w.tb_Param1},
                                                         {"tb_Param2", w.tb_Param2},
                                                         {"tb_Param3", w.tb_Param3},

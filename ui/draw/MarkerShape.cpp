@@ -2,6 +2,9 @@
 
 #include "ui/draw/Look.h"
 
+#include "ui/draw/PictureBox.h"
+
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -74,6 +77,38 @@ void MarkerShape::paintEvent(QPaintEvent*) {
         break;
     }
     p.fillPath(path, look::ToQColor(fillColor_));
-    p.setPen(QPen(look::ToQColor(look::kBlack), 1));
+    // A focused marker is outlined in the highlight colour, a little heavier.
+    p.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 2)
+                        : QPen(look::ToQColor(look::kBlack), 1));
     p.drawPath(path);
+}
+
+namespace {
+int VbKey(int key) {
+    if (key == Qt::Key_Left) return 37;
+    if (key == Qt::Key_Right) return 39;
+    return key;
+}
+} // namespace
+
+void MarkerShape::keyPressEvent(QKeyEvent* event) {
+    const int key = VbKey(event->key());
+    if (key != 37 && key != 39) return QWidget::keyPressEvent(event);
+    emit KeyDown(key, VbShift(event->modifiers()));
+}
+
+void MarkerShape::keyReleaseEvent(QKeyEvent* event) {
+    if (event->isAutoRepeat()) return;
+    emit KeyUp(VbKey(event->key()), VbShift(event->modifiers()));
+}
+
+void MarkerShape::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    update();
+}
+
+void MarkerShape::focusOutEvent(QFocusEvent* event) {
+    QWidget::focusOutEvent(event);
+    update();
+    emit LostFocus();
 }

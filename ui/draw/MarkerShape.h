@@ -1,6 +1,8 @@
 // The small filled shapes of the design (sh_LSL, sh_USL, sh_SkewKurt): a child
 // of a drawing surface placed in its parent's pixels. The shape lets mouse
-// events through to its parent, which decides what a press means.
+// events through to its parent, which decides what a press means. A shape made
+// focusable takes the keyboard (its outline then shows the focus) and reports
+// the keys as the old runtime numbered them (37 left, 39 right).
 #pragma once
 
 #include <QWidget>
@@ -34,8 +36,18 @@ class MarkerShape : public QWidget {
     // Unlike QWidget::setVisible this is remembered even while the parent is hidden.
     void SetVisible(bool visible);
 
+  signals:
+    void KeyDown(int key, int shift);
+    // Auto-repeated presses and releases of a held key are not reported.
+    void KeyUp(int key, int shift);
+    void LostFocus();
+
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
   private:
     void Place();

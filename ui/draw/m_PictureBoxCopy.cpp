@@ -34,4 +34,10 @@ void CopyEntirePicture(PictureBox& surface) {
     });
 }
 
+bool SavePicture(PictureBox& surface, const QString& path) {
+    bool saved = false;
+    support::Trap({kModule, __func__}, [&] { saved = surface.Image().save(path, "PNG"); });
+    return saved;
+}
+
 } // namespace m_PictureBoxCopy

@@ -3,9 +3,14 @@
 #pragma once
 
 class PictureBox;
+class QString;
 
 namespace m_PictureBoxCopy {
 
 void CopyEntirePicture(PictureBox& surface);
+
+// "Save Chart As...": the whole picture, at device resolution, as a PNG file.
+// False when the file could not be written.
+bool SavePicture(PictureBox& surface, const QString& path);
 
 } // namespace m_PictureBoxCopy

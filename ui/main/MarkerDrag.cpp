@@ -19,4 +19,11 @@ Follow FollowPointer(const DensityChart::Geometry& chart, double x, double marke
     return {x - markerWidth / 2.0, support::Format(chart.ValueAtPixel(x), pattern)};
 }
 
+double KeyStep(int key, int shift) {
+    const double pixels = (shift & 1) ? 10 : 1;
+    if (key == kKeyLeft) return -pixels;
+    if (key == kKeyRight) return pixels;
+    return 0;
+}
+
 } // namespace MarkerDrag

@@ -6,6 +6,7 @@
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_TextRotate.h"
+#include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
 #include "ui/main/frm_Pondera.h"
 
@@ -24,6 +25,10 @@
 #include <QScrollBar>
 #include <QStatusBar>
 #include <QVBoxLayout>
+
+#include <cctype>
+#include <tuple>
+#include <vector>
 
 namespace WindowLayout {
 
@@ -184,10 +189,11 @@ void Build(frm_Pondera& w) {
         w.tb_Skewness = MakeBox("tb_Skewness");
         w.tb_Kurtosis = MakeBox("tb_Kurtosis");
         const char* captions[] = {"Mean:", "Std. Deviation:", "Skewness:", "Kurtosis:"};
+        const char* labelNames[] = {"lb_Mean", "lb_StDev", "lb_Skewness", "lb_Kurtosis"};
         QLineEdit* boxes[] = {w.tb_Mean, w.tb_StDev, w.tb_Skewness, w.tb_Kurtosis};
         for (int i = 0; i < 4; ++i) {
             SetBoxLocked(boxes[i], true);
-            grid->addWidget(MakeLabel(captions[i]), i, 0);
+            grid->addWidget(MakeLabel(captions[i], labelNames[i]), i, 0);
             grid->addWidget(boxes[i], i, 1);
         }
         box->addLayout(grid);
@@ -325,37 +331,42 @@ void Build(frm_Pondera& w) {
 }
 
 void BuildMenus(frm_Pondera& w) {
-    QMenu* file = w.menuBar()->addMenu("File");
-    w.mnuQuit = file->addAction("Exit");
+    QMenu* file = w.menuBar()->addMenu("&File");
+    w.mnuSaveChart = file->addAction("&Save Chart As...");
+    w.mnuSaveChart->setObjectName("mnuSaveChart");
+    file->addSeparator();
+    w.mnuQuit = file->addAction("E&xit");
     w.mnuQuit->setObjectName("mnuQuit");
 
-    QMenu* edit = w.menuBar()->addMenu("Edit");
-    w.mnuCopytoClipboard = edit->addAction("Copy Image to Clipboard");
+    QMenu* edit = w.menuBar()->addMenu("&Edit");
+    w.mnuCopytoClipboard = edit->addAction("&Copy Image to Clipboard");
     w.mnuCopytoClipboard->setObjectName("mnuCopytoClipboard");
+    w.mnuCopyResults = edit->addAction("Copy &Results");
+    w.mnuCopyResults->setObjectName("mnuCopyResults");
 
-    QMenu* view = w.menuBar()->addMenu("View");
-    w.mnuXAxis = view->addAction("X-Axis");
+    QMenu* view = w.menuBar()->addMenu("&View");
+    w.mnuXAxis = view->addAction("&X-Axis");
     w.mnuXAxis->setObjectName("mnuXAxis");
-    w.mnuYAxis = view->addAction("Y-Axis");
+    w.mnuYAxis = view->addAction("&Y-Axis");
     w.mnuYAxis->setObjectName("mnuYAxis");
-    w.mnuLabels = view->addAction("Labels");
+    w.mnuLabels = view->addAction("&Labels");
     w.mnuLabels->setObjectName("mnuLabels");
     for (QAction* a : {w.mnuXAxis, w.mnuYAxis, w.mnuLabels}) {
         a->setCheckable(true);
         a->setChecked(true);
     }
     view->addSeparator();
-    w.mnuOptions = view->addAction("Options...");
+    w.mnuOptions = view->addAction("&Options...");
     w.mnuOptions->setObjectName("mnuOptions");
-    w.mnuAbout = view->addAction("About");
+    w.mnuAbout = view->addAction("&About");
     w.mnuAbout->setObjectName("mnuAbout");
 
-    QMenu* data = w.menuBar()->addMenu("Data");
+    QMenu* data = w.menuBar()->addMenu("&Data");
     data->setObjectName("mnuData");
-    w.mnuFitToData = data->addAction("Fit to Data...");
+    w.mnuFitToData = data->addAction("&Fit to Data...");
     w.mnuFitToData->setObjectName("mnuFitToData");
     w.mnuFitToData->setShortcut(QKeySequence("Ctrl+D"));
-    w.mnuClearData = data->addAction("Clear Data");
+    w.mnuClearData = data->addAction("&Clear Data");
     w.mnuClearData->setObjectName("mnuClearData");
     w.mnuClearData->setEnabled(false);
 }
@@ -417,6 +428,21 @@ void Connect(frm_Pondera& w) {
                      act(&frm_Pondera::mnuFitToData_Click));
     QObject::connect(w.mnuClearData, &QAction::triggered, self,
                      act(&frm_Pondera::mnuClearData_Click));
+    QObject::connect(w.mnuSaveChart, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuSaveChart_Click));
+    QObject::connect(w.mnuCopyResults, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuCopyResults_Click));
+    // A focused spec-limit marker is dragged by the arrow keys.
+    auto key = [self](auto member) {
+        return
+            [self, member](int k, int shift) { RunAsAction([&] { (self->*member)(k, shift); }); };
+    };
+    QObject::connect(w.sh_LSL, &MarkerShape::KeyDown, self, key(&frm_Pondera::sh_LSL_KeyDown));
+    QObject::connect(w.sh_USL, &MarkerShape::KeyDown, self, key(&frm_Pondera::sh_USL_KeyDown));
+    QObject::connect(w.sh_LSL, &MarkerShape::KeyUp, self, key(&frm_Pondera::sh_LSL_KeyUp));
+    QObject::connect(w.sh_USL, &MarkerShape::KeyUp, self, key(&frm_Pondera::sh_USL_KeyUp));
+    QObject::connect(w.sh_LSL, &MarkerShape::LostFocus, self, act(&frm_Pondera::sh_LSL_LostFocus));
+    QObject::connect(w.sh_USL, &MarkerShape::LostFocus, self, act(&frm_Pondera::sh_USL_LostFocus));
 
     QObject::connect(w.pb_PDF, &PictureBox::MouseDown, self, mouse(&frm_Pondera::pb_PDF_MouseDown));
     QObject::connect(w.pb_PDF, &PictureBox::MouseMove, self, mouse(&frm_Pondera::pb_PDF_MouseMove));
@@ -486,6 +512,108 @@ FocusHandler FocusHandlerOf(const frm_Pondera& w, const QObject* watched) {
     for (const auto& [object, handler] : table)
         if (object == watched) return handler;
     return nullptr;
+}
+
+void SetKeyboard(frm_Pondera& w) {
+    w.mnuSaveChart->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
+    w.mnuQuit->setShortcut(QKeySequence::Quit);
+    w.mnuCopytoClipboard->setShortcut(QKeySequence::Copy);
+    w.mnuCopyResults->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
+    w.mnuOptions->setShortcut(QKeySequence::Preferences);
+    // Ctrl+Q also where the desktop names no quit key.
+    if (w.mnuQuit->shortcut().isEmpty()) w.mnuQuit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+
+    const std::pair<QLabel*, QWidget*> buddies[] = {
+        {w.lb_Distribution, w.dd_Distribution},
+        {w.lb_Param1, w.tb_Param1},
+        {w.lb_Param2, w.tb_Param2},
+        {w.lb_Param3, w.tb_Param3},
+        {w.lb_Param4, w.tb_Param4},
+        {w.findChild<QLabel*>("lb_Mean"), w.tb_Mean},
+        {w.findChild<QLabel*>("lb_StDev"), w.tb_StDev},
+        {w.findChild<QLabel*>("lb_Skewness"), w.tb_Skewness},
+        {w.findChild<QLabel*>("lb_Kurtosis"), w.tb_Kurtosis}};
+    for (const auto& [label, buddy] : buddies)
+        label->setBuddy(buddy);
+
+    // The surfaces a keyboard can do nothing with take the focus only from
+    // the mouse (their GotFocus handlers still run); the markers take Tab.
+    for (PictureBox* pb : {w.pb_PDF, w.pb_Slider, w.pb_SkewKurt})
+        pb->setFocusPolicy(Qt::ClickFocus);
+    for (MarkerShape* marker : {w.sh_LSL, w.sh_USL})
+        marker->setFocusPolicy(Qt::StrongFocus);
+
+    // Tab walks the frames top to bottom, each limit's box after its tick.
+    QWidget* const order[] = {
+        w.dd_Distribution,  w.tb_Param1, w.tb_Param2,       w.tb_Param3,       w.tb_Param4,
+        w.cb_LSL,           w.tb_LSL,    w.cb_Target,       w.tb_Target,       w.cb_USL,
+        w.tb_USL,           w.tb_Mean,   w.tb_StDev,        w.tb_Skewness,     w.tb_Kurtosis,
+        w.cb_DrawbyMoments, w.tb_Ymax,   w.cb_LockSkewness, w.cb_LockKurtosis, w.but_Plot,
+        w.sh_LSL,           w.sh_USL};
+    for (std::size_t i = 1; i < std::size(order); ++i)
+        QWidget::setTabOrder(order[i - 1], order[i]);
+
+    const std::tuple<QWidget*, const char*, const char*> described[] = {
+        {w.pb_PDF, "Density chart",
+         "The probability density, the area inside the spec limits shaded in one colour and "
+         "outside in another, with the limit lines"},
+        {w.pb_Slider, "Spec-limit markers", "Drag a marker, or focus it and use the arrow keys"},
+        {w.sh_LSL, "LSL marker",
+         "Left and Right move the lower spec limit by one pixel of the chart, with Shift by ten"},
+        {w.sh_USL, "USL marker",
+         "Left and Right move the upper spec limit by one pixel of the chart, with Shift by ten"},
+        {w.pb_SkewKurt, "Skewness-kurtosis chart",
+         "Skewness across, kurtosis up; the grey region is impossible. In moments mode drag the "
+         "point to choose the moments"},
+        {w.sh_SkewKurt, "Skewness-kurtosis point", "The current skewness and kurtosis"},
+        {w.pb_YTitle, "Kurtosis", "Title of the kurtosis axis"},
+        {w.pb_Lock, "Fix", "Caption of the lock boxes"},
+        {w.tb_LowerPNC, "PNC below LSL", "Fraction nonconforming below the lower spec limit"},
+        {w.tb_UpperPNC, "PNC above USL", "Fraction nonconforming above the upper spec limit"},
+        {w.tb_PNC, "Total PNC", "Fraction nonconforming in total"}};
+    for (const auto& [widget, name, description] : described) {
+        widget->setAccessibleName(name);
+        widget->setAccessibleDescription(description);
+    }
+    MarkMnemonics(w);
+}
+
+// Fresh letters for the captions, after the menu bar's.
+void MarkMnemonics(frm_Pondera& w) {
+    // Plot and the limits first, so that their letters never change; then the
+    // captions top to bottom (hidden ones take none).
+    std::vector<QWidget*> owners = {w.but_Plot,  w.cb_LSL,          w.cb_Target,
+                                    w.cb_USL,    w.lb_Distribution, w.lb_Param1,
+                                    w.lb_Param2, w.lb_Param3,       w.lb_Param4};
+    for (const char* name : {"lb_Mean", "lb_StDev", "lb_Skewness", "lb_Kurtosis"})
+        owners.push_back(w.findChild<QLabel*>(name));
+    for (QWidget* owner : {w.cb_DrawbyMoments, w.cb_LockSkewness, w.cb_LockKurtosis})
+        owners.push_back(owner);
+    auto textOf = [](QWidget* owner) {
+        if (auto* label = qobject_cast<QLabel*>(owner)) return label->text();
+        return static_cast<QAbstractButton*>(owner)->text();
+    };
+    std::vector<std::string> captions;
+    for (QWidget* owner : owners)
+        captions.push_back(owner->isHidden() ? std::string() : textOf(owner).toStdString());
+
+    // The menu bar keeps its letters (the marked one, else the first).
+    std::string menuLetters;
+    for (QAction* menu : w.menuBar()->actions()) {
+        const QString text = menu->text();
+        const qsizetype amp = text.indexOf('&');
+        const QString letter = amp >= 0 ? text.mid(amp + 1, 1) : text.left(1);
+        menuLetters += letter.toUpper().toStdString();
+    }
+    const std::vector<std::string> marked = Mnemonics::Mark(captions, menuLetters);
+    for (std::size_t i = 0; i < owners.size(); ++i) {
+        if (owners[i]->isHidden()) continue;
+        const QString text = QString::fromStdString(marked[i]);
+        if (auto* label = qobject_cast<QLabel*>(owners[i]))
+            label->setText(text);
+        else
+            static_cast<QAbstractButton*>(owners[i])->setText(text);
+    }
 }
 
 void PaintUpright(PictureBox& pb, const QString& text, int size) {

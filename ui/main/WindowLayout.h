@@ -16,6 +16,11 @@ namespace WindowLayout {
 void Build(frm_Pondera& w);
 // File, Edit and View with their items.
 void BuildMenus(frm_Pondera& w);
+// Shortcuts, label buddies, the Tab order, which surfaces take the focus,
+// accessible names, and the captions' mnemonics.
+void SetKeyboard(frm_Pondera& w);
+// Hands the captions' mnemonic letters out afresh (after they changed).
+void MarkMnemonics(frm_Pondera& w);
 // Every handler connected to its control's signal, each run as one user
 // action; focus events go to the window's one event filter.
 void Connect(frm_Pondera& w);

@@ -14,7 +14,9 @@
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
 #include "ui/main/MarkerDrag.h"
+#include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
+#include "ui/main/ResultsSheet.h"
 #include "ui/main/WindowLayout.h"
 #include "ui/main/frm_About2.h"
 #include "ui/main/frm_Data.h"
@@ -23,9 +25,13 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QFocusEvent>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -55,6 +61,8 @@ constexpr const char* kdd_Distribution_Change = "Pondera.frm_Pondera.dd_Distribu
 constexpr const char* kdd_Distribution_Click = "Pondera.frm_Pondera.dd_Distribution_Click";
 constexpr const char* ktb_Param1_LostFocus = "Pondera.frm_Pondera.tb_Param1_LostFocus";
 constexpr const char* kmnuCopytoClipboard_Click = "Pondera.frm_Pondera.mnuCopytoClipboard_Click";
+constexpr const char* kmnuSaveChart_Click = "Pondera.frm_Pondera.mnuSaveChart_Click";
+constexpr const char* kmnuCopyResults_Click = "Pondera.frm_Pondera.mnuCopyResults_Click";
 constexpr const char* kmnuOptions_Click = "Pondera.frm_Pondera.mnuOptions_Click";
 constexpr const char* kmnuAbout_Click = "Pondera.frm_Pondera.mnuAbout_Click";
 constexpr const char* kmnuQuit_Click = "Pondera.frm_Pondera.mnuQuit_Click";
@@ -117,6 +125,7 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
     WindowLayout::Build(*this);
     WindowLayout::BuildMenus(*this);
     WindowLayout::Connect(*this);
+    WindowLayout::SetKeyboard(*this);
     resize(1200, 880);
     Form_Initialize();
 }
@@ -212,6 +221,10 @@ void frm_Pondera::SetStatus(const std::string& text) {
     StatusPanel1->setText(Q(text));
 }
 
+std::string frm_Pondera::Caption(const QLabel* label) {
+    return Mnemonics::Plain(S(label->text()));
+}
+
 // ---- The plot pipeline ----
 
 PlotPipeline::Limits frm_Pondera::ReadLimits() const {
@@ -224,8 +237,8 @@ PlotPipeline::PlotInputs frm_Pondera::ReadPlotInputs() const {
     PlotPipeline::PlotInputs in;
     in.Name = S(dd_Distribution->Text());
     in.ParamTexts = TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4});
-    in.ParamLabels = {S(lb_Param1->text()), S(lb_Param2->text()), S(lb_Param3->text()),
-                      S(lb_Param4->text())};
+    in.ParamLabels = {Caption(lb_Param1), Caption(lb_Param2), Caption(lb_Param3),
+                      Caption(lb_Param4)};
     in.Param3Shown = !tb_Param3->isHidden();
     in.Limit = ReadLimits();
     return in;
@@ -458,6 +471,7 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
         for (QLineEdit* box : params)
             SetBoxLocked(box, byMoments);
         if (!byMoments) SetStatus("");
+        WindowLayout::MarkMnemonics(*this);
         // Outside moments mode both locks are ticked, so the chart shows the moments.
         SetCheckValue(cb_LockKurtosis, !byMoments, [&] { cb_LockKurtosis_Click(); });
         SetCheckValue(cb_LockSkewness, !byMoments, [&] { cb_LockSkewness_Click(); });
@@ -671,13 +685,18 @@ void frm_Pondera::DragMouseMove(const char* label, double x) {
     support::Trap(label, [&] {
         for (const DragMarker& m : DragMarkers()) {
             if (!m.Armed || !m.Check->isChecked()) continue;
-            const MarkerDrag::Follow f = MarkerDrag::FollowPointer(
-                ChartGeometry, x, m.Shape->Width(), DisplayOptions::AppDecPlaces);
-            m.Shape->SetLeft(f.Left);
-            m.Box->setText(Q(f.Text));
-            Plot();
+            FollowTo(m, x);
         }
     });
+}
+
+// One drag step: the marker and its limit follow the pointer, the chart is redrawn.
+void frm_Pondera::FollowTo(const DragMarker& m, double x) {
+    const MarkerDrag::Follow f =
+        MarkerDrag::FollowPointer(ChartGeometry, x, m.Shape->Width(), DisplayOptions::AppDecPlaces);
+    m.Shape->SetLeft(f.Left);
+    m.Box->setText(Q(f.Text));
+    Plot();
 }
 
 void frm_Pondera::DragMouseUp(const char* label) {
@@ -688,6 +707,32 @@ void frm_Pondera::DragMouseUp(const char* label) {
         DragUSL = false;
         NumPoints = MarkerDrag::kAfterDragPoints;
         Plot();
+    });
+}
+
+// An arrow key on a focused marker is a drag step at a pointer of its own:
+// the first arms the marker (red, 75 points) as a press would.
+void frm_Pondera::MarkerKeyDown(const char* label, int marker, int key, int shift) {
+    support::Trap(label, [&] {
+        const double step = MarkerDrag::KeyStep(key, shift);
+        const DragMarker m = DragMarkers()[marker];
+        if (step == 0 || !m.Check->isChecked()) return;
+        if (!m.Armed) {
+            m.Armed = true;
+            m.Shape->SetFillColor(look::kRed);
+            NumPoints = MarkerDrag::PointsFor(true);
+            keyPointerX_ = m.Shape->Left() + m.Shape->Width() / 2.0;
+        }
+        keyPointerX_ += step;
+        FollowTo(m, keyPointerX_);
+    });
+}
+
+// The key's release, or the focus leaving, ends a keyboard drag as a release
+// of the button ends a mouse drag.
+void frm_Pondera::MarkerKeyUp(const char* label) {
+    support::Trap(label, [&] {
+        if (DragLSL || DragUSL) DragMouseUp(label);
     });
 }
 
@@ -718,6 +763,7 @@ void frm_Pondera::dd_Distribution_Change() {
             boxes[i]->setVisible(rows[i].Label != nullptr);
             if (rows[i].DefaultText) boxes[i]->setText(rows[i].DefaultText);
         }
+        WindowLayout::MarkMnemonics(*this);
         for (QLineEdit* box : {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
             SetBoxLocked(box, true);
         Plot();
@@ -743,7 +789,7 @@ void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit
 void frm_Pondera::tb_Param1_LostFocus() {
     support::Trap(ktb_Param1_LostFocus, [&] {
         if (!support::IsNumeric(S(tb_Param1->text())))
-            support::MsgBox(PlotPipeline::NotANumber(S(lb_Param1->text())), kWarningTitle);
+            support::MsgBox(PlotPipeline::NotANumber(Caption(lb_Param1)), kWarningTitle);
     });
 }
 
@@ -770,6 +816,35 @@ void frm_Pondera::MomentChanged(const char* label) {
 
 void frm_Pondera::mnuCopytoClipboard_Click() {
     support::Trap(kmnuCopytoClipboard_Click, [&] { m_PictureBoxCopy::CopyEntirePicture(*pb_PDF); });
+}
+
+void frm_Pondera::mnuSaveChart_Click() {
+    support::Trap(kmnuSaveChart_Click, [&] {
+        QString path =
+            QFileDialog::getSaveFileName(this, "Save Chart As", "chart.png", "PNG images (*.png)");
+        if (path.isEmpty()) return;
+        if (QFileInfo(path).suffix().isEmpty()) path += ".png";
+        if (!m_PictureBoxCopy::SavePicture(*pb_PDF, path))
+            support::MsgBox("The chart could not be saved to " + S(path) + ".", kWarningTitle);
+    });
+}
+
+void frm_Pondera::mnuCopyResults_Click() {
+    support::Trap(kmnuCopyResults_Click, [&] {
+        ResultsSheet::Shown shown;
+        shown.Distribution = S(dd_Distribution->Text());
+        const std::pair<QLabel*, QLineEdit*> params[] = {{lb_Param1, tb_Param1},
+                                                         {lb_Param2, tb_Param2},
+                                                         {lb_Param3, tb_Param3},
+                                                         {lb_Param4, tb_Param4}};
+        for (const auto& [caption, box] : params)
+            if (!box->isHidden()) shown.Params.emplace_back(Caption(caption), S(box->text()));
+        shown.Limit = ReadLimits();
+        shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
+        shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
+        if (QClipboard* clipboard = QGuiApplication::clipboard())
+            clipboard->setText(Q(ResultsSheet::Text(shown)));
+    });
 }
 
 void frm_Pondera::mnuOptions_Click() {

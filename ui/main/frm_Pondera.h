@@ -105,7 +105,9 @@ class frm_Pondera : public QMainWindow {
     QLabel* StatusPanel1 = nullptr; // panel 1 of the status bar
 
     QAction* mnuQuit = nullptr;
+    QAction* mnuSaveChart = nullptr;
     QAction* mnuCopytoClipboard = nullptr;
+    QAction* mnuCopyResults = nullptr;
     QAction* mnuXAxis = nullptr;
     QAction* mnuYAxis = nullptr;
     QAction* mnuLabels = nullptr;
@@ -223,6 +225,8 @@ class frm_Pondera : public QMainWindow {
         ViewToggle("Pondera.frm_Pondera.mnuLabels_Click", ShowLabels, mnuLabels);
     }
     void mnuCopytoClipboard_Click();
+    void mnuSaveChart_Click();
+    void mnuCopyResults_Click();
     void mnuOptions_Click();
     void mnuAbout_Click();
     void mnuQuit_Click();
@@ -252,6 +256,19 @@ class frm_Pondera : public QMainWindow {
     void pb_Slider_MouseUp(int, int, double, double) {
         DragMouseUp("Pondera.frm_Pondera.pb_Slider_MouseUp");
     }
+
+    // A focused marker moved by the arrow keys: each press a drag step, the
+    // release or the loss of focus the end of the drag.
+    void sh_LSL_KeyDown(int key, int shift) {
+        MarkerKeyDown("Pondera.frm_Pondera.sh_LSL_KeyDown", 0, key, shift);
+    }
+    void sh_USL_KeyDown(int key, int shift) {
+        MarkerKeyDown("Pondera.frm_Pondera.sh_USL_KeyDown", 1, key, shift);
+    }
+    void sh_LSL_KeyUp(int, int) { MarkerKeyUp("Pondera.frm_Pondera.sh_LSL_KeyUp"); }
+    void sh_USL_KeyUp(int, int) { MarkerKeyUp("Pondera.frm_Pondera.sh_USL_KeyUp"); }
+    void sh_LSL_LostFocus() { MarkerKeyUp("Pondera.frm_Pondera.sh_LSL_LostFocus"); }
+    void sh_USL_LostFocus() { MarkerKeyUp("Pondera.frm_Pondera.sh_USL_LostFocus"); }
 
     void cb_DrawbyMoments_Click();
     void cb_DrawbyMoments_GotFocus() {
@@ -290,6 +307,8 @@ class frm_Pondera : public QMainWindow {
     void RedrawLastChart();
     // Sets panel 1 of the status bar.
     void SetStatus(const std::string& text);
+    // A label's caption as the user reads it, without its mnemonic marker.
+    static std::string Caption(const QLabel* label);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -331,9 +350,14 @@ class frm_Pondera : public QMainWindow {
     std::array<DragMarker, 2> DragMarkers();
     void DragMouseDown(const char* label, int button, double x);
     void DragMouseMove(const char* label, double x);
+    void FollowTo(const DragMarker& m, double x);
     void DragMouseUp(const char* label);
+    void MarkerKeyDown(const char* label, int marker, int key, int shift);
+    void MarkerKeyUp(const char* label);
     void ViewToggle(const char* label, bool& flag, const QAction* item);
 
+    // Where the arrow keys have moved the pointer of a keyboard drag.
+    double keyPointerX_ = 0;
     frm_Options* options_ = nullptr;
     frm_Data* dataDialog_ = nullptr;
     bool unloaded_ = false;

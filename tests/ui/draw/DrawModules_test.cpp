@@ -1,4 +1,4 @@
-// Rotated text and the clipboard copy.
+// Rotated text, the clipboard copy and the saved picture.
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/m_PictureBoxCopy.h"
 #include "ui/draw/m_TextRotate.h"
@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
@@ -52,4 +53,19 @@ TEST_F(DrawModulesTest, CopyPutsTheDevicePictureOnTheClipboardAsPngFirst) {
     EXPECT_EQ(QColor(copied.pixel(20, 20)), QColor(255, 0, 0));
     EXPECT_EQ(QColor(copied.pixel(60, 20)), QColor(255, 255, 255));
     EXPECT_TRUE(ErrorLabels().empty());
+}
+
+TEST_F(DrawModulesTest, SaveWritesTheDevicePictureAsPng) {
+    PictureBox box;
+    box.SetPictureSize(50, 30);
+    box.SetPixelRatio(1.5);
+    box.Cls();
+    box.Box(5, 5, 20, 20, 0x0000FF, true);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("chart.png");
+    ASSERT_TRUE(m_PictureBoxCopy::SavePicture(box, path));
+    const QImage saved(path, "PNG");
+    EXPECT_EQ(saved.size(), QSize(75, 45));
+    EXPECT_EQ(QColor(saved.pixel(15, 15)), QColor(255, 0, 0));
+    EXPECT_FALSE(m_PictureBoxCopy::SavePicture(box, "/nonexistent-dir/chart.png"));
 }

@@ -30,3 +30,11 @@ TEST(MarkerDrag, TheMarkerFollowsThePointerAndTheLimitTakesTheValueUnderIt) {
     EXPECT_DOUBLE_EQ(f.Left, 60 + 310 * 0.75 - 6.5);
     EXPECT_EQ(f.Text, "1.000");
 }
+
+TEST(MarkerDrag, ArrowKeysStepOnePixelOrTenWithShift) {
+    EXPECT_EQ(MarkerDrag::KeyStep(MarkerDrag::kKeyLeft, 0), -1);
+    EXPECT_EQ(MarkerDrag::KeyStep(MarkerDrag::kKeyRight, 0), 1);
+    EXPECT_EQ(MarkerDrag::KeyStep(MarkerDrag::kKeyLeft, 1), -10);
+    EXPECT_EQ(MarkerDrag::KeyStep(MarkerDrag::kKeyRight, 3), 10); // Shift+Ctrl
+    EXPECT_EQ(MarkerDrag::KeyStep(38, 0), 0);                     // up
+}

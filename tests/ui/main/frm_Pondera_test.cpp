@@ -6,6 +6,7 @@
 #include "ui/main/frm_Data.h"
 #include "ui/options/frm_Options.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QPlainTextEdit>
@@ -35,7 +36,7 @@ TEST_F(WindowTest, StartsWithTheNormalDrawnAndTheChartLocked) {
 
 TEST_F(WindowTest, PlotDrawsTheDensityAndTheFigures) {
     Choose("Weibull");
-    EXPECT_EQ(w->lb_Param3->text(), "Minimum:");
+    EXPECT_EQ(frm_Pondera::Caption(w->lb_Param3), "Minimum:");
     Choose("Normal");
     EXPECT_TRUE(w->tb_Param3->isHidden());
     Type(w->tb_Param1, "1");
@@ -98,6 +99,38 @@ TEST_F(WindowTest, DraggingTheLSLMarkerMovesTheLimitLive) {
     EXPECT_LT(RelErr(Num(w->tb_LowerPNC), NormalCdf(Num(w->tb_LSL))), 1e-6);
     EXPECT_EQ(Text(w->tb_USL), "1");
     EXPECT_TRUE(Rec().Messages.empty());
+}
+
+// Each key is a drag step of one pixel of the chart, ten with Shift, read with
+// the geometry of the last drawing as a pointer's would be.
+TEST_F(WindowTest, ArrowKeysDragAFocusedMarker) {
+    Tick(w->cb_LSL, w->tb_LSL, "-1");
+    const double x = w->sh_LSL->Left() + w->sh_LSL->Width() / 2.0;
+    const DensityChart::Geometry g = w->ChartGeometry;
+    w->sh_LSL->setFocus(Qt::TabFocusReason);
+    QTest::keyPress(w->sh_LSL, Qt::Key_Right);
+    EXPECT_TRUE(w->DragLSL);
+    EXPECT_EQ(w->PlotX.size(), 76u);
+    EXPECT_EQ(w->sh_LSL->FillColor(), 0x0000FFu);
+    EXPECT_NEAR(Num(w->tb_LSL), -1 + g.XRange / g.PlotWidth, 1e-6);
+    const DensityChart::Geometry g75 = w->ChartGeometry;
+    QTest::keyPress(w->sh_LSL, Qt::Key_Left, Qt::ShiftModifier);
+    EXPECT_NEAR(Num(w->tb_LSL), g75.ValueAtPixel(x + 1 - 10), 1e-6);
+    QTest::keyRelease(w->sh_LSL, Qt::Key_Left, Qt::ShiftModifier);
+    EXPECT_FALSE(w->DragLSL);
+    EXPECT_EQ(w->PlotX.size(), 501u);
+    EXPECT_EQ(w->sh_LSL->FillColor(), 0u);
+    EXPECT_TRUE(Rec().Messages.empty());
+}
+
+TEST_F(WindowTest, MenusCarryTheDesktopsShortcutsAndFieldsTheirMnemonics) {
+    EXPECT_EQ(w->mnuCopytoClipboard->shortcut(), QKeySequence(QKeySequence::Copy));
+    EXPECT_EQ(w->mnuQuit->shortcut(), QKeySequence("Ctrl+Q"));
+    EXPECT_EQ(w->mnuSaveChart->shortcut(), QKeySequence("Ctrl+S"));
+    EXPECT_EQ(w->lb_Param1->buddy(), w->tb_Param1);
+    EXPECT_EQ(w->lb_Param1->text(), "&Mean:");
+    EXPECT_EQ(w->pb_PDF->focusPolicy(), Qt::ClickFocus);
+    EXPECT_EQ(w->sh_LSL->focusPolicy(), Qt::StrongFocus);
 }
 
 class MomentsTest : public WindowTest {

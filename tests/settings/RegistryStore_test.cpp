@@ -98,6 +98,10 @@ TEST_F(StoreTest, ValuesEnumerateInTheOrderFirstWritten) {
     for (const auto& name : written)
         ASSERT_EQ(SetText(key, name, "x"), ERROR_SUCCESS);
     ASSERT_EQ(SetText(key, "zeta", "rewritten"), ERROR_SUCCESS); // keeps its place
+    const Info info = InfoOf(key); // the sizes the settings object's key listing relies on
+    EXPECT_EQ(info.Values, 4u);
+    EXPECT_EQ(info.LongestName, written[3].size());
+    EXPECT_EQ(info.LargestData, std::strlen("rewritten") + 1);
 
     std::vector<std::string> names;
     char name[64];

@@ -1,5 +1,6 @@
 #include "support/ErrorReporter.h"
 #include "support/ErrorTrap.h"
+#include "support/m_Interface.h"
 #include "tests/helpers/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -138,6 +139,20 @@ TEST_F(ErrorPath, AFullLogBecomesTheOlderGenerationAndEveryLineStaysWhole) {
                 << file << ": " << line.substr(0, 80);
     }
     fs::remove(old);
+}
+
+TEST_F(ErrorPath, ObjectErrorNumbersGetTheirOwnBoxesAndNoReport) {
+    for (const auto& [number, title] :
+         {std::pair{m_Interface::kErrExceptionBox, "Exception"},
+          std::pair{m_Interface::kErrUserInputBox, "User input error"}}) {
+        Rec().Clear();
+        support::Trap("Pondera.Test.Box",
+                      [&] { support::Raise(number, "Pondera", "Type a number"); });
+        ASSERT_EQ(Rec().Messages.size(), 1u) << title;
+        EXPECT_EQ(Rec().Messages[0].Title, title);
+        EXPECT_EQ(Rec().Messages[0].Text, "Type a number");
+        EXPECT_TRUE(Rec().Reports.empty()) << title;
+    }
 }
 
 } // namespace

@@ -2,10 +2,10 @@
 #include "app/CliJson.h"
 
 #include "support/UserFace.h"
-#include "tests/app/JsonReader.h"
 #include "tests/helpers/TestSupport.h"
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -32,7 +32,7 @@ TEST_F(CliJsonTest, NumbersKeepSeventeenDigitsAndNonFiniteBecomesNull) {
 TEST_F(CliJsonTest, StringsAreEscaped) {
     const std::string nasty = "a\"b\\c\nd\te\x01 \xc3\xa9";
     EXPECT_EQ(cli::Quote(nasty), "\"a\\\"b\\\\c\\nd\\te\\u0001 \xc3\xa9\"");
-    EXPECT_EQ(json_reader::Parse(cli::JsonObject().AddString("k", nasty).Str()).S("k"), nasty);
+    EXPECT_EQ(nlohmann::json::parse(cli::JsonObject().AddString("k", nasty).Str())["k"], nasty);
 }
 
 TEST_F(CliJsonTest, OffendingTextIsQuotedToEightyCharactersAndAnEllipsis) {
@@ -53,15 +53,13 @@ TEST_F(CliJsonTest, RecordedMessagesAndDistinctErrorsAreAddedAndCleared) {
         {{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 3},
          {"Pondera.m_Distributions.StDev", 11, "Pondera", "Division by zero", 1}});
     Rec().ShowErrorReport({{"Pondera.m_Distributions.mean", 6, "Pondera", "Overflow", 1}});
-    const auto v = json_reader::Parse(cli::JsonObject().Add("x", 1).AddRecorded().Str());
-    ASSERT_EQ(v.Size.at("messages"), 1u);
-    EXPECT_EQ(v.S("messages.0.title"), "Pondera");
-    EXPECT_EQ(v.S("messages.0.text"), "Standard deviation must be greater than zero.");
-    ASSERT_EQ(v.Size.at("errors"), 2u);
-    EXPECT_EQ(v.S("errors.0.label"), "Pondera.m_Distributions.mean");
-    EXPECT_EQ(v.N("errors.0.number"), 6);
-    EXPECT_EQ(v.S("errors.0.source"), "Pondera");
-    EXPECT_EQ(v.S("errors.1.description"), "Division by zero");
+    const auto v = nlohmann::json::parse(cli::JsonObject().Add("x", 1).AddRecorded().Str());
+    EXPECT_EQ(v["messages"], nlohmann::json::parse(R"([{"title": "Pondera",
+        "text": "Standard deviation must be greater than zero."}])"));
+    ASSERT_EQ(v["errors"].size(), 2u);
+    EXPECT_EQ(v["errors"][0], nlohmann::json::parse(R"({"label": "Pondera.m_Distributions.mean",
+        "number": 6, "source": "Pondera", "description": "Overflow"})"));
+    EXPECT_EQ(v["errors"][1]["description"], "Division by zero");
     EXPECT_TRUE(Rec().Messages.empty());
     EXPECT_TRUE(Rec().Reports.empty());
 }

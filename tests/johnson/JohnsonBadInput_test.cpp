@@ -57,9 +57,7 @@ TEST_F(JohnsonBadInput, ExtremeButNumericMoments) {
     // mean, sd, skewness, kurtosis, and the type expected ("" when only a clear outcome is asked)
     const std::tuple<double, double, double, double, const char*> rows[] = {
         {0, 1e-300, 0.5, -1, ""},   // SL on the line: sd^2 underflows, a reported error
-        {0, 1, 2, 1e6, "SU"},       // very long tails, still an SU curve
         {0, 1, 1e3, 30, "Error"},   // kurtosis far below skewness^2 + 1
-        {0, 1, 1e3, 1e6 + 2, ""},   // just above the boundary at skewness 1000
         {1e300, 1e300, 0.5, 4, ""}, // lamda and xi overflow
         {0, 1, 0.0001, 1e9, ""},    // SUFIT's m below zero: a reported error
     };

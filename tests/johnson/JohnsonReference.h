@@ -69,22 +69,11 @@ inline double Logistic(double t) {
     return t >= 0 ? 1 / (1 + std::exp(-t)) : std::exp(t) / (1 + std::exp(t));
 }
 
-// The curve of a JDistribution text with the four parameters, from Johnson's definitions:
-//   SB: X = xi + lamda / (1 + exp(-(Z - gamma) / delta))
-//   SU: X = xi + lamda sinh((Z - gamma) / delta)
-//   SL: X = xi + lamda exp((Z - gamma) / delta), lamda = +-1 (Z and -Z share a law)
-//   Normal: X = (Z - gamma) / delta
-inline Moments OfCurve(const std::string& type, double delta, double gamma, double lamda,
-                       double xi) {
-    if (type == "Normal") return {-gamma / delta, 1 / delta, 0, 3};
-    if (type == "SB") // bounded: the normal weight alone sets the range
-        return OfTransform([=](double z) { return xi + lamda * Logistic((z - gamma) / delta); }, 12,
-                           std::min(0.25, delta));
-    const double zmax = 12 + 4 / delta; // the fourth moment's integrand peaks near 4 / delta
-    if (type == "SU")
-        return OfTransform([=](double z) { return xi + lamda * std::sinh((z - gamma) / delta); },
-                           zmax);
-    return OfTransform([=](double z) { return xi + lamda * std::exp((z - gamma) / delta); }, zmax);
+// Moments of the SB curve X = xi + lamda / (1 + exp(-(Z - gamma) / delta)), from
+// Johnson's definition; bounded, so the normal weight alone sets the range.
+inline Moments OfSB(double delta, double gamma, double lamda, double xi) {
+    return OfTransform([=](double z) { return xi + lamda * Logistic((z - gamma) / delta); }, 12,
+                       std::min(0.25, delta));
 }
 
 // Inverse normal by Newton's method on erfc, working in the smaller tail so the

@@ -70,14 +70,9 @@ struct CurveRow {
 const CurveRow kCurves[] = {
     {"Normal", kNormal, {10, 2}},
     {"LogNormal", kLogNormal, {0.5, 0.8, 3}},
-    {"Exponential", kExponential, {2, 1}},
     {"Weibull", kWeibull, {1.7, 3, -1}},
-    {"Uniform", kUniform, {-1, 4}},
-    {"Triangular", kTriangular, {0, 1, 5}},
     {"Triangular_mode_at_max", kTriangular, {0, 5, 5}},
     {"JohnsonSB", kJohnsonSB, {1.36, 1.98, 8.59, -1.82}},
-    {"JohnsonSU", kJohnsonSU, {1.97, -1.13, 1.44, -1.0}},
-    {"JohnsonSL", kJohnsonSL, {1.81, -0.66, 1, -0.68}},
     {"JohnsonSL_mirrored", kJohnsonSL, {5.11, -4.65, -1, 4.53}},
     {"Johnson_normal_form", 0, {0.5, -2.5}},
 };

@@ -30,12 +30,10 @@ const ParseRow kParseRows[] = {
      '.',
      {1.5, 2, 3, 4, 30},
      ""},
-    {"byte_order_mark", "\xEF\xBB\xBFx\n-1\n", '.', {-1}, ""},
     {"decimal_comma", "1,5;2,25\n3.5\n", ',', {1.5, 2.25, 3.5}, ""},
     {"comma_in_a_point_locale", "x\n1,5\n", '.', {}, "line 2: \"1,5\" is not a number"},
     {"no_thousands_separator", "x\n1.234,5\n", ',', {}, "line 2: \"1.234,5\" is not a number"},
     {"bad_line", "value\n1\n2\nabc\n5\n", '.', {}, "line 4: \"abc\" is not a number"},
-    {"unit_after_a_value", "12.5 mm\n", '.', {}, "line 1: \"mm\" is not a number"},
 };
 
 class SampleParse : public testing_support::RecordingTest,
@@ -99,7 +97,7 @@ TEST_F(SampleData, FittedCurveHasTheSampleMoments) {
     fit.Calculate(s.Mean, s.StDev, s.Skewness, s.Kurtosis);
     ASSERT_EQ(fit.JDistribution, "SB");
     const johnson_reference::Moments m =
-        johnson_reference::OfCurve("SB", fit.Delta, fit.Gamma, fit.Lamda, fit.Xi);
+        johnson_reference::OfSB(fit.Delta, fit.Gamma, fit.Lamda, fit.Xi);
     // AS 99 sets lamda and xi before its last Newton step: mean and sd trail a little.
     EXPECT_NEAR(m.Mean, s.Mean, 5e-5 * s.StDev);
     EXPECT_LE(RelErr(m.Sd, s.StDev), 5e-5);

@@ -67,10 +67,6 @@ TEST_F(AppSettingsTest, PropertyChecksRaiseTheirErrorAndKeepTheOldValue) {
              "Invalid root key value"},
             {"empty branch", [](CAppSettings& s) { s.SetMainBranch(""); }, 0x8004427F,
              "Invalid MainBranch value"},
-            {"empty company", [](CAppSettings& s) { s.SetCompanyName(""); }, 0x8004427E,
-             "Invalid CompanyName value"},
-            {"empty app", [](CAppSettings& s) { s.SetAppName(""); }, 0x8004427D,
-             "Invalid AppName value"},
             {"Init with empty app", [](CAppSettings& s) { s.Init("Other", ""); }, 0x8004427D,
              "Invalid AppName value"},
         };
@@ -146,12 +142,6 @@ TEST_F(AppSettingsTest, DeleteSettingRemovesOnlyASubkeyLiterallyNamedKey) {
 TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{2});
     std::vector<std::string> keys;
-    const auto unwritable = [&] {
-        std::ofstream(dir_ / "blocker") << "x";
-        setenv("PONDERA_REGISTRY", (dir_ / "blocker" / "registry.sqlite3").c_str(), 1);
-        Reopen();
-        settings_.SaveSetting(kSection, "AppXTicks", int64_t{5});
-    };
     const std::tuple<const char*, std::function<void()>, uint32_t, const char*> cases[] = {
         {"delete without a subkey Key", [&] { settings_.DeleteSetting(kSection, "AppDecPlaces"); },
          0x80044282, "Failed deleting the application setting"},
@@ -160,8 +150,6 @@ TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
         {"section name too long",
          [&] { settings_.SaveSetting(std::string(300, 's'), "X", int64_t{1}); }, 0x80044281,
          "Failed saving the application setting"},
-        {"store that cannot be written", unwritable, 0x80044281,
-         "Failed saving the application setting"},
     };
     for (const auto& [what, operation, number, description] : cases) {
         const auto e = Raised(operation);
@@ -169,9 +157,5 @@ TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
         EXPECT_EQ(e.Source, "Pondera.CAppSetting") << what;
         EXPECT_EQ(e.Description, description) << what;
     }
-    // Nothing was deleted, and the unwritable store still reads as defaults.
-    EXPECT_EQ(Get("AppXTicks", 2.0), Value(2.0));
-    Reopen();
-    setenv("PONDERA_REGISTRY", StorePath().c_str(), 1);
-    EXPECT_EQ(Get("AppDecPlaces", std::string()), Value(std::string("2")));
+    EXPECT_EQ(Get("AppDecPlaces", std::string()), Value(std::string("2"))) << "nothing deleted";
 }

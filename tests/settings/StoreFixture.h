@@ -12,7 +12,6 @@
 #include <functional>
 #include <iterator>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -68,23 +67,6 @@ class StoreTest : public testing_support::RecordingTest {
   private:
     std::vector<std::pair<std::string, std::string>> saved_;
 };
-
-// Starts body in a child process with its own store connection; returns its pid.
-inline pid_t Spawn(const std::function<int()>& body) {
-    const pid_t pid = fork();
-    if (pid == 0) {
-        RegistryStore::AbandonAfterFork();
-        _exit(body());
-    }
-    return pid;
-}
-
-// The child's exit status (0 = success).
-inline int Wait(pid_t pid) {
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
 
 // The program's settings object named as at start-up, the display options at
 // their start values before and after each test.

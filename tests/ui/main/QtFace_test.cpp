@@ -1,7 +1,6 @@
-// The window's face and the About box.
+// The window's face: message boxes and the error report.
 #include "tests/helpers/TestSupport.h"
 #include "ui/main/QtFace.h"
-#include "ui/main/frm_About2.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -9,7 +8,6 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -71,16 +69,4 @@ TEST(QtFace, WhileTheWindowIsBuiltEachWarningWaitsAndShowsOnceAfter) {
     CloseNextModal([&](QWidget* modal) { shown << qobject_cast<QMessageBox*>(modal)->text(); });
     face.Release();
     EXPECT_EQ(shown, QStringList{"Nothing to draw"});
-}
-
-TEST(About, NamesTheProductItsVersionAndPurpose) {
-    frm_About2 about;
-    EXPECT_EQ(about.lb_Title->text(), "Pondera");
-    EXPECT_TRUE(QRegularExpression("^Version \\d+\\.\\d+\\.\\d+$")
-                    .match(about.lb_Version->text())
-                    .hasMatch())
-        << about.lb_Version->text().toStdString();
-    EXPECT_TRUE(about.lb_Description->text().contains("fraction nonconforming"));
-    CloseNextModal([](QWidget*) {});
-    EXPECT_EQ(about.exec(), QDialog::Accepted);
 }

@@ -132,6 +132,11 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
 
 frm_Pondera::~frm_Pondera() {
     Form_Unload();
+    // The children outlive this part of the object (QWidget deletes them later) and
+    // may still signal, a marker losing its focus for one: nothing may reach a
+    // handler of a window that is half gone.
+    for (QObject* child : findChildren<QObject*>())
+        QObject::disconnect(child, nullptr, this, nullptr);
 }
 
 bool frm_Pondera::eventFilter(QObject* watched, QEvent* event) {

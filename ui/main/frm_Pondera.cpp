@@ -42,37 +42,8 @@
 
 namespace {
 
-// Error labels, one per procedure.
-constexpr const char* kForm_Initialize = "Pondera.frm_Pondera.Form_Initialize";
-constexpr const char* kForm_Paint = "Pondera.frm_Pondera.Form_Paint";
-constexpr const char* kForm_Unload = "Pondera.frm_Pondera.Form_Unload";
-constexpr const char* kForm_Resize = "Pondera.frm_Pondera.Form_Resize";
-constexpr const char* kPlot = "Pondera.frm_Pondera.Plot";
-constexpr const char* kCalcMomentsforDistribution =
-    "Pondera.frm_Pondera.CalcMomentsforDistribution";
-constexpr const char* kCalcPercent = "Pondera.frm_Pondera.CalcPercent";
+// The redraw after a resize reports as the drawing it repeats.
 constexpr const char* kDrawPDF = "Pondera.frm_Pondera.DrawPDF";
-constexpr const char* kPlotbyMoments = "Pondera.frm_Pondera.PlotbyMoments";
-constexpr const char* kSetFrameInactive = "Pondera.frm_Pondera.SetFrameInactive";
-constexpr const char* kPlotSkewKurt = "Pondera.frm_Pondera.PlotSkewKurt";
-constexpr const char* kDrawSkewKurtLimits = "Pondera.frm_Pondera.DrawSkewKurtLimits";
-constexpr const char* kbut_Plot_Click = "Pondera.frm_Pondera.but_Plot_Click";
-constexpr const char* kdd_Distribution_Change = "Pondera.frm_Pondera.dd_Distribution_Change";
-constexpr const char* kdd_Distribution_Click = "Pondera.frm_Pondera.dd_Distribution_Click";
-constexpr const char* ktb_Param1_LostFocus = "Pondera.frm_Pondera.tb_Param1_LostFocus";
-constexpr const char* kmnuCopytoClipboard_Click = "Pondera.frm_Pondera.mnuCopytoClipboard_Click";
-constexpr const char* kmnuSaveChart_Click = "Pondera.frm_Pondera.mnuSaveChart_Click";
-constexpr const char* kmnuCopyResults_Click = "Pondera.frm_Pondera.mnuCopyResults_Click";
-constexpr const char* kmnuOptions_Click = "Pondera.frm_Pondera.mnuOptions_Click";
-constexpr const char* kmnuAbout_Click = "Pondera.frm_Pondera.mnuAbout_Click";
-constexpr const char* kmnuQuit_Click = "Pondera.frm_Pondera.mnuQuit_Click";
-constexpr const char* kmnuFitToData_Click = "Pondera.frm_Pondera.mnuFitToData_Click";
-constexpr const char* kmnuClearData_Click = "Pondera.frm_Pondera.mnuClearData_Click";
-constexpr const char* kApplyData = "Pondera.frm_Pondera.ApplyData";
-constexpr const char* kcb_DrawbyMoments_Click = "Pondera.frm_Pondera.cb_DrawbyMoments_Click";
-constexpr const char* kpb_SkewKurt_MouseDown = "Pondera.frm_Pondera.pb_SkewKurt_MouseDown";
-constexpr const char* kpb_SkewKurt_MouseMove = "Pondera.frm_Pondera.pb_SkewKurt_MouseMove";
-constexpr const char* kpb_SkewKurt_MouseUp = "Pondera.frm_Pondera.pb_SkewKurt_MouseUp";
 
 constexpr const char* kWarningTitle = PlotPipeline::kWarningTitle;
 constexpr const char* kCalculating = "Calculating...";
@@ -172,7 +143,7 @@ void frm_Pondera::showEvent(QShowEvent* event) {
 // ---- Start-up, paint, unload ----
 
 void frm_Pondera::Form_Initialize() {
-    support::Trap(kForm_Initialize, [&] {
+    support::Trap({kModule, __func__}, [&] {
         setWindowTitle("Pondera");
         // pb_PDF: solid fills, pixels, opaque text background, persistent drawing.
         pb_PDF->SetFontTransparent(false);
@@ -199,18 +170,18 @@ void frm_Pondera::Form_Initialize() {
 }
 
 void frm_Pondera::Form_Paint() {
-    support::Trap(kForm_Paint, [&] {
+    support::Trap({kModule, __func__}, [&] {
         WindowLayout::PaintUpright(*pb_YTitle, "Kurtosis", 13);
         WindowLayout::PaintUpright(*pb_Lock, "Fix", 12);
     });
 }
 
 void frm_Pondera::Form_Resize() {
-    support::Trap(kForm_Resize, [&] { RedrawLastChart(); });
+    support::Trap({kModule, __func__}, [&] { RedrawLastChart(); });
 }
 
 void frm_Pondera::Form_Unload() {
-    support::Trap(kForm_Unload, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (unloaded_) return;
         unloaded_ = true;
         if (options_) {
@@ -263,7 +234,7 @@ bool frm_Pondera::Refused(const PlotPipeline::Check& check) {
 }
 
 void frm_Pondera::Plot() {
-    support::Trap(kPlot, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (cb_DrawbyMoments->isChecked()) {
             SetStatus(kCalculating);
             // PlotbyMoments fills the PNC boxes itself when it draws; a run that
@@ -345,7 +316,7 @@ void frm_Pondera::ShowPNC(const std::array<std::string, 3>& texts) {
 }
 
 void frm_Pondera::CalcMomentsforDistribution() {
-    support::Trap(kCalcMomentsforDistribution, [&] {
+    support::Trap({kModule, __func__}, [&] {
         PlotPipeline::MomentsOf(S(dd_Distribution->Text()), ValOf(tb_Param1), ValOf(tb_Param2),
                                 ValOf(tb_Param3), Current);
         SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis},
@@ -354,7 +325,7 @@ void frm_Pondera::CalcMomentsforDistribution() {
 }
 
 void frm_Pondera::CalcPercent() {
-    support::Trap(kCalcPercent, [&] {
+    support::Trap({kModule, __func__}, [&] {
         // In moments mode the fitted curve's exact parameters, not their rounded
         // display; a fit without a curve has no figures.
         if (cb_DrawbyMoments->isChecked() && !fit_) {
@@ -377,7 +348,7 @@ void frm_Pondera::CalcPercent() {
 void frm_Pondera::DrawPDF(bool refresh, int xTicks, int yTicks, double xTickLength,
                           double yTickLength, PictureBox& pbObject, const std::vector<double>& x,
                           const std::vector<double>& y) {
-    support::Trap(kDrawPDF, [&] {
+    support::Trap({kModule, __func__}, [&] {
         lastLimits_ = {{{cb_LSL->isChecked(), ValOf(tb_LSL)},
                         {cb_Target->isChecked(), ValOf(tb_Target)},
                         {cb_USL->isChecked(), ValOf(tb_USL)}}};
@@ -444,7 +415,7 @@ void frm_Pondera::RedrawLastChart() {
 // ---- Drawing by moments ----
 
 void frm_Pondera::cb_DrawbyMoments_Click() {
-    support::Trap(kcb_DrawbyMoments_Click, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const bool byMoments = cb_DrawbyMoments->isChecked();
         QStringList names;
         for (const auto& n : byMoments ? m_Distributions::MomentsListOrder()
@@ -489,7 +460,7 @@ void frm_Pondera::cb_DrawbyMoments_Click() {
 
 bool frm_Pondera::PlotbyMoments() {
     bool drawn = false;
-    support::Trap(kPlotbyMoments, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const auto texts = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
         if (Refused(MomentsStep::CheckMomentTexts(texts))) return;
         if (Refused(PlotPipeline::CheckLimitTexts(ReadLimits()))) return;
@@ -537,7 +508,7 @@ bool frm_Pondera::PlotbyMoments() {
 }
 
 void frm_Pondera::SetFrameInactive() {
-    support::Trap(kSetFrameInactive, [&] {
+    support::Trap({kModule, __func__}, [&] {
         for (TitledFrame* frame : findChildren<TitledFrame*>())
             frame->Focus(false);
     });
@@ -546,7 +517,7 @@ void frm_Pondera::SetFrameInactive() {
 // ---- The skewness-kurtosis chart ----
 
 void frm_Pondera::PlotSkewKurt(double skewFrom, double skewTo) {
-    support::Trap(kPlotSkewKurt, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const SkewKurtChart::Boundary boundary = SkewKurtChart::MakeBoundary(skewFrom, skewTo);
         DrawSkewKurtLimits(*pb_SkewKurt, boundary, SkewKurtChart::kBoundaryPoints, 5, 5, 4, 4,
                            true);
@@ -556,7 +527,7 @@ void frm_Pondera::PlotSkewKurt(double skewFrom, double skewTo) {
 void frm_Pondera::DrawSkewKurtLimits(PictureBox& surface, const SkewKurtChart::Boundary& boundary,
                                      int /*count*/, int xTicks, int yTicks, double xTickLength,
                                      double yTickLength, bool refresh) {
-    support::Trap(kDrawSkewKurtLimits, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const SkewKurtChart::Result result = SkewKurtChart::Draw(surface, boundary,
                                                                  {.Refresh = refresh,
                                                                   .XTicks = xTicks,
@@ -605,7 +576,7 @@ void frm_Pondera::PlaceDataPoint() {
 }
 
 // The body both lock clicks share.
-void frm_Pondera::SkewKurtLockClick(const char* label) {
+void frm_Pondera::SkewKurtLockClick(support::Label label) {
     support::Trap(label, [&] {
         PlotSkewKurt(-4, 4);
         const SkewKurtChart::PickScale scale = ReadPickScale();
@@ -628,13 +599,13 @@ void frm_Pondera::SkewKurtLockClick(const char* label) {
 }
 
 void frm_Pondera::pb_SkewKurt_MouseDown(int button, int, double, double) {
-    support::Trap(kpb_SkewKurt_MouseDown, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (button == 1 && cb_DrawbyMoments->isChecked()) sh_SkewKurt->SetFillColor(look::kWhite);
     });
 }
 
 void frm_Pondera::pb_SkewKurt_MouseMove(int button, int, double x, double y) {
-    support::Trap(kpb_SkewKurt_MouseMove, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!support::IsNumeric(S(tb_Ymax->text()))) {
             support::MsgBox("Maximum Kurtosis value must be a positive number greater than 1",
                             kWarningTitle);
@@ -660,7 +631,7 @@ void frm_Pondera::pb_SkewKurt_MouseMove(int button, int, double x, double y) {
 }
 
 void frm_Pondera::pb_SkewKurt_MouseUp(int, int, double, double) {
-    support::Trap(kpb_SkewKurt_MouseUp, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!cb_DrawbyMoments->isChecked()) return;
         sh_SkewKurt->SetFillColor(look::kBlack);
         NumPoints = SkewKurtChart::kAfterDragPoints;
@@ -672,7 +643,7 @@ void frm_Pondera::pb_SkewKurt_MouseUp(int, int, double, double) {
 
 // A press on a ticked limit's marker arms it, a second press releases it;
 // LSL first, then USL, each redrawing before the next is tested.
-void frm_Pondera::DragMouseDown(const char* label, int button, double x) {
+void frm_Pondera::DragMouseDown(support::Label label, int button, double x) {
     support::Trap(label, [&] {
         for (const DragMarker& m : DragMarkers()) {
             if (!MarkerDrag::Toggles(button, m.Check->isChecked(), x, m.Shape->Left(),
@@ -686,7 +657,7 @@ void frm_Pondera::DragMouseDown(const char* label, int button, double x) {
     });
 }
 
-void frm_Pondera::DragMouseMove(const char* label, double x) {
+void frm_Pondera::DragMouseMove(support::Label label, double x) {
     support::Trap(label, [&] {
         for (const DragMarker& m : DragMarkers()) {
             if (!m.Armed || !m.Check->isChecked()) continue;
@@ -704,7 +675,7 @@ void frm_Pondera::FollowTo(const DragMarker& m, double x) {
     Plot();
 }
 
-void frm_Pondera::DragMouseUp(const char* label) {
+void frm_Pondera::DragMouseUp(support::Label label) {
     support::Trap(label, [&] {
         sh_LSL->SetFillColor(look::kBlack);
         sh_USL->SetFillColor(look::kBlack);
@@ -717,7 +688,7 @@ void frm_Pondera::DragMouseUp(const char* label) {
 
 // An arrow key on a focused marker is a drag step at a pointer of its own:
 // the first arms the marker (red, 75 points) as a press would.
-void frm_Pondera::MarkerKeyDown(const char* label, int marker, int key, int shift) {
+void frm_Pondera::MarkerKeyDown(support::Label label, int marker, int key, int shift) {
     support::Trap(label, [&] {
         const double step = MarkerDrag::KeyStep(key, shift);
         const DragMarker m = DragMarkers()[marker];
@@ -735,7 +706,7 @@ void frm_Pondera::MarkerKeyDown(const char* label, int marker, int key, int shif
 
 // The key's release, or the focus leaving, ends a keyboard drag as a release
 // of the button ends a mouse drag.
-void frm_Pondera::MarkerKeyUp(const char* label) {
+void frm_Pondera::MarkerKeyUp(support::Label label) {
     support::Trap(label, [&] {
         if (DragLSL || DragUSL) DragMouseUp(label);
     });
@@ -748,16 +719,16 @@ std::array<frm_Pondera::DragMarker, 2> frm_Pondera::DragMarkers() {
 // ---- Small handlers ----
 
 void frm_Pondera::but_Plot_Click() {
-    support::Trap(kbut_Plot_Click,
+    support::Trap({kModule, __func__},
                   [&] { cb_DrawbyMoments->isChecked() ? void(PlotbyMoments()) : Plot(); });
 }
 
 void frm_Pondera::dd_Distribution_Click() {
-    support::Trap(kdd_Distribution_Click, [&] { dd_Distribution_Change(); });
+    support::Trap({kModule, __func__}, [&] { dd_Distribution_Change(); });
 }
 
 void frm_Pondera::dd_Distribution_Change() {
-    support::Trap(kdd_Distribution_Change, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (cb_DrawbyMoments->isChecked()) return;
         QLabel* labels[] = {lb_Param1, lb_Param2, lb_Param3, lb_Param4};
         QLineEdit* boxes[] = {tb_Param1, tb_Param2, tb_Param3, tb_Param4};
@@ -779,11 +750,11 @@ void frm_Pondera::dd_Distribution_Change() {
     });
 }
 
-void frm_Pondera::EnablePlot(const char* label) {
+void frm_Pondera::EnablePlot(support::Label label) {
     support::Trap(label, [&] { but_Plot->setEnabled(true); });
 }
 
-void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box) {
+void frm_Pondera::FieldGotFocus(support::Label label, TitledFrame* frame, QLineEdit* box) {
     support::Trap(label, [&] {
         SetFrameInactive();
         if (frame) frame->Focus(true);
@@ -792,20 +763,20 @@ void frm_Pondera::FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit
 }
 
 void frm_Pondera::tb_Param1_LostFocus() {
-    support::Trap(ktb_Param1_LostFocus, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!support::IsNumeric(S(tb_Param1->text())))
             support::MsgBox(PlotPipeline::NotANumber(Caption(lb_Param1)), kWarningTitle);
     });
 }
 
-void frm_Pondera::SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box) {
+void frm_Pondera::SpecLimitClick(support::Label label, QCheckBox* check, QLineEdit* box) {
     support::Trap(label, [&] {
         box->setEnabled(check->isChecked());
         Plot();
     });
 }
 
-void frm_Pondera::ViewToggle(const char* label, bool& flag, const QAction* item) {
+void frm_Pondera::ViewToggle(support::Label label, bool& flag, const QAction* item) {
     support::Trap(label, [&] {
         flag = item->isChecked();
         Plot();
@@ -813,18 +784,18 @@ void frm_Pondera::ViewToggle(const char* label, bool& flag, const QAction* item)
 }
 
 // Outside moments mode the moment boxes are outputs: a change there means nothing.
-void frm_Pondera::MomentChanged(const char* label) {
+void frm_Pondera::MomentChanged(support::Label label) {
     support::Trap(label, [&] {
         if (cb_DrawbyMoments->isChecked()) but_Plot->setEnabled(true);
     });
 }
 
 void frm_Pondera::mnuCopytoClipboard_Click() {
-    support::Trap(kmnuCopytoClipboard_Click, [&] { m_PictureBoxCopy::CopyEntirePicture(*pb_PDF); });
+    support::Trap({kModule, __func__}, [&] { m_PictureBoxCopy::CopyEntirePicture(*pb_PDF); });
 }
 
 void frm_Pondera::mnuSaveChart_Click() {
-    support::Trap(kmnuSaveChart_Click, [&] {
+    support::Trap({kModule, __func__}, [&] {
         QString path =
             QFileDialog::getSaveFileName(this, "Save Chart As", "chart.png", "PNG images (*.png)");
         if (path.isEmpty()) return;
@@ -835,7 +806,7 @@ void frm_Pondera::mnuSaveChart_Click() {
 }
 
 void frm_Pondera::mnuCopyResults_Click() {
-    support::Trap(kmnuCopyResults_Click, [&] {
+    support::Trap({kModule, __func__}, [&] {
         ResultsSheet::Shown shown;
         shown.Distribution = S(dd_Distribution->Text());
         const std::pair<QLabel*, QLineEdit*> params[] = {{lb_Param1, tb_Param1},
@@ -853,7 +824,7 @@ void frm_Pondera::mnuCopyResults_Click() {
 }
 
 void frm_Pondera::mnuOptions_Click() {
-    support::Trap(kmnuOptions_Click, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!options_) return;
         options_->show();
         options_->raise();
@@ -862,14 +833,14 @@ void frm_Pondera::mnuOptions_Click() {
 }
 
 void frm_Pondera::mnuAbout_Click() {
-    support::Trap(kmnuAbout_Click, [&] {
+    support::Trap({kModule, __func__}, [&] {
         frm_About2 about(this);
         about.exec();
     });
 }
 
 void frm_Pondera::mnuFitToData_Click() {
-    support::Trap(kmnuFitToData_Click, [&] {
+    support::Trap({kModule, __func__}, [&] {
         if (!dataDialog_) {
             dataDialog_ = new frm_Data(this);
             connect(dataDialog_, &QDialog::accepted, this,
@@ -881,7 +852,7 @@ void frm_Pondera::mnuFitToData_Click() {
 }
 
 void frm_Pondera::ApplyData() {
-    support::Trap(kApplyData, [&] {
+    support::Trap({kModule, __func__}, [&] {
         const DataStep::Sample& sample = dataDialog_->Result();
         DataBins = DataStep::Bins(sample.Values);
         DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
@@ -899,7 +870,7 @@ void frm_Pondera::ApplyData() {
 }
 
 void frm_Pondera::mnuClearData_Click() {
-    support::Trap(kmnuClearData_Click, [&] {
+    support::Trap({kModule, __func__}, [&] {
         ForgetData(false);
         RedrawLastChart();
     });
@@ -914,5 +885,5 @@ void frm_Pondera::ForgetData(bool moments) {
 }
 
 void frm_Pondera::mnuQuit_Click() {
-    support::Trap(kmnuQuit_Click, [&] { close(); });
+    support::Trap({kModule, __func__}, [&] { close(); });
 }

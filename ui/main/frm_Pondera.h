@@ -14,6 +14,7 @@
 // events reach them through the window's one event filter.
 #pragma once
 
+#include "support/ErrorTrap.h"
 #include "ui/main/DataStep.h"
 #include "ui/main/DensityChart.h"
 #include "ui/main/MomentsStep.h"
@@ -45,6 +46,9 @@ class frm_Pondera : public QMainWindow {
     Q_OBJECT
 
   public:
+    // Error labels are this module and the procedure's own name.
+    static constexpr const char* kModule = "Pondera.frm_Pondera";
+
     explicit frm_Pondera(QWidget* parent = nullptr);
     ~frm_Pondera() override;
 
@@ -168,62 +172,36 @@ class frm_Pondera : public QMainWindow {
 
     // ---- Event handlers --------------------------------------------------------
     void but_Plot_Click();
-    void but_Plot_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.but_Plot_GotFocus", nullptr, nullptr);
-    }
+    void but_Plot_GotFocus() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
     void dd_Distribution_Change();
     void dd_Distribution_Click();
-    void dd_Distribution_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.dd_Distribution_GotFocus", qarvFrame_PDF, nullptr);
-    }
-    void tb_Param1_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param1_Change"); }
-    void tb_Param2_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param2_Change"); }
-    void tb_Param3_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param3_Change"); }
-    void tb_Param4_Change() { EnablePlot("Pondera.frm_Pondera.tb_Param4_Change"); }
-    void tb_LSL_Change() { EnablePlot("Pondera.frm_Pondera.tb_LSL_Change"); }
-    void tb_Target_Change() { EnablePlot("Pondera.frm_Pondera.tb_Target_Change"); }
-    void tb_USL_Change() { EnablePlot("Pondera.frm_Pondera.tb_USL_Change"); }
-    void tb_Param1_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Param1_GotFocus", qarvFrame_PDF, tb_Param1);
-    }
-    void tb_Param2_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Param2_GotFocus", qarvFrame_PDF, tb_Param2);
-    }
-    void tb_Param3_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Param3_GotFocus", qarvFrame_PDF, tb_Param3);
-    }
-    void tb_Param4_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Param4_GotFocus", qarvFrame_PDF, tb_Param4);
-    }
-    void tb_LSL_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_LSL_GotFocus", qarvFrame_SpecLimits, tb_LSL);
-    }
+    void dd_Distribution_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_PDF, nullptr); }
+    void tb_Param1_Change() { EnablePlot({kModule, __func__}); }
+    void tb_Param2_Change() { EnablePlot({kModule, __func__}); }
+    void tb_Param3_Change() { EnablePlot({kModule, __func__}); }
+    void tb_Param4_Change() { EnablePlot({kModule, __func__}); }
+    void tb_LSL_Change() { EnablePlot({kModule, __func__}); }
+    void tb_Target_Change() { EnablePlot({kModule, __func__}); }
+    void tb_USL_Change() { EnablePlot({kModule, __func__}); }
+    void tb_Param1_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_PDF, tb_Param1); }
+    void tb_Param2_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_PDF, tb_Param2); }
+    void tb_Param3_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_PDF, tb_Param3); }
+    void tb_Param4_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_PDF, tb_Param4); }
+    void tb_LSL_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_SpecLimits, tb_LSL); }
     void tb_Target_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Target_GotFocus", qarvFrame_SpecLimits, tb_Target);
+        FieldGotFocus({kModule, __func__}, qarvFrame_SpecLimits, tb_Target);
     }
-    void tb_USL_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_USL_GotFocus", qarvFrame_SpecLimits, tb_USL);
-    }
+    void tb_USL_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_SpecLimits, tb_USL); }
     void tb_Param1_LostFocus();
-    void cb_LSL_Click() { SpecLimitClick("Pondera.frm_Pondera.cb_LSL_Click", cb_LSL, tb_LSL); }
-    void cb_Target_Click() {
-        SpecLimitClick("Pondera.frm_Pondera.cb_Target_Click", cb_Target, tb_Target);
-    }
-    void cb_USL_Click() { SpecLimitClick("Pondera.frm_Pondera.cb_USL_Click", cb_USL, tb_USL); }
-    void cb_LSL_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.cb_LSL_GotFocus", qarvFrame_SpecLimits, nullptr);
-    }
-    void cb_Target_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.cb_Target_GotFocus", qarvFrame_SpecLimits, nullptr);
-    }
-    void cb_USL_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.cb_USL_GotFocus", qarvFrame_SpecLimits, nullptr);
-    }
-    void mnuXAxis_Click() { ViewToggle("Pondera.frm_Pondera.mnuXAxis_Click", ShowXAxis, mnuXAxis); }
-    void mnuYAxis_Click() { ViewToggle("Pondera.frm_Pondera.mnuYAxis_Click", ShowYAxis, mnuYAxis); }
-    void mnuLabels_Click() {
-        ViewToggle("Pondera.frm_Pondera.mnuLabels_Click", ShowLabels, mnuLabels);
-    }
+    void cb_LSL_Click() { SpecLimitClick({kModule, __func__}, cb_LSL, tb_LSL); }
+    void cb_Target_Click() { SpecLimitClick({kModule, __func__}, cb_Target, tb_Target); }
+    void cb_USL_Click() { SpecLimitClick({kModule, __func__}, cb_USL, tb_USL); }
+    void cb_LSL_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_SpecLimits, nullptr); }
+    void cb_Target_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_SpecLimits, nullptr); }
+    void cb_USL_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_SpecLimits, nullptr); }
+    void mnuXAxis_Click() { ViewToggle({kModule, __func__}, ShowXAxis, mnuXAxis); }
+    void mnuYAxis_Click() { ViewToggle({kModule, __func__}, ShowYAxis, mnuYAxis); }
+    void mnuLabels_Click() { ViewToggle({kModule, __func__}, ShowLabels, mnuLabels); }
     void mnuCopytoClipboard_Click();
     void mnuSaveChart_Click();
     void mnuCopyResults_Click();
@@ -234,70 +212,46 @@ class frm_Pondera : public QMainWindow {
     void mnuClearData_Click();
     // The accepted dialog's data: moments into the fields, moments mode, a fit.
     void ApplyData();
-    void pb_PDF_KeyDown() { FieldGotFocus("Pondera.frm_Pondera.pb_PDF_KeyDown", nullptr, nullptr); }
-    void pb_Slider_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.pb_Slider_GotFocus", nullptr, nullptr);
-    }
+    void pb_PDF_KeyDown() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
+    void pb_Slider_GotFocus() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
     void pb_PDF_MouseDown(int button, int, double x, double) {
-        DragMouseDown("Pondera.frm_Pondera.pb_PDF_MouseDown", button, x);
+        DragMouseDown({kModule, __func__}, button, x);
     }
-    void pb_PDF_MouseMove(int, int, double x, double) {
-        DragMouseMove("Pondera.frm_Pondera.pb_PDF_MouseMove", x);
-    }
-    void pb_PDF_MouseUp(int, int, double, double) {
-        DragMouseUp("Pondera.frm_Pondera.pb_PDF_MouseUp");
-    }
+    void pb_PDF_MouseMove(int, int, double x, double) { DragMouseMove({kModule, __func__}, x); }
+    void pb_PDF_MouseUp(int, int, double, double) { DragMouseUp({kModule, __func__}); }
     void pb_Slider_MouseDown(int button, int, double x, double) {
-        DragMouseDown("Pondera.frm_Pondera.pb_Slider_MouseDown", button, x);
+        DragMouseDown({kModule, __func__}, button, x);
     }
-    void pb_Slider_MouseMove(int, int, double x, double) {
-        DragMouseMove("Pondera.frm_Pondera.pb_Slider_MouseMove", x);
-    }
-    void pb_Slider_MouseUp(int, int, double, double) {
-        DragMouseUp("Pondera.frm_Pondera.pb_Slider_MouseUp");
-    }
+    void pb_Slider_MouseMove(int, int, double x, double) { DragMouseMove({kModule, __func__}, x); }
+    void pb_Slider_MouseUp(int, int, double, double) { DragMouseUp({kModule, __func__}); }
 
     // A focused marker moved by the arrow keys: each press a drag step, the
     // release or the loss of focus the end of the drag.
-    void sh_LSL_KeyDown(int key, int shift) {
-        MarkerKeyDown("Pondera.frm_Pondera.sh_LSL_KeyDown", 0, key, shift);
-    }
-    void sh_USL_KeyDown(int key, int shift) {
-        MarkerKeyDown("Pondera.frm_Pondera.sh_USL_KeyDown", 1, key, shift);
-    }
-    void sh_LSL_KeyUp(int, int) { MarkerKeyUp("Pondera.frm_Pondera.sh_LSL_KeyUp"); }
-    void sh_USL_KeyUp(int, int) { MarkerKeyUp("Pondera.frm_Pondera.sh_USL_KeyUp"); }
-    void sh_LSL_LostFocus() { MarkerKeyUp("Pondera.frm_Pondera.sh_LSL_LostFocus"); }
-    void sh_USL_LostFocus() { MarkerKeyUp("Pondera.frm_Pondera.sh_USL_LostFocus"); }
+    void sh_LSL_KeyDown(int key, int shift) { MarkerKeyDown({kModule, __func__}, 0, key, shift); }
+    void sh_USL_KeyDown(int key, int shift) { MarkerKeyDown({kModule, __func__}, 1, key, shift); }
+    void sh_LSL_KeyUp(int, int) { MarkerKeyUp({kModule, __func__}); }
+    void sh_USL_KeyUp(int, int) { MarkerKeyUp({kModule, __func__}); }
+    void sh_LSL_LostFocus() { MarkerKeyUp({kModule, __func__}); }
+    void sh_USL_LostFocus() { MarkerKeyUp({kModule, __func__}); }
 
     void cb_DrawbyMoments_Click();
-    void cb_DrawbyMoments_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.cb_DrawbyMoments_GotFocus", nullptr, nullptr);
-    }
-    void tb_Mean_Change() { MomentChanged("Pondera.frm_Pondera.tb_Mean_Change"); }
-    void tb_StDev_Change() { MomentChanged("Pondera.frm_Pondera.tb_StDev_Change"); }
-    void tb_Skewness_Change() { MomentChanged("Pondera.frm_Pondera.tb_Skewness_Change"); }
-    void tb_Kurtosis_Change() { MomentChanged("Pondera.frm_Pondera.tb_Kurtosis_Change"); }
-    void tb_Mean_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Mean_GotFocus", qarvFrame_Moments, tb_Mean);
-    }
-    void tb_StDev_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_StDev_GotFocus", qarvFrame_Moments, tb_StDev);
-    }
+    void cb_DrawbyMoments_GotFocus() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
+    void tb_Mean_Change() { MomentChanged({kModule, __func__}); }
+    void tb_StDev_Change() { MomentChanged({kModule, __func__}); }
+    void tb_Skewness_Change() { MomentChanged({kModule, __func__}); }
+    void tb_Kurtosis_Change() { MomentChanged({kModule, __func__}); }
+    void tb_Mean_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_Moments, tb_Mean); }
+    void tb_StDev_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_Moments, tb_StDev); }
     void tb_Skewness_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Skewness_GotFocus", qarvFrame_Moments, tb_Skewness);
+        FieldGotFocus({kModule, __func__}, qarvFrame_Moments, tb_Skewness);
     }
     void tb_Kurtosis_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Kurtosis_GotFocus", qarvFrame_Moments, tb_Kurtosis);
+        FieldGotFocus({kModule, __func__}, qarvFrame_Moments, tb_Kurtosis);
     }
-    void tb_Ymax_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.tb_Ymax_GotFocus", qarvFrame_Moments, nullptr);
-    }
-    void pb_SkewKurt_GotFocus() {
-        FieldGotFocus("Pondera.frm_Pondera.pb_SkewKurt_GotFocus", qarvFrame_Moments, nullptr);
-    }
-    void cb_LockSkewness_Click() { SkewKurtLockClick("Pondera.frm_Pondera.cb_LockSkewness_Click"); }
-    void cb_LockKurtosis_Click() { SkewKurtLockClick("Pondera.frm_Pondera.cb_LockKurtosis_Click"); }
+    void tb_Ymax_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_Moments, nullptr); }
+    void pb_SkewKurt_GotFocus() { FieldGotFocus({kModule, __func__}, qarvFrame_Moments, nullptr); }
+    void cb_LockSkewness_Click() { SkewKurtLockClick({kModule, __func__}); }
+    void cb_LockKurtosis_Click() { SkewKurtLockClick({kModule, __func__}); }
     void pb_SkewKurt_MouseDown(int button, int shift, double x, double y);
     void pb_SkewKurt_MouseMove(int button, int shift, double x, double y);
     void pb_SkewKurt_MouseUp(int button, int shift, double x, double y);
@@ -335,11 +289,11 @@ class frm_Pondera : public QMainWindow {
                    double yTickLength, const std::vector<double>& x, const std::vector<double>& y);
     SkewKurtChart::PickScale ReadPickScale() const;
     void MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos);
-    void SkewKurtLockClick(const char* label);
-    void EnablePlot(const char* label);
-    void MomentChanged(const char* label);
-    void FieldGotFocus(const char* label, TitledFrame* frame, QLineEdit* box);
-    void SpecLimitClick(const char* label, QCheckBox* check, QLineEdit* box);
+    void SkewKurtLockClick(support::Label label);
+    void EnablePlot(support::Label label);
+    void MomentChanged(support::Label label);
+    void FieldGotFocus(support::Label label, TitledFrame* frame, QLineEdit* box);
+    void SpecLimitClick(support::Label label, QCheckBox* check, QLineEdit* box);
     // The LSL and USL markers with their boxes and drag flags.
     struct DragMarker {
         QCheckBox* Check;
@@ -348,13 +302,13 @@ class frm_Pondera : public QMainWindow {
         bool& Armed;
     };
     std::array<DragMarker, 2> DragMarkers();
-    void DragMouseDown(const char* label, int button, double x);
-    void DragMouseMove(const char* label, double x);
+    void DragMouseDown(support::Label label, int button, double x);
+    void DragMouseMove(support::Label label, double x);
     void FollowTo(const DragMarker& m, double x);
-    void DragMouseUp(const char* label);
-    void MarkerKeyDown(const char* label, int marker, int key, int shift);
-    void MarkerKeyUp(const char* label);
-    void ViewToggle(const char* label, bool& flag, const QAction* item);
+    void DragMouseUp(support::Label label);
+    void MarkerKeyDown(support::Label label, int marker, int key, int shift);
+    void MarkerKeyUp(support::Label label);
+    void ViewToggle(support::Label label, bool& flag, const QAction* item);
 
     // Where the arrow keys have moved the pointer of a keyboard drag.
     double keyPointerX_ = 0;

@@ -1,5 +1,6 @@
 #include "ui/main/WindowLayout.h"
 
+#include "engine/m_Distributions.h"
 #include "ui/draw/DistributionCombo.h"
 #include "ui/draw/Look.h"
 #include "ui/draw/MarkerShape.h"
@@ -579,6 +580,42 @@ void SetKeyboard(frm_Pondera& w) {
 }
 
 // Fresh letters for the captions, after the menu bar's.
+void ShowParamRows(frm_Pondera& w, const std::array<PlotPipeline::ParamRow, 4>& rows) {
+    QLabel* labels[] = {w.lb_Param1, w.lb_Param2, w.lb_Param3, w.lb_Param4};
+    QLineEdit* boxes[] = {w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4};
+    for (int i = 0; i < 4; ++i) {
+        if (rows[i].Label) labels[i]->setText(rows[i].Label);
+        labels[i]->setVisible(rows[i].Label != nullptr);
+        boxes[i]->setVisible(rows[i].Label != nullptr);
+        if (rows[i].DefaultText) boxes[i]->setText(rows[i].DefaultText);
+    }
+    MarkMnemonics(w);
+}
+
+void ShowMode(frm_Pondera& w, bool byMoments) {
+    QStringList names;
+    for (const auto& n :
+         byMoments ? m_Distributions::MomentsListOrder() : m_Distributions::ClassicalListOrder())
+        names << QString::fromStdString(n);
+    w.dd_Distribution->SetLocked(byMoments);
+    w.dd_Distribution->SetDistributions(names);
+    w.dd_Distribution->setCurrentIndex(0);
+    if (byMoments) {
+        std::array<PlotPipeline::ParamRow, 4> rows;
+        for (int i = 0; i < 4; ++i)
+            rows[i].Label = MomentsStep::kParamCaptions[i];
+        ShowParamRows(w, rows);
+    }
+    // Moments become inputs and parameters outputs, or back.
+    for (QLineEdit* box : {w.tb_Mean, w.tb_StDev, w.tb_Skewness, w.tb_Kurtosis})
+        SetBoxLocked(box, !byMoments);
+    for (QLineEdit* box : {w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4})
+        SetBoxLocked(box, byMoments);
+    w.cb_LockKurtosis->setEnabled(byMoments);
+    w.cb_LockSkewness->setEnabled(byMoments);
+    w.tb_Ymax->setEnabled(byMoments);
+}
+
 void MarkMnemonics(frm_Pondera& w) {
     // Plot and the limits first, so that their letters never change; then the
     // captions top to bottom (hidden ones take none).

@@ -27,6 +27,12 @@ void Connect(frm_Pondera& w);
 // The GotFocus handler of a watched control, or nullptr.
 using FocusHandler = void (frm_Pondera::*)();
 FocusHandler FocusHandlerOf(const frm_Pondera& w, const QObject* watched);
+// The parameter rows' captions, visibility and default texts (a row without a
+// caption is hidden), with the mnemonics handed out afresh.
+void ShowParamRows(frm_Pondera& w, const std::array<PlotPipeline::ParamRow, 4>& rows);
+// Moments mode or back: the list, the parameter captions, which boxes are inputs
+// and which outputs, and the controls only moments mode uses.
+void ShowMode(frm_Pondera& w, bool byMoments);
 // A caption printed reading upward, centred on a small surface.
 void PaintUpright(PictureBox& pb, const QString& text, int size);
 // Inputs are white; outputs and locked fields read-only in the button-face colour.

@@ -417,43 +417,20 @@ void frm_Pondera::RedrawLastChart() {
 void frm_Pondera::cb_DrawbyMoments_Click() {
     support::Trap({kModule, __func__}, [&] {
         const bool byMoments = cb_DrawbyMoments->isChecked();
-        QStringList names;
-        for (const auto& n : byMoments ? m_Distributions::MomentsListOrder()
-                                       : m_Distributions::ClassicalListOrder())
-            names << Q(n);
-        dd_Distribution->SetLocked(byMoments);
-        dd_Distribution->SetDistributions(names);
-        QLineEdit* params[] = {tb_Param1, tb_Param2, tb_Param3, tb_Param4};
-        QLabel* labels[] = {lb_Param1, lb_Param2, lb_Param3, lb_Param4};
+        WindowLayout::ShowMode(*this, byMoments);
         if (byMoments) {
-            dd_Distribution->setCurrentIndex(0);
-            for (int i = 0; i < 4; ++i) {
-                labels[i]->setText(MomentsStep::kParamCaptions[i]);
-                labels[i]->setVisible(true);
-                params[i]->setVisible(true);
-            }
             fit_.reset();
         } else {
             tb_Param2->setText("1");
-            dd_Distribution->setCurrentIndex(0);
             // The data was fitted by moments; a distribution by parameters has none.
             ForgetData(true);
             // Selecting the item is a change of distribution: labels and defaults follow.
             dd_Distribution_Change();
+            SetStatus("");
         }
-        // Moments become inputs and parameters outputs, or back.
-        for (QLineEdit* box : {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
-            SetBoxLocked(box, !byMoments);
-        for (QLineEdit* box : params)
-            SetBoxLocked(box, byMoments);
-        if (!byMoments) SetStatus("");
-        WindowLayout::MarkMnemonics(*this);
         // Outside moments mode both locks are ticked, so the chart shows the moments.
         SetCheckValue(cb_LockKurtosis, !byMoments, [&] { cb_LockKurtosis_Click(); });
         SetCheckValue(cb_LockSkewness, !byMoments, [&] { cb_LockSkewness_Click(); });
-        cb_LockKurtosis->setEnabled(byMoments);
-        cb_LockSkewness->setEnabled(byMoments);
-        tb_Ymax->setEnabled(byMoments);
         Plot();
     });
 }
@@ -730,16 +707,7 @@ void frm_Pondera::dd_Distribution_Click() {
 void frm_Pondera::dd_Distribution_Change() {
     support::Trap({kModule, __func__}, [&] {
         if (cb_DrawbyMoments->isChecked()) return;
-        QLabel* labels[] = {lb_Param1, lb_Param2, lb_Param3, lb_Param4};
-        QLineEdit* boxes[] = {tb_Param1, tb_Param2, tb_Param3, tb_Param4};
-        const auto rows = PlotPipeline::ParamRows(S(dd_Distribution->Text()));
-        for (int i = 0; i < 4; ++i) {
-            if (rows[i].Label) labels[i]->setText(rows[i].Label);
-            labels[i]->setVisible(rows[i].Label != nullptr);
-            boxes[i]->setVisible(rows[i].Label != nullptr);
-            if (rows[i].DefaultText) boxes[i]->setText(rows[i].DefaultText);
-        }
-        WindowLayout::MarkMnemonics(*this);
+        WindowLayout::ShowParamRows(*this, PlotPipeline::ParamRows(S(dd_Distribution->Text())));
         for (QLineEdit* box : {tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis})
             SetBoxLocked(box, true);
         Plot();

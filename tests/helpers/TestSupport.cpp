@@ -10,12 +10,19 @@ namespace testing_support {
 
 void IsolateUserFiles() {
     namespace fs = std::filesystem;
-    const fs::path dir = fs::temp_directory_path() / ("pondera-test-" + std::to_string(getpid()));
+    static const pid_t owner = getpid();
+    static const fs::path dir =
+        fs::temp_directory_path() / ("pondera-test-" + std::to_string(owner));
     fs::create_directories(dir);
-    setenv("PONDERA_ERROR_LOG", (dir / "errorlog.txt").c_str(), 0);
-    setenv("PONDERA_REGISTRY", (dir / "registry.sqlite3").c_str(), 0);
-    setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 0);
-    setenv("XDG_STATE_HOME", (dir / "state").c_str(), 0);
+    setenv("PONDERA_ERROR_LOG", (dir / "errorlog.txt").c_str(), 1);
+    setenv("PONDERA_REGISTRY", (dir / "registry.sqlite3").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 1);
+    setenv("XDG_STATE_HOME", (dir / "state").c_str(), 1);
+    // Forked children (death tests, lock holders) must not take the folder with them.
+    std::atexit([] {
+        std::error_code ec;
+        if (getpid() == owner) fs::remove_all(dir, ec);
+    });
 }
 
 void RecordingTest::SetUp() {

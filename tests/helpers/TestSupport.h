@@ -11,8 +11,8 @@
 
 namespace testing_support {
 
-// Points the error log and settings store at a private temporary folder unless
-// the environment already names them. Called by both test mains.
+// Points the error log and settings store at a temporary folder of this process's
+// own, so that parallel test programs never share a store. Called by both test mains.
 void IsolateUserFiles();
 
 // Fixture: the recording face is installed and emptied before each test.

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "settings/DisplayOptions.h"
-#include "settings/RegistryStore.h"
 #include "support/Format.h"
 #include "tests/helpers/TestSupport.h"
 #include "ui/draw/DistributionCombo.h"
@@ -19,38 +18,14 @@
 #include <QTest>
 
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
-
-// A settings store of this process's own, empty, so that what other test
-// programs store never changes the options a window starts with.
-inline void UsePrivateStore() {
-    static std::filesystem::path dir;
-    static const bool done = [] {
-        dir = std::filesystem::temp_directory_path() /
-              ("pondera-window-test-" + std::to_string(getpid()));
-        std::filesystem::create_directories(dir);
-        setenv("PONDERA_REGISTRY", (dir / "registry.sqlite3").c_str(), 1);
-        RegistryStore::Reopen();
-        std::atexit([] {
-            RegistryStore::Reopen();
-            std::error_code ec;
-            std::filesystem::remove_all(dir, ec);
-        });
-        return true;
-    }();
-    (void)done;
-}
 
 class WindowTest : public testing_support::RecordingTest {
   protected:
     void SetUp() override {
         RecordingTest::SetUp();
-        UsePrivateStore();
         w = std::make_unique<frm_Pondera>();
         w->show();
         w->activateWindow();

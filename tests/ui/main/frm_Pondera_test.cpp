@@ -123,16 +123,6 @@ TEST_F(WindowTest, ArrowKeysDragAFocusedMarker) {
     EXPECT_TRUE(Rec().Messages.empty());
 }
 
-TEST_F(WindowTest, MenusCarryTheDesktopsShortcutsAndFieldsTheirMnemonics) {
-    EXPECT_EQ(w->mnuCopytoClipboard->shortcut(), QKeySequence(QKeySequence::Copy));
-    EXPECT_EQ(w->mnuQuit->shortcut(), QKeySequence("Ctrl+Q"));
-    EXPECT_EQ(w->mnuSaveChart->shortcut(), QKeySequence("Ctrl+S"));
-    EXPECT_EQ(w->lb_Param1->buddy(), w->tb_Param1);
-    EXPECT_EQ(w->lb_Param1->text(), "&Mean:");
-    EXPECT_EQ(w->pb_PDF->focusPolicy(), Qt::ClickFocus);
-    EXPECT_EQ(w->sh_LSL->focusPolicy(), Qt::StrongFocus);
-}
-
 class MomentsTest : public WindowTest {
   protected:
     void SetUp() override {

@@ -156,6 +156,13 @@ MarkerPos MarkerCentred(const PickScale& scale, double skew, double kurt, double
     return {support::ck(x - width / 2), support::ck(y - height / 2)};
 }
 
+DataPointView DataPoint(const PickScale& scale, double skew, double kurt, double width,
+                        double height) {
+    const double x = scale.SkewToX(skew), y = scale.KurtToY(kurt);
+    return {MarkerCentred(scale, skew, kurt, width, height),
+            x >= 0 && x <= scale.W && y >= 0 && y <= scale.H};
+}
+
 double FollowingKurtMax(double kurtosis) {
     return std::nearbyint(support::ck(std::fabs(kurtosis) * 1.5));
 }

@@ -87,6 +87,14 @@ MarkerPos MarkerAfterDraw(const PickScale& scale, double skew, double kurt, doub
 MarkerPos MarkerCentred(const PickScale& scale, double skew, double kurt, double width,
                         double height);
 
+// The data's point: centred on its moments, shown only on the chart.
+struct DataPointView {
+    MarkerPos Pos;
+    bool Visible = false;
+};
+DataPointView DataPoint(const PickScale& scale, double skew, double kurt, double width,
+                        double height);
+
 // Curve points while a point is dragged on the chart, and for the drawing after.
 inline constexpr int kDragPoints = 50, kAfterDragPoints = 300;
 

@@ -538,18 +538,13 @@ void frm_Pondera::MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos) {
     PlaceDataPoint();
 }
 
-// Centred on the data's moments in the handlers' scale; hidden off the chart.
 void frm_Pondera::PlaceDataPoint() {
-    const bool shown = DataBins && DataMoments;
-    if (shown) {
-        const SkewKurtChart::PickScale scale = ReadPickScale();
-        const double x = scale.SkewToX(DataMoments->Exact[2]);
-        const double y = scale.KurtToY(DataMoments->Exact[3]);
-        sh_DataPoint->Move(x - sh_DataPoint->Width() / 2.0, y - sh_DataPoint->Height() / 2.0);
-        sh_DataPoint->SetVisible(x >= 0 && x <= scale.W && y >= 0 && y <= scale.H);
-    } else {
-        sh_DataPoint->SetVisible(false);
-    }
+    if (!DataBins || !DataMoments) return sh_DataPoint->SetVisible(false);
+    const SkewKurtChart::DataPointView v =
+        SkewKurtChart::DataPoint(ReadPickScale(), DataMoments->Exact[2], DataMoments->Exact[3],
+                                 sh_DataPoint->Width(), sh_DataPoint->Height());
+    sh_DataPoint->Move(v.Pos.Left, v.Pos.Top);
+    sh_DataPoint->SetVisible(v.Visible);
 }
 
 // The body both lock clicks share.

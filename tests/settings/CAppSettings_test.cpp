@@ -60,29 +60,6 @@ std::pair<uint32_t, std::string> Sz(const char* text) {
 
 } // namespace
 
-TEST_F(AppSettingsTest, PropertyChecksRaiseTheirErrorAndKeepTheOldValue) {
-    const std::tuple<const char*, std::function<void(CAppSettings&)>, uint32_t, const char*>
-        cases[] = {
-            {"root 0x80000003", [](CAppSettings& s) { s.SetRootKey(0x80000003); }, 0x80044280,
-             "Invalid root key value"},
-            {"empty branch", [](CAppSettings& s) { s.SetMainBranch(""); }, 0x8004427F,
-             "Invalid MainBranch value"},
-            {"Init with empty app", [](CAppSettings& s) { s.Init("Other", ""); }, 0x8004427D,
-             "Invalid AppName value"},
-        };
-    for (const auto& [what, assign, number, description] : cases) {
-        CAppSettings s;
-        s.SetRootKey(0x80000001);
-        const auto e = Raised([&] { assign(s); });
-        EXPECT_EQ(e.Number, static_cast<int32_t>(number)) << what;
-        EXPECT_EQ(e.Source, "Pondera.CAppSettings") << what;
-        EXPECT_EQ(e.Description, description) << what;
-        EXPECT_EQ(s.RootKey(), 0x80000001u) << what;
-        EXPECT_EQ(s.MainBranch(), "Software") << what;
-        EXPECT_EQ(s.AppName(), "MyApplication") << what; // Init stops at the first bad name
-    }
-}
-
 TEST_F(AppSettingsTest, ValuesGoUnderTheirRootAsTextExceptBooleansAndReadBack) {
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{3});
     EXPECT_EQ(Raw("AppDecPlaces", HKEY_CURRENT_USER).second,
@@ -139,10 +116,17 @@ TEST_F(AppSettingsTest, DeleteSettingRemovesOnlyASubkeyLiterallyNamedKey) {
     EXPECT_EQ(Get("AppDecPlaces", std::string("gone")), Value(std::string("gone")));
 }
 
-TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
+// A bad property keeps the old value; a failed operation changes nothing.
+TEST_F(AppSettingsTest, FailuresRaiseTheirNumberSourceAndDescription) {
     settings_.SaveSetting(kSection, "AppDecPlaces", int64_t{2});
+    CAppSettings s;
+    s.SetRootKey(0x80000001);
     std::vector<std::string> keys;
     const std::tuple<const char*, std::function<void()>, uint32_t, const char*> cases[] = {
+        {"root 0x80000003", [&] { s.SetRootKey(0x80000003); }, 0x80044280,
+         "Invalid root key value"},
+        {"empty branch", [&] { s.SetMainBranch(""); }, 0x8004427F, "Invalid MainBranch value"},
+        {"Init with empty app", [&] { s.Init("Other", ""); }, 0x8004427D, "Invalid AppName value"},
         {"delete without a subkey Key", [&] { settings_.DeleteSetting(kSection, "AppDecPlaces"); },
          0x80044282, "Failed deleting the application setting"},
         {"keys of a section never written", [&] { settings_.GetAllKeys("Never Written", keys); },
@@ -154,8 +138,13 @@ TEST_F(AppSettingsTest, FailedOperationsRaiseTheirNumberAndDescription) {
     for (const auto& [what, operation, number, description] : cases) {
         const auto e = Raised(operation);
         EXPECT_EQ(e.Number, static_cast<int32_t>(number)) << what;
-        EXPECT_EQ(e.Source, "Pondera.CAppSetting") << what;
+        // The properties' errors come from the class, the operations' from its old name.
+        EXPECT_EQ(e.Source, number < 0x80044281 ? "Pondera.CAppSettings" : "Pondera.CAppSetting")
+            << what;
         EXPECT_EQ(e.Description, description) << what;
     }
+    EXPECT_EQ(s.RootKey(), 0x80000001u);
+    EXPECT_EQ(s.MainBranch(), "Software");
+    EXPECT_EQ(s.AppName(), "MyApplication"); // Init stops at the first bad name
     EXPECT_EQ(Get("AppDecPlaces", std::string()), Value(std::string("2"))) << "nothing deleted";
 }

@@ -102,13 +102,9 @@ void Fill(const Params& p, double low, double high, int n, double* out, Quick qu
     }
 }
 
-inline bool None(double, double&) {
-    return false;
-}
-
 // A grid without a quick path.
 template <class F> void PlainGrid(const Params& p, double low, double high, int n, double* out) {
-    Fill<F>(p, low, high, n, out, None);
+    Fill<F>(p, low, high, n, out, [](double, double&) { return false; });
 }
 
 // ---- Normal: mean p1, standard deviation p2 -------------------------------------
@@ -510,19 +506,20 @@ template <class F> Family With(Family f) {
     return f;
 }
 
-const Rule kStDevRule = {2, [](const Params& p) { return Gt(p[1], 0); },
-                         "Standard deviation must be greater than zero."};
+constexpr Rule kStDevRule = {2, [](const Params& p) { return Gt(p[1], 0); },
+                             "Standard deviation must be greater than zero."};
 // The Johnson parameters have no window check: these are the calculator's alone.
-const Rule kDeltaRule = {0, [](const Params& p) { return Gt(p[0], 0); },
-                         "Delta must be greater than zero for a Johnson distribution."};
-const Rule kUniformRule = {1, [](const Params& p) { return Le(p[0], p[1]); },
-                           "Minimum must be less than Maximum for a Uniform distribution."};
-const std::array<Slot, 4> kJohnsonSlots = {{{"Delta:"}, {"Gamma:"}, {"Lamda:"}, {"Xi:"}}};
+constexpr Rule kDeltaRule = {0, [](const Params& p) { return Gt(p[0], 0); },
+                             "Delta must be greater than zero for a Johnson distribution."};
+constexpr Rule kUniformRule = {1, [](const Params& p) { return Le(p[0], p[1]); },
+                               "Minimum must be less than Maximum for a Uniform distribution."};
+constexpr std::array<Slot, 4> kJohnsonSlots = {{{"Delta:"}, {"Gamma:"}, {"Lamda:"}, {"Xi:"}}};
 
 } // namespace
 
 const std::array<Family, 10>& All() {
     using namespace m_Distributions; // the codes
+    // One record per family: the nine of the distribution list, then the normal form.
     static const std::array<Family, 10> table = {
         With<Normal>({.Name = "Normal",
                       .Code = kNormal,
@@ -661,14 +658,14 @@ const Family& ByCode(int code) {
 }
 
 const Family* ForCalculator(const std::string& key, int currentCode) {
-    const Family *first = nullptr, *current = nullptr, *other = nullptr;
+    const Family *first = nullptr, *current = nullptr, *codeless = nullptr;
     for (const Family& f : All()) {
         if (key != f.CalculatorKey) continue;
         if (!first) first = &f;
         if (f.Code == currentCode) current = &f;
-        if (f.Code == 0) other = &f;
+        if (f.Code == 0) codeless = &f;
     }
-    return current ? current : other ? other : first;
+    return current ? current : codeless ? codeless : first;
 }
 
 } // namespace Families

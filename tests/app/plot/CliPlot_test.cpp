@@ -74,10 +74,7 @@ class CliPng : public WindowTest {
     }
 };
 
-TEST_F(CliPng, TheChartFileIsTheWindowsChart) {
-    CompareWithWindow(800, 500, 1, QSize(800, 500));
-}
-
+// At display scale 2 the file has the device pixels.
 TEST_F(CliPng, AScaledChartHasDevicePixels) {
     CompareWithWindow(400, 250, 2, QSize(800, 500));
 }

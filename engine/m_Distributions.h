@@ -1,4 +1,6 @@
-// The distribution catalogue, parameter checks, moments and densities.
+// The engine's named procedures: parameter checks, moments, densities and the
+// cumulative probability at a limit, each a dispatcher over its family's record
+// (engine/Families.h); and the moments view's table of fitted curves.
 #pragma once
 
 #include <cmath>
@@ -6,9 +8,6 @@
 #include <vector>
 
 namespace m_Distributions {
-
-// The families themselves, with their names, slots, rules and formulas, are
-// the records of engine/Families.h; these are the named procedures over them.
 
 // A fitted Johnson type as the moments view shows it: the item of the moments-mode
 // list, the code the PNC figures take (a normal fit goes to the calculator's

@@ -36,17 +36,13 @@ DistCalculator Make(const Dist& s, bool calculate = true) {
     return calc;
 }
 
-// Standard normal tails in long double (glibc's erfcl, not the double erfc under test).
-L Lower(L z) {
-    return 0.5L * std::erfc(-z / std::sqrt(2.0L));
-}
-L Upper(L z) {
-    return 0.5L * std::erfc(z / std::sqrt(2.0L));
-}
-
 using Tails = std::function<std::pair<L, L>(L)>;
+// Standard normal tails in long double (glibc's erfcl, not the double erfc under test).
 Tails OfZ(std::function<L(L)> z) {
-    return [=](L x) { return std::pair{Lower(z(x)), Upper(z(x))}; };
+    return [=](L x) {
+        const L t = z(x) / std::sqrt(2.0L);
+        return std::pair{0.5L * std::erfc(-t), 0.5L * std::erfc(t)};
+    };
 }
 Tails OfExp(std::function<L(L)> t) { // P(X > x) = exp(-t(x))
     return [=](L x) { return std::pair{-std::expm1(-t(x)), std::exp(-t(x))}; };

@@ -3,6 +3,7 @@
 #include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
+#include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
 #include "support/ErrorReporter.h"
@@ -28,11 +29,6 @@ struct Request {
     std::optional<double> LSL, USL, Low, High;
     std::optional<int> Points;
 };
-
-bool IsClassical(const std::string& name) {
-    const CatalogueEntry* e = FindDistribution(name);
-    return e && e->Code <= kUniform;
-}
 
 // Reads DIST and up to maxParams numbers from the words. Returns an empty string
 // on success, else what is wrong.
@@ -75,8 +71,8 @@ JsonObject Pnc(const Request& r) {
     {
         support::ActionScope action;
         if (ParametersPass(r)) {
-            const CatalogueEntry* e = FindDistribution(r.Dist);
-            m_PercentCertainty::CurrentDistribution = e->Code;
+            const int code = Families::ByName(r.Dist)->Code;
+            m_PercentCertainty::CurrentDistribution = code;
             m_PercentCertainty::Param1 = r.P[0];
             m_PercentCertainty::Param2 = r.P[1];
             m_PercentCertainty::Param3 = r.P[2];
@@ -92,7 +88,7 @@ JsonObject Pnc(const Request& r) {
             }
             if (r.LSL && r.USL) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
             out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
-            out.AddRaw("capability", CapabilityJson(e->Code, r.P, r.LSL, r.USL));
+            out.AddRaw("capability", CapabilityJson(code, r.P, r.LSL, r.USL));
         }
     }
     if (!support::Recorder().Status.empty()) out.AddString("status", support::Recorder().Status);
@@ -114,7 +110,7 @@ std::string ParseLine(const std::string& line, Request& r) {
     const size_t first = fields[0].find_first_not_of(" \t");
     const size_t last = fields[0].find_last_not_of(" \t");
     r.Dist = first == std::string::npos ? "" : fields[0].substr(first, last - first + 1);
-    if (!FindDistribution(r.Dist)) return "unknown distribution \"" + Excerpt(r.Dist) + "\"";
+    if (!Families::ByName(r.Dist)) return "unknown distribution \"" + Excerpt(r.Dist) + "\"";
     auto number = [](const std::string& text, double& out) {
         return text.find_first_not_of(" \t") == std::string::npos || ParseArg(text, out);
     };
@@ -135,24 +131,19 @@ std::string ParseLine(const std::string& line, Request& r) {
 int RunMoments(Request& r) {
     if (const std::string problem = ParseWords(3, r); !problem.empty())
         return Fail("moments", problem);
-    if (!IsClassical(r.Dist))
+    const Families::Family* family = Families::ByName(r.Dist);
+    if (!family || !family->Classical)
         return Fail("moments", "moments are given for the six classical distributions");
     JsonObject out;
     support::Recorder().Clear();
     {
         support::ActionScope action;
         if (ParametersPass(r)) {
-            // The arguments CalcMomentsforDistribution passes: unused ones are 0.
-            const int code = FindDistribution(r.Dist)->Code;
-            const double p1 = r.P[0], p2 = r.P[1], p3 = r.P[2];
-            double a[3] = {p1, p2, 0}, b[3] = {p1, p2, 0};
-            if (code == kExponential) b[1] = 0;
-            if (code == kWeibull || code == kTriangular) a[2] = b[2] = p3;
-            if (code == kLogNormal) a[2] = p3;
-            out.Add("mean", mean(code, a[0], a[1], a[2]))
-                .Add("stdev", StDev(code, b[0], b[1], b[2]))
-                .Add("skewness", Skewness(code, b[0], b[1], b[2]))
-                .Add("kurtosis", Kurtosis(code, b[0], b[1], b[2]));
+            const MomentSet m = MomentsOf(r.Dist, r.P[0], r.P[1], r.P[2]);
+            out.Add("mean", m.Mean)
+                .Add("stdev", m.StDev)
+                .Add("skewness", m.Skewness)
+                .Add("kurtosis", m.Kurtosis);
         }
     }
     Print(out);
@@ -161,7 +152,7 @@ int RunMoments(Request& r) {
 
 int RunPdf(Request& r) {
     if (const std::string problem = ParseWords(4, r); !problem.empty()) return Fail("pdf", problem);
-    if (!FindDistribution(r.Dist))
+    if (!Families::ByName(r.Dist))
         return Fail("pdf", "unknown distribution \"" + Excerpt(r.Dist) + "\"");
     JsonObject out;
     support::Recorder().Clear();
@@ -173,16 +164,15 @@ int RunPdf(Request& r) {
             std::vector<double> x(static_cast<size_t>(n)), density(static_cast<size_t>(n), 0.0);
             for (int i = 1; i <= n; ++i)
                 x[static_cast<size_t>(i - 1)] = GridX(low, high, n, i);
-            const double d = r.P[0], g = r.P[1], l = r.P[2], xi = r.P[3];
-            if (IsClassical(r.Dist)) {
+            // The Johnson kinds by the engine's own densities, as the moments view draws them.
+            if (const JohnsonPdf pdf = JohnsonDensityOf(r.Dist)) {
+                for (size_t i = 0; i < x.size(); ++i)
+                    density[i] = pdf(x[i], r.P[0], r.P[1], r.P[2], r.P[3]);
+            } else {
                 const auto values =
                     GetPDFData(r.Dist, low, high, n, r.P[0], r.P[1], r.P[2], r.P[3]);
                 for (int i = 1; i <= n && i < static_cast<int>(values.size()); ++i)
                     density[static_cast<size_t>(i - 1)] = values[static_cast<size_t>(i)];
-            } else {
-                const JohnsonPdf pdf = JohnsonDensityOf(r.Dist);
-                for (size_t i = 0; i < x.size(); ++i)
-                    density[i] = pdf(x[i], d, g, l, xi);
             }
             out.AddRaw("x", NumberArray(x)).AddRaw("density", NumberArray(density));
         }
@@ -195,7 +185,7 @@ int RunPnc(Request& r) {
     if (!r.Words.empty() || r.LSL || r.USL) {
         if (const std::string problem = ParseWords(4, r); !problem.empty())
             return Fail("pnc", problem);
-        if (!FindDistribution(r.Dist))
+        if (!Families::ByName(r.Dist))
             return Fail("pnc", "unknown distribution \"" + Excerpt(r.Dist) + "\"");
         JsonObject out = Pnc(r);
         Print(out);

@@ -4,7 +4,7 @@
 #include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
-#include "engine/m_Distributions.h"
+#include "engine/Families.h"
 #include "settings/DisplayOptions.h"
 #include "support/UserFace.h"
 #include "ui/draw/DistributionCombo.h"
@@ -97,7 +97,7 @@ void AddOptions(CLI::App* c, PlotArgs& p) {
     c->add_option_function<std::string>(
          "--dist",
          [&p](const std::string& name) {
-             if (!m_Distributions::FindDistribution(name))
+             if (!Families::ByName(name))
                  BadValue("--dist", "takes a distribution name, not \"" + name + "\"");
              p.Dist = name;
          },

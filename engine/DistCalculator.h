@@ -4,15 +4,8 @@
 //
 // It receives only the key "Johnson" and four parameters (delta, gamma, lamda,
 // xi), so it learns which Johnson form it has from the program-wide current
-// distribution code (m_PercentCertainty::CurrentDistribution): 7 SB, 8 SU, 9 SL,
-// anything else the Johnson normal form z = gamma + delta x.
-//
-// The forms follow the AS 100 Johnson-to-normal transform, with CDF = Phi(z):
-//   SB  z = gamma + delta ln((x - xi) / (xi + lamda - x))   on (xi, xi + lamda)
-//   SU  z = gamma + delta asinh((x - xi) / lamda)
-//   SL  z = gamma + delta ln((x - xi) / lamda)             where (x - xi) / lamda > 0;
-//       a negative lamda (the fitted -1 of a negative skew) mirrors the curve
-//       about xi, and there CDF = Phi(-z).
+// distribution code (m_PercentCertainty::CurrentDistribution). The formulas and
+// the rules on the parameters are the families' own (engine/Families.h).
 //
 // Like the component it stands for, the calculator has no error trap of its own:
 // unusable parameters make ComputeDensities and Calculate return false with a
@@ -22,6 +15,10 @@
 
 #include <string>
 #include <vector>
+
+namespace Families {
+struct Family;
+}
 
 class DistCalculator {
   public:
@@ -48,28 +45,9 @@ class DistCalculator {
     // The density at one point (same checks as ComputeDensities, after Calculate).
     double Density(double x) const;
 
-    enum class Family {
-        None,
-        Normal,
-        Lognormal,
-        Exponential,
-        Weibull,
-        Uniform,
-        Triangular,
-        JohnsonSB,
-        JohnsonSU,
-        JohnsonSL,
-        JohnsonNormal
-    };
-    // The one density formula of each family, also behind the engine's own
-    // densities; parameters as the calculator takes them, unchecked.
-    static double FamilyDensity(Family family, const double (&p)[4], double x);
-
   private:
     // Resolves the key (and the Johnson form) and checks the parameters.
     bool Prepare();
-    double DensityAt(double x) const;
-    void FillGrid(double low, double high, int n);
     // Lower (P(X <= x)) or upper (P(X > x)) tail, each without cancellation.
     double Tail(double x, bool upper) const;
 
@@ -78,7 +56,7 @@ class DistCalculator {
     int n_ = 0;
     std::vector<double> density_;
     std::string message_;
-    Family family_ = Family::None;
+    const Families::Family* family_ = nullptr;
     bool ready_ = false;
     bool pointMass_ = false; // minimum = maximum: no spread, no density
 };

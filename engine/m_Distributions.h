@@ -1,32 +1,13 @@
-// The distribution catalogue, parameter checks, moments and densities.
+// The engine's named procedures: parameter checks, moments, densities and the
+// cumulative probability at a limit, each a dispatcher over its family's record
+// (engine/Families.h); and the moments view's table of fitted curves.
 #pragma once
 
-#include <array>
 #include <cmath>
 #include <string>
 #include <vector>
 
 namespace m_Distributions {
-
-// ---- Catalogue -------------------------------------------------------------
-// One row per user-facing distribution; the window fills its controls from it.
-struct ParamSlot {
-    const char* Label = nullptr;       // caption of lb_ParamN, nullptr = hidden
-    const char* DefaultText = nullptr; // text put into tb_ParamN on selection
-};
-
-struct CatalogueEntry {
-    const char* Name;          // user-facing name, compared exactly
-    int Code;                  // distribution code (1..9)
-    const char* CalculatorKey; // key of the distribution calculator
-    std::array<ParamSlot, 4> Slots;
-    const char* MinimumSlot; // which parameter is the support's minimum: "", "2" or "3"
-};
-
-// The nine distributions in the order of the start-up list.
-const std::vector<CatalogueEntry>& Catalogue();
-// nullptr when the name is not one of the nine.
-const CatalogueEntry* FindDistribution(const std::string& name);
 
 // A fitted Johnson type as the moments view shows it: the item of the moments-mode
 // list, the code the PNC figures take (a normal fit goes to the calculator's
@@ -66,6 +47,14 @@ double mean(int code, double p1, double p2, double p3);
 double StDev(int code, double p1, double p2, double p3);
 double Skewness(int code, double p1, double p2, double p3);
 double Kurtosis(int code, double p1, double p2, double p3);
+
+struct MomentSet {
+    double Mean = 0, StDev = 0, Skewness = 0, Kurtosis = 0;
+};
+// The four moments of a distribution by name, as CalcMomentsforDistribution asks
+// for them: each with the parameters the family uses, the others as 0, in the
+// order mean, standard deviation, skewness, kurtosis. All 0 for the Johnson kinds.
+MomentSet MomentsOf(const std::string& name, double p1, double p2, double p3);
 
 // ---- Densities -------------------------------------------------------------
 // Point i (1..N) of the sampling grid; the calculator samples on exactly these

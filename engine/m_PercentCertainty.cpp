@@ -2,6 +2,7 @@
 // values turned into the calculator's key and passed to the cumulative probability.
 #include "engine/m_PercentCertainty.h"
 
+#include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "support/ErrorTrap.h"
 
@@ -19,11 +20,8 @@ int16_t DecPlaces = 6;
 std::string CalculatorName(int code) {
     std::string result;
     support::Trap({kModule, __func__}, [&] {
-        // The catalogue's key for the code; "Johnson" for the Johnson types and
-        // for any code the catalogue does not know.
-        result = "Johnson";
-        for (const auto& entry : m_Distributions::Catalogue())
-            if (entry.Code == code) result = entry.CalculatorKey;
+        // "Johnson" for the Johnson types and for any code without a family.
+        result = Families::ByCode(code).CalculatorKey;
     });
     return result;
 }

@@ -1,14 +1,9 @@
 // Percentile points and performance indices (ISO 22514-2, percentile method).
-//
-// Quantiles of the classical families in the parameterisation of the catalogue
-// (Johnson, Kotz & Balakrishnan): normal mu + sigma z; log-normal min + exp(mu +
-// sigma z); exponential (Param1 a rate) min + H / rate and Weibull min + scale
-// H^(1/shape) with the cumulative hazard H = -ln(1 - p); uniform and triangular
-// by inverting their piecewise cumulative functions. Each takes the lower and
-// the upper tail probability so that the far tail keeps its digits.
+// The classical families' quantiles are their records' own (engine/Families.h);
+// the Johnson forms go through AS 100's inverse transform.
 #include "johnson/m_Capability.h"
 
-#include "engine/m_Distributions.h"
+#include "engine/Families.h"
 #include "johnson/JohnsonDist.h"
 #include "support/ErrorTrap.h"
 
@@ -23,8 +18,6 @@ constexpr const char* kModule = "Pondera.m_Capability";
 
 namespace {
 
-using namespace m_Distributions;
-
 // A figure beyond the double range is no figure: it stays empty, and the
 // overflow that showed it is not an error to report beside a sound PNC.
 void Quiet() {
@@ -36,60 +29,25 @@ struct Point {
     double Z, Lower, Upper;
 };
 
-// The cumulative hazard -ln(1 - p) from whichever tail is the smaller.
-double Hazard(const Point& p) {
-    return p.Lower < p.Upper ? -std::log1p(-p.Lower) : -std::log(p.Upper);
-}
-
 // Empty when the calculator would refuse the parameters as well.
 std::optional<double> Quantile(int code, double p1, double p2, double p3, double p4,
                                const Point& p) {
-    switch (code) {
-    case kNormal:
-        if (!(p2 > 0)) return std::nullopt;
-        return p1 + p2 * p.Z;
-    case kLogNormal:
-        if (!(p2 > 0)) return std::nullopt;
-        return p3 + std::exp(p1 + p2 * p.Z);
-    case kExponential:
-        if (!(p1 > 0)) return std::nullopt;
-        return p2 + Hazard(p) / p1;
-    case kWeibull:
-        if (!(p1 > 0 && p2 > 0)) return std::nullopt;
-        return p3 + p2 * std::pow(Hazard(p), 1 / p1);
-    case kUniform:
-        if (!(p1 <= p2)) return std::nullopt;
-        return p.Lower < p.Upper ? p1 + p.Lower * (p2 - p1) : p2 - p.Upper * (p2 - p1);
-    case kTriangular: {
-        if (!(p1 <= p2 && p2 <= p3)) return std::nullopt;
-        if (p1 == p3) return p1;
-        const double width = p3 - p1;
-        if (p.Lower * width <= p2 - p1) return p1 + std::sqrt(p.Lower * width * (p2 - p1));
-        return p3 - std::sqrt(p.Upper * width * (p3 - p2));
+    const Families::Family& family = Families::ByCode(code);
+    const double params[4] = {p1, p2, p3, p4};
+    if (family.Refusal(params)) return std::nullopt;
+    if (family.Quantile) return family.Quantile(params, p.Z, p.Lower, p.Upper);
+    // The transform reports its own faults and answers 0, which would pass for a
+    // quantile: a point beyond the double range is left out first.
+    const int type = family.As99Type;
+    const double w = std::fabs((p.Z - p2) / p1);
+    if (!(w < 1e300)) return std::nullopt;
+    if (type != JohnsonDist::kNormal) {
+        const double reach = type == JohnsonDist::kSB ? std::fabs(p3)
+                             : w < 700                ? std::fabs(p3) * std::exp(w)
+                                                      : HUGE_VAL;
+        if (!(reach + std::fabs(p4) < 1e300)) return std::nullopt;
     }
-    default: {
-        // The Johnson forms as the calculator tells them apart.
-        const int type = code == kJohnsonSB   ? JohnsonDist::kSB
-                         : code == kJohnsonSU ? JohnsonDist::kSU
-                         : code == kJohnsonSL ? JohnsonDist::kSL
-                                              : JohnsonDist::kNormal;
-        if (!(p1 > 0)) return std::nullopt;
-        if ((type == JohnsonDist::kSB || type == JohnsonDist::kSU) && !(p3 > 0))
-            return std::nullopt;
-        if (type == JohnsonDist::kSL && p3 == 0) return std::nullopt;
-        // The transform reports its own faults and answers 0, which would pass
-        // for a quantile: a point beyond the double range is left out first.
-        const double w = std::fabs((p.Z - p2) / p1);
-        if (!(w < 1e300)) return std::nullopt;
-        if (type != JohnsonDist::kNormal) {
-            const double reach = type == JohnsonDist::kSB ? std::fabs(p3)
-                                 : w < 700                ? std::fabs(p3) * std::exp(w)
-                                                          : HUGE_VAL;
-            if (!(reach + std::fabs(p4) < 1e300)) return std::nullopt;
-        }
-        return JohnsonDist().NormaltoJohnson(p.Z, p1, p2, p3, p4, type);
-    }
-    }
+    return JohnsonDist().NormaltoJohnson(p.Z, p1, p2, p3, p4, type);
 }
 
 } // namespace

@@ -5,8 +5,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -37,8 +35,8 @@ std::string Slurp(const std::string& path) {
     return ss.str();
 }
 
-// Runs pondera-cli; every line it prints is read as JSON unless json is false.
-CliRun Cli(const std::vector<std::string>& args, const std::string& input = "", bool json = true) {
+// Runs pondera-cli; every line it prints is read as JSON.
+CliRun Cli(const std::vector<std::string>& args, const std::string& input = "") {
     const std::string dir = testing::TempDir() + "cli-" + std::to_string(getpid());
     std::system(("mkdir -p " + Quoted(dir)).c_str());
     std::ofstream(dir + "/in") << input;
@@ -50,98 +48,56 @@ CliRun Cli(const std::vector<std::string>& args, const std::string& input = "", 
                                     .c_str());
     CliRun r{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Slurp(dir + "/out"), Slurp(dir + "/err"), {}};
     std::istringstream lines(r.Out);
-    for (std::string line; json && std::getline(lines, line);) {
-        try {
-            r.Objects.push_back(Value::parse(line));
-        } catch (const std::exception& e) {
-            ADD_FAILURE() << "not JSON (" << e.what() << "): " << line;
-        }
+    for (std::string line; std::getline(lines, line);) {
+        r.Objects.push_back(Value::parse(line, nullptr, false));
+        EXPECT_FALSE(r.Objects.back().is_discarded()) << "not JSON: " << line;
     }
     return r;
 }
 
-double Rel(double a, long double b) {
-    return static_cast<double>(std::fabs((a - b) / b));
-}
-
-TEST(CliEngine, MomentsAndFitAnswerWithTheirFigures) {
+TEST(CliEngine, EachCommandAnswersWithItsFigures) {
     // A negative number stands as a parameter; the figures are the engine tests' business.
-    const CliRun normal = Cli({"moments", "Normal", "-3", "2"});
-    ASSERT_EQ(normal.Status, 0) << normal.Err;
-    EXPECT_EQ(normal.Objects.at(0)["mean"], -3);
-    EXPECT_EQ(normal.Objects.at(0)["stdev"], 2);
-    // fit: its figures are the Johnson tests' business.
-    const CliRun fit = Cli({"fit", "0", "1", "0.5", "2.8"});
-    ASSERT_EQ(fit.Status, 0) << fit.Err;
-    const Value& f = fit.Objects.at(0);
-    EXPECT_EQ(f["type"], "SB");
-    EXPECT_EQ(f["message"], "Success");
-}
-
-TEST(CliEngine, FailedChecksAndRunTimeErrorsAreReported) {
-    // A failing check: its message, and no figures.
-    const Value check = Cli({"moments", "Normal", "7"}).Objects.at(0);
-    EXPECT_FALSE(check.contains("mean"));
-    ASSERT_EQ(check["messages"].size(), 1u);
-    EXPECT_EQ(check["messages"][0]["title"], "Pondera");
-    EXPECT_EQ(check["messages"][0]["text"], "Standard deviation must be greater than zero.");
-    // Run-time errors appear once per distinct error.
-    const Value v = Cli({"moments", "LogNormal", "0", "50"}).Objects.at(0);
-    EXPECT_EQ(v["mean"], 0);
-    ASSERT_EQ(v["errors"].size(), 4u);
-    EXPECT_EQ(v["errors"][0]["label"], "Pondera.m_Distributions.mean");
-    EXPECT_EQ(v["errors"][0]["description"], "Overflow");
-}
-
-TEST(CliEngine, PdfSamplesThePlotGrid) {
-    const Value v =
+    const Value normal = Cli({"moments", "Normal", "-3", "2"}).Objects.at(0);
+    EXPECT_EQ(normal["mean"], -3);
+    EXPECT_EQ(normal["stdev"], 2);
+    const Value fit = Cli({"fit", "0", "1", "0.5", "2.8"}).Objects.at(0);
+    EXPECT_EQ(fit["type"], "SB");
+    EXPECT_EQ(fit["message"], "Success");
+    // x(i) = low + (i - 1)(high - low)/N.
+    const Value pdf =
         Cli({"pdf", "Normal", "1", "2", "--range", "-3", "5", "--points", "8"}).Objects.at(0);
-    // x(i) = low + (i - 1)(high - low)/N; the densities are the engine tests' business.
-    EXPECT_EQ(v["x"], Value({-3, -2, -1, 0, 1, 2, 3, 4}));
-    EXPECT_EQ(v["density"].size(), 8u);
-}
-
-TEST(CliEngine, PncTakesLimitValuesEitherWay) {
-    for (const auto& usl : {std::vector<std::string>{"--usl", "9"}, {"--usl=9"}}) {
-        std::vector<std::string> args = {"pnc", "Normal", "0", "1", "0", "0", "--lsl", "-3"};
-        args.insert(args.end(), usl.begin(), usl.end());
-        const Value v = Cli(args).Objects.at(0);
-        EXPECT_LE(Rel(v["lower"], 0.00134989803163009452665L), 1e-14);
-        EXPECT_LE(Rel(v["upper"], 1.128588405953840647735e-19L), 1e-13);
-    }
+    EXPECT_EQ(pdf["x"], Value({-3, -2, -1, 0, 1, 2, 3, 4}));
+    EXPECT_EQ(pdf["density"].size(), 8u);
+    // Below -1 and above 1 standard deviation: lower and upper in their places.
+    const Value pnc = Cli({"pnc", "Normal", "10", "2", "--lsl", "8", "--usl=14"}).Objects.at(0);
+    EXPECT_NEAR(pnc["lower"], 0.158655253931457051, 1e-16);
+    EXPECT_NEAR(pnc["upper"], 0.0227501319481792072, 1e-16);
     // An absent limit is unticked: it contributes exactly 0.
     const Value only = Cli({"pnc", "Normal", "0", "1", "--lsl=-1"}).Objects.at(0);
     EXPECT_EQ(only["upper"], 0);
     EXPECT_EQ(only["total"], only["lower"]);
 }
 
+TEST(CliEngine, AFailedCheckAnswersWithItsMessage) {
+    // No figures; run-time errors travel the same way (the JSON writer's tests).
+    const Value check = Cli({"moments", "Normal", "7"}).Objects.at(0);
+    EXPECT_FALSE(check.contains("mean"));
+    ASSERT_EQ(check["messages"].size(), 1u);
+    EXPECT_EQ(check["messages"][0]["title"], "Pondera");
+    EXPECT_EQ(check["messages"][0]["text"], "Standard deviation must be greater than zero.");
+}
+
 TEST(CliEngine, LinesOnStandardInputAreAnsweredOneByOne) {
-    const CliRun r = Cli({"pnc"}, "Normal|0|1|||-3|3\r\n\nUniform|4|4|||3|5\n");
-    ASSERT_EQ(r.Status, 0) << r.Err;
+    const CliRun r = Cli({"pnc"}, "Normal|10|2|||8|14\r\n\nGamma|1|2\n");
+    EXPECT_EQ(r.Status, 2);          // a line that cannot be read marks the run as a usage error
     ASSERT_EQ(r.Objects.size(), 2u); // the blank line asks nothing
-    EXPECT_NEAR(r.Objects[0]["total"], 0.0026997960632601891, 1e-17);
-    EXPECT_EQ(r.Objects[1]["total"], 0); // a point mass at 4, inside the limits
-    // A line that cannot be read is answered and marks the run as a usage error.
-    const CliRun bad = Cli({"pnc"}, "Gamma|1|2\nNormal|0|1||||1\n");
-    EXPECT_EQ(bad.Status, 2);
-    ASSERT_EQ(bad.Objects.size(), 2u);
-    EXPECT_EQ(bad.Objects[0]["invalid"], "unknown distribution \"Gamma\"");
-    EXPECT_NEAR(bad.Objects[1]["upper"], 0.15865525393145705, 1e-16);
+    EXPECT_EQ(r.Objects[0],
+              Cli({"pnc", "Normal", "10", "2", "--lsl", "8", "--usl", "14"}).Objects.at(0));
+    EXPECT_EQ(r.Objects[1]["invalid"], "unknown distribution \"Gamma\"");
     const CliRun fit = Cli({"fit"}, "0 1 1 6\n1 2 x 4\n");
-    EXPECT_EQ(fit.Status, 2);
     ASSERT_EQ(fit.Objects.size(), 2u);
     EXPECT_NEAR(fit.Objects[0]["gamma"], -1.129333464, 1e-9); // table 6.1
     EXPECT_EQ(fit.Objects[1]["invalid"], "SKEW \"x\" is not a number");
-}
-
-TEST(CliEngine, HelpAndVersionExitWithZero) {
-    for (const auto& args : {std::vector<std::string>{"--help"}, {"pnc", "--help"}}) {
-        const CliRun r = Cli(args, "", false);
-        EXPECT_EQ(r.Status, 0);
-        EXPECT_NE(r.Out.find("Usage: pondera-cli"), std::string::npos) << r.Out;
-    }
-    EXPECT_EQ(Cli({"--version"}, "", false).Out,
-              std::string("pondera-cli ") + PONDERA_VERSION_TEXT + "\n");
 }
 
 TEST(CliEngine, UsageErrorsExitWithTwo) {
@@ -156,35 +112,24 @@ TEST(CliEngine, UsageErrorsExitWithTwo) {
         {"fit", "0", "1", "0.5"}};
     for (const auto& args : cases) {
         const CliRun r = Cli(args);
-        std::string joined;
-        for (const auto& a : args)
-            joined += a + " ";
-        EXPECT_EQ(r.Status, 2) << joined;
-        EXPECT_TRUE(r.Out.empty()) << joined << r.Out;
-        EXPECT_NE(r.Err.find("pondera-cli"), std::string::npos) << joined;
+        SCOPED_TRACE(testing::PrintToString(args));
+        EXPECT_EQ(r.Status, 2);
+        EXPECT_TRUE(r.Out.empty()) << r.Out;
+        EXPECT_NE(r.Err.find("pondera-cli"), std::string::npos);
     }
 }
 
 TEST(CliData, AnswersWithMomentsFitPncAndCapability) {
-    const CliRun r = Cli({"data", "-", "--lsl", "9", "--usl", "12", "--target", "10"},
-                         "Diameter\n10.1\n10.3\n\n9.8;10.0\n10.6\t10.2\n11.5\n");
-    ASSERT_EQ(r.Status, 0) << r.Err;
-    const Value& v = r.Objects.at(0);
+    // Reading the values and the figures are m_SampleData's and m_Capability's business.
+    const Value v = Cli({"data", "-", "--lsl", "9", "--usl", "12", "--target", "10"},
+                        "Diameter\n10.1\n10.3\n9.8\n10.0\n10.6\n10.2\n11.5\n")
+                        .Objects.at(0);
     EXPECT_EQ(v["n"], 7);
-    EXPECT_NEAR(v["mean"], 72.5 / 7, 1e-13);
     EXPECT_EQ(v["fit"]["type"], "SB");
-    EXPECT_EQ(v["fit"]["message"], "Success");
-    const auto& c = v["capability"];
-    EXPECT_EQ(c["ppk"].get<double>(), std::min(c["ppl"].get<double>(), c["ppu"].get<double>()));
-
+    EXPECT_TRUE(v["capability"]["ppk"].is_number() && v["total"].is_number());
     const CliRun bad = Cli({"data", "-"}, "x\n1\n2\nabc\n5\n");
     EXPECT_EQ(bad.Status, 2);
-    EXPECT_EQ(bad.Err.rfind("pondera-cli data: line 4: \"abc\" is not a number\n", 0), 0u)
-        << bad.Err;
-
-    const Value pnc = Cli({"pnc", "Normal", "10", "2", "--usl", "13"}).Objects.at(0);
-    EXPECT_NEAR(pnc["capability"]["ppu"], 0.5, 1e-15);
-    EXPECT_TRUE(pnc["capability"]["pp"].is_null() && pnc["capability"]["ppl"].is_null());
+    EXPECT_EQ(bad.Err.rfind("pondera-cli data: line 4:", 0), 0u) << bad.Err;
 }
 
 } // namespace

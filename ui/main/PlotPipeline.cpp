@@ -1,5 +1,6 @@
 #include "ui/main/PlotPipeline.h"
 
+#include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
 #include "johnson/m_Capability.h"
@@ -57,39 +58,7 @@ Check CheckLimitTexts(const Limits& limits) {
 }
 
 void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into) {
-    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
-    const int code = entry ? entry->Code : 0;
-    double mArgs[3] = {0, 0, 0}; // for the mean
-    double oArgs[3] = {0, 0, 0}; // for the other three moments
-    switch (code) {
-    case m_Distributions::kNormal:
-    case m_Distributions::kUniform:
-        mArgs[0] = oArgs[0] = p1;
-        mArgs[1] = oArgs[1] = p2;
-        break;
-    case m_Distributions::kExponential:
-        mArgs[0] = p1;
-        mArgs[1] = p2;
-        oArgs[0] = p1;
-        break;
-    case m_Distributions::kWeibull:
-    case m_Distributions::kTriangular:
-        mArgs[0] = oArgs[0] = p1;
-        mArgs[1] = oArgs[1] = p2;
-        mArgs[2] = oArgs[2] = p3;
-        break;
-    case m_Distributions::kLogNormal:
-        mArgs[0] = oArgs[0] = p1;
-        mArgs[1] = oArgs[1] = p2;
-        mArgs[2] = p3;
-        break;
-    default:
-        break;
-    }
-    into.Mean = m_Distributions::mean(code, mArgs[0], mArgs[1], mArgs[2]);
-    into.StDev = m_Distributions::StDev(code, oArgs[0], oArgs[1], oArgs[2]);
-    into.Skewness = m_Distributions::Skewness(code, oArgs[0], oArgs[1], oArgs[2]);
-    into.Kurtosis = m_Distributions::Kurtosis(code, oArgs[0], oArgs[1], oArgs[2]);
+    into = m_Distributions::MomentsOf(name, p1, p2, p3);
 }
 
 std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& pattern) {
@@ -99,10 +68,11 @@ std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& patt
 
 std::array<ParamRow, 4> ParamRows(const std::string& name) {
     std::array<ParamRow, 4> rows;
-    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
-    if (!entry || entry->Code > m_Distributions::kUniform) return rows;
+    const Families::Family* family = Families::ByName(name);
+    if (!family || !family->Classical) return rows;
     for (int i = 0; i < 4; ++i)
-        if (entry->Slots[i].Label) rows[i] = {entry->Slots[i].Label, entry->Slots[i].DefaultText};
+        if (family->Slots[i].Label)
+            rows[i] = {family->Slots[i].Label, family->Slots[i].DefaultText};
     return rows;
 }
 
@@ -122,9 +92,9 @@ std::pair<double, double> DisplayRange(double mean, double stDev, const RangeOpt
 
 std::pair<double, double> WithDensityStart(const std::string& name, std::pair<double, double> range,
                                            const std::array<double, 3>& p) {
-    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
-    if (!entry || !entry->MinimumSlot || !*entry->MinimumSlot) return range;
-    const double minimum = std::string(entry->MinimumSlot) == "2" ? p[1] : p[2];
+    const Families::Family* family = Families::ByName(name);
+    if (!family || !family->MinimumSlot) return range;
+    const double minimum = p[family->MinimumSlot - 1];
     return {m_Interface::Min(range.first, minimum), m_Interface::Max(range.second, minimum)};
 }
 
@@ -154,10 +124,10 @@ PncBoxes ResultKind(const Limits& limits) {
 
 PncSource SourceFromFields(const std::string& name, const std::array<std::string, 4>& texts) {
     PncSource s;
-    const m_Distributions::CatalogueEntry* entry = m_Distributions::FindDistribution(name);
-    s.Code = entry ? entry->Code : 0;
+    const Families::Family* family = Families::ByName(name);
+    s.Code = family ? family->Code : 0;
     for (int i = 0; i < 4; ++i)
-        if (entry && entry->Slots[i].Label) s.Params[i] = support::Val(texts[i]);
+        if (family && family->Slots[i].Label) s.Params[i] = support::Val(texts[i]);
     return s;
 }
 

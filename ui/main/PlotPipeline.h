@@ -5,6 +5,8 @@
 // fields into PlotInputs, calls these in turn and paints what they return.
 #pragma once
 
+#include "engine/m_Distributions.h"
+
 #include <array>
 #include <optional>
 #include <string>
@@ -73,13 +75,10 @@ Check CheckParamRules(const std::string& name, const std::array<double, 3>& p);
 // Each ticked limit must hold a number, in the order LSL, Target, USL.
 Check CheckLimitTexts(const Limits& limits);
 
-struct Moments {
-    double Mean = 0, StDev = 0, Skewness = 0, Kurtosis = 0;
-};
-// Each family gets the parameters it uses, the others go in as 0; the Johnson
-// kinds have no closed-form moments and give 0. Filled in the order mean,
-// standard deviation, skewness, kurtosis: a fault in one leaves the earlier
-// ones set, and the range is then chosen from what was set.
+using Moments = m_Distributions::MomentSet;
+// The engine's moments of the distribution (zeros for the Johnson kinds). A
+// fault in one leaves it 0 and the others set; the range is then chosen from
+// what was set.
 void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into);
 
 // The moment boxes' texts in the display pattern.

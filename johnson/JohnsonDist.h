@@ -97,8 +97,16 @@ class JohnsonDist {
     // The same six moments by adaptive Gauss-Kronrod quadrature over the normal
     // variate, each to 1e-14 relative: for any delta > 0 and any g.
     static void MOMQuadrature(double g, double d, double (&a)[6], bool& fault);
-    // The moments sbfit uses: MOM, then the compensated series, then the quadrature.
-    // momFaulted, when given, is set once MOM has faulted, and MOM is skipped while set.
+    // The same six moments by a fixed rule for a narrow step: delta up to
+    // kNarrowDelta and |g| up to kNarrowGamma (fault outside).
+    static constexpr double kNarrowDelta = 0.25, kNarrowGamma = 5;
+    static void MOMNarrow(double g, double d, double (&a)[6], bool& fault);
+    // The moments to 1e-13: MOMNarrow where it holds, else MOMQuadrature.
+    static void MOMExact(double g, double d, double (&a)[6], bool& fault);
+    // The moments sbfit uses: MOM (the compensated series from g / d = 4 on), and
+    // MOMExact where the series fails or cannot finish.
+    // momFaulted, when given, is set once the series has failed (or could not start),
+    // and the quadrature alone serves while set.
     static void SbMoments(double g, double d, double (&a)[6], bool& fault,
                           bool* momFaulted = nullptr);
 

@@ -795,36 +795,24 @@ namespace {
 // Gauss-Legendre panels on [0, 44], beyond which the integrands are below e^-44
 // of the step's own weight. The panels widen as the integrands decay (they fall
 // like e^-t; near t = 0 their scale is the logistic's poles at +-i pi).
-// 8-point Gauss-Legendre nodes and weights on [-1, 1], by Newton's method on P_8.
+// The 8-point Gauss-Legendre rule on [-1, 1]: nodes +-X[i] with weights W[i].
 struct Legendre8 {
-    static constexpr int kOrder = 8;
-    double X[kOrder], W[kOrder];
-    Legendre8() {
-        for (int i = 0; i < kOrder; ++i) {
-            double r = std::cos(std::numbers::pi * (i + 0.75) / (kOrder + 0.5)), dp = 1;
-            for (int it = 0; it < 100; ++it) {
-                double p0 = 1, p1 = r;
-                for (int n = 2; n <= kOrder; ++n) {
-                    const double p2 = ((2 * n - 1) * r * p1 - (n - 1) * p0) / n;
-                    p0 = p1, p1 = p2;
-                }
-                dp = kOrder * (r * p1 - p0) / (r * r - 1);
-                const double step = p1 / dp;
-                r -= step;
-                if (std::fabs(step) < 1e-17) break;
-            }
-            X[i] = r;
-            W[i] = 2 / ((1 - r * r) * dp * dp);
-        }
+    static constexpr int kHalf = 4;
+    static constexpr double X[kHalf] = {
+        0.183434642495649804939476142360184, 0.525532409916328985817739049189246,
+        0.796666477413626739591553936475830, 0.960289856497536231683560868569473};
+    static constexpr double W[kHalf] = {
+        0.362683783378361982965150449277196, 0.313706645877887287337962201986601,
+        0.222381034453374470544355994426241, 0.101228536290376259152531354309962};
+    // Node j = 0..7 of the rule on [c - h, c + h], and its weight.
+    static double Node(int j, double c, double h) {
+        return j < kHalf ? c - h * X[j] : c + h * X[j - kHalf];
     }
+    static double Weight(int j, double h) { return h * W[j % kHalf]; }
 };
-const Legendre8& GaussLegendre() {
-    static const Legendre8 rule;
-    return rule;
-}
 
 struct NarrowRule {
-    static constexpr int kOrder = Legendre8::kOrder;
+    static constexpr int kOrder = 2 * Legendre8::kHalf;
     static constexpr double kEdges[] = {0, 1, 2.5, 4.5, 7, 10, 14, 19, 25, 33, 44};
     static constexpr int kNodes = kOrder * (std::size(kEdges) - 1);
     double T[kNodes], W[kNodes];
@@ -832,15 +820,13 @@ struct NarrowRule {
     double Below[kNodes][6], Above[kNodes][6];
 
     NarrowRule() {
-        const double* x = GaussLegendre().X;
-        const double* w = GaussLegendre().W;
         int k = 0;
         for (std::size_t p = 0; p + 1 < std::size(kEdges); ++p) {
             const double c = 0.5 * (kEdges[p] + kEdges[p + 1]),
                          h = 0.5 * (kEdges[p + 1] - kEdges[p]);
             for (int i = 0; i < kOrder; ++i, ++k) {
-                T[k] = c + h * x[i];
-                W[k] = h * w[i];
+                T[k] = Legendre8::Node(i, c, h);
+                W[k] = Legendre8::Weight(i, h);
                 const double e = std::exp(-T[k]), s = e / (1 + e), lp = std::log1p(e);
                 double sk = 1;
                 for (int j = 0; j < 6; ++j) {
@@ -938,14 +924,13 @@ bool WideStep(double g, double d, double (&a)[6]) {
     const int panels = static_cast<int>(std::ceil((hi - lo) / kWidth));
     if (panels > 32) return false; // far from the fit's ground: the adaptive rule
     const double h = 0.5 * (hi - lo) / panels;
-    const Legendre8& rule = GaussLegendre();
     double sum[6] = {0, 0, 0, 0, 0, 0};
     for (int p = 0; p < panels; ++p) {
         const double c = lo + (2 * p + 1) * h;
-        for (int i = 0; i < Legendre8::kOrder; ++i) {
-            const double z = c + h * rule.X[i], t = (z - g) / d;
+        for (int i = 0; i < 2 * Legendre8::kHalf; ++i) {
+            const double z = Legendre8::Node(i, c, h), t = (z - g) / d;
             const double y = t >= 0 ? 1 / (1 + std::exp(-t)) : std::exp(t) / (1 + std::exp(t));
-            double f = rule.W[i] * std::exp(-0.5 * z * z);
+            double f = Legendre8::Weight(i, 1) * std::exp(-0.5 * z * z);
             for (int k = 0; k < 6; ++k) {
                 f *= y;
                 sum[k] += f;

@@ -93,7 +93,7 @@ class JohnsonDist {
     // AS 99 MOM: the first six raw moments a[0..5] of the standard SB variable.
     static void MOM(double g, double d, double (&a)[6], bool& fault, int* passes = nullptr);
     // The same six moments by adaptive Gauss-Kronrod quadrature over the normal
-    // variate, each to 1e-14 relative: for any delta > 0 and any g.
+    // variate, each to about 1e-12 relative: for any delta > 0 and any g.
     static void MOMQuadrature(double g, double d, double (&a)[6], bool& fault);
     // The same six moments by a fixed rule for a narrow step: delta up to
     // kNarrowDelta and |g| up to kNarrowGamma (fault outside).

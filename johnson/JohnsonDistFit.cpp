@@ -222,7 +222,7 @@ struct SbShape {
 };
 
 // False when the moments fail or the variance is not positive (M2 then <= 0).
-// exact: by the quadrature alone. MOM's printed 10-digit constants put its
+// exact: by MOMExact alone. MOM's printed 10-digit constants put its
 // moments about 1e-10 from the integral, unevenly across the six; close to the
 // normal (small skewness, delta in the tens) beta2 is a difference of raw
 // moments some 1e9 times smaller than they are, and that bias swamps it.

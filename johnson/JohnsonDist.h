@@ -92,13 +92,18 @@ class JohnsonDist {
                            double& m2, bool& fault);
     // AS 99 MOM: the first six raw moments a[0..5] of the standard SB variable.
     static void MOM(double g, double d, double (&a)[6], bool& fault, int* passes = nullptr);
-    // MOM with each sum kept as a compensated pair; otherwise the same series.
-    static void MOMCompensated(double g, double d, double (&a)[6], bool& fault);
     // The same six moments by adaptive Gauss-Kronrod quadrature over the normal
-    // variate, each to 1e-14 relative: for any delta > 0 and any g.
+    // variate, each to about 1e-12 relative: for any delta > 0 and any g.
     static void MOMQuadrature(double g, double d, double (&a)[6], bool& fault);
-    // The moments sbfit uses: MOM, then the compensated series, then the quadrature.
-    // momFaulted, when given, is set once MOM has faulted, and MOM is skipped while set.
+    // The same six moments by a fixed rule for a narrow step: delta up to
+    // kNarrowDelta and |g| up to kNarrowGamma (fault outside).
+    static constexpr double kNarrowDelta = 0.25, kNarrowGamma = 5;
+    static void MOMNarrow(double g, double d, double (&a)[6], bool& fault);
+    // The moments to 1e-13: MOMNarrow where it holds, else MOMQuadrature.
+    static void MOMExact(double g, double d, double (&a)[6], bool& fault);
+    // The moments sbfit uses: MOM's (from g / d = 4 on, what MOM converges to,
+    // by MOMExact), and MOMExact's where the series fails or cannot finish.
+    // momFaulted, when given, is set then, and MOMExact alone serves while set.
     static void SbMoments(double g, double d, double (&a)[6], bool& fault,
                           bool* momFaulted = nullptr);
 

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstdio>
 #include <iostream>
+#include <poll.h>
+#include <unistd.h>
 
 namespace cli {
 
@@ -157,7 +159,13 @@ int Fail(const std::string& command, const std::string& problem) {
 
 void PrintLine(const JsonObject& out) {
     std::printf("%s\n", out.Str().c_str());
-    std::fflush(stdout);
+}
+
+// A caller that waits for each answer before it writes the next line must get
+// it now; while more input is already waiting, the answers go out together.
+void FlushBeforeWaiting() {
+    pollfd input{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+    if (poll(&input, 1, 0) != 1) std::fflush(stdout);
 }
 
 int AnswerLines(const char* command, const std::function<std::string(const std::string&)>& answer) {
@@ -173,7 +181,9 @@ int AnswerLines(const char* command, const std::function<std::string(const std::
             PrintLine(out);
             status = 2;
         }
+        FlushBeforeWaiting();
     }
+    std::fflush(stdout);
     if (status) Usage();
     return status;
 }

@@ -93,6 +93,9 @@ PixelBuffer& PixelBuffer::operator=(PixelBuffer&& other) noexcept {
     Height = other.Height;
     RowStride = other.RowStride;
     Ratio = other.Ratio;
+    Clipped = other.Clipped;
+    ClipLeft = other.ClipLeft, ClipTop = other.ClipTop;
+    ClipRight = other.ClipRight, ClipBottom = other.ClipBottom;
     Owned = std::move(other.Owned);
     Bits = owns ? Owned.data() : other.Bits;
     other.Width = other.Height = 0;
@@ -110,6 +113,12 @@ const uint8_t* PixelBuffer::Entry(long long index) const {
     if (!Bits || index < 0 || index >= static_cast<long long>(EntryCount())) return nullptr;
     const long long row = index / Width;
     const long long column = index % Width;
+    if (Clipped) {
+        const long long screenRow = Height - 1 - row;
+        if (column < ClipLeft || column > ClipRight || screenRow < ClipTop ||
+            screenRow > ClipBottom)
+            return nullptr;
+    }
     return Bits + row * RowStride + column * 4;
 }
 
@@ -170,7 +179,15 @@ bool InitSetDIBPixel(QImage& image) {
 }
 
 bool InitSetDIBPixel(PictureBox& surface) {
-    return InitSetDIBPixel(surface.Image());
+    if (!InitSetDIBPixel(surface.Image())) return false;
+    if (surface.Clipped()) {
+        PixelBuffer& view = State().View;
+        const QRect clip = surface.DeviceClip();
+        view.Clipped = true;
+        view.ClipLeft = clip.left(), view.ClipTop = clip.top();
+        view.ClipRight = clip.right(), view.ClipBottom = clip.bottom();
+    }
+    return true;
 }
 
 bool InitSetDIBPixel(PixelBuffer& buffer) {

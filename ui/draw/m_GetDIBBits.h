@@ -34,6 +34,10 @@ struct PixelBuffer {
     // pixels and they land at device resolution. The pixel calls here work in
     // the buffer's own pixels.
     double Ratio = 1;
+    // While set, only the screen columns and rows (from 0, top down) inside
+    // this rectangle are written or read: a surface's clip.
+    bool Clipped = false;
+    int ClipLeft = 0, ClipTop = 0, ClipRight = -1, ClipBottom = -1;
 
     // A buffer of its own, all entries 0 (black).
     static PixelBuffer Make(int width, int height);

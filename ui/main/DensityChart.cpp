@@ -228,8 +228,11 @@ Result Draw(PictureBox& surface, const Input& in) {
         } unclip{surface};
         surface.SetClip(*strip);
         result = DrawWhole(surface, in);
+        result.RedrawnLeft = strip->left();
+        result.RedrawnWidth = strip->width();
     } else {
         result = DrawWhole(surface, in);
+        result.RedrawnWidth = surface.ScaleWidth();
     }
     Remember(surface, in, before);
     return result;

@@ -80,9 +80,9 @@ class PictureBox : public QWidget {
     // Fills between the edges left..right and top..bottom (ends excluded),
     // rounded to device pixels; at least one device pixel each way.
     void FillArea(double left, double top, double right, double bottom, uint32_t bgr);
-    // Many FillAreas at once, in order, each from its top down to its bottom:
-    // the chart's shading, written band by band so a large picture stays in
-    // the cache.
+    // Many FillAreas at once, in order (a later bar covers an earlier one),
+    // each from its top down to its bottom: the chart's shading, written row
+    // by row with each pixel once.
     struct Bar {
         double Left, Right, Top, Bottom;
         uint32_t Bgr;

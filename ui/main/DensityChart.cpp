@@ -48,14 +48,25 @@ void DrawDots(PictureBox& surface, Geometry& g, std::span<const double> x,
 // range and so the curve), only the columns that can change are drawn again:
 // the whole drawing runs clipped to them, so they come out exactly as a full
 // drawing would draw them and everything else stays as it is.
-struct Drawn {
-    uint64_t Generation = 0; // of the surface right after the drawing; 0: none
-    Input In;
-    std::vector<double> X, Y, OverlayX, OverlayY;
+// What of the surface itself shapes a drawing.
+struct SurfaceLook {
     double W = 0, H = 0, Ratio = 0, FontSize = 0;
     QString FontName;
     uint32_t BackColor = 0;
     bool FontTransparent = false;
+    bool operator==(const SurfaceLook&) const = default;
+};
+
+SurfaceLook LookOf(const PictureBox& s) {
+    return {double(s.ScaleWidth()), double(s.ScaleHeight()), s.PixelRatio(),     s.FontSize(),
+            s.FontName(),           s.BackColor(),           s.FontTransparent()};
+}
+
+struct Drawn {
+    uint64_t Generation = 0; // of the surface right after the drawing; 0: none
+    SurfaceLook Look;
+    Input In; // its spans point into the copies below
+    std::vector<double> X, Y, OverlayX, OverlayY;
 };
 
 Drawn& Last() {
@@ -67,16 +78,12 @@ bool Same(std::span<const double> a, std::span<const double> b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
-bool SameLimitState(const Limit& a, const Limit& b) {
-    return a.Ticked == b.Ticked;
-}
-
 // Everything but the LSL's and USL's values is as it was drawn.
 bool SameButLimits(const Input& a, const Input& b) {
     return a.Refresh == b.Refresh && a.XTicks == b.XTicks && a.YTicks == b.YTicks &&
            a.XTickLength == b.XTickLength && a.YTickLength == b.YTickLength && Same(a.X, b.X) &&
-           Same(a.Y, b.Y) && SameLimitState(a.LSL, b.LSL) && a.Target.Ticked == b.Target.Ticked &&
-           (!a.Target.Ticked || a.Target.Value == b.Target.Value) && SameLimitState(a.USL, b.USL) &&
+           Same(a.Y, b.Y) && a.LSL.Ticked == b.LSL.Ticked && a.Target.Ticked == b.Target.Ticked &&
+           (!a.Target.Ticked || a.Target.Value == b.Target.Value) && a.USL.Ticked == b.USL.Ticked &&
            a.DraggingLSL == b.DraggingLSL && a.DraggingUSL == b.DraggingUSL && a.XAxis == b.XAxis &&
            a.YAxis == b.YAxis && a.Labels == b.Labels && a.BackColor == b.BackColor &&
            a.InSpecColor == b.InSpecColor && a.OutSpecColor == b.OutSpecColor &&
@@ -84,8 +91,9 @@ bool SameButLimits(const Input& a, const Input& b) {
            a.LSLMarkerWidth == b.LSLMarkerWidth && a.USLMarkerWidth == b.USLMarkerWidth;
 }
 
-void Remember(const PictureBox& surface, const Input& in, const Drawn& before) {
+void Remember(const PictureBox& surface, const Input& in, const SurfaceLook& look) {
     Drawn& d = Last();
+    d.Look = look;
     d.X.assign(in.X.begin(), in.X.end());
     d.Y.assign(in.Y.begin(), in.Y.end());
     d.OverlayX.assign(in.OverlayX.begin(), in.OverlayX.end());
@@ -95,13 +103,6 @@ void Remember(const PictureBox& surface, const Input& in, const Drawn& before) {
     d.In.Y = d.Y;
     d.In.OverlayX = d.OverlayX;
     d.In.OverlayY = d.OverlayY;
-    d.W = before.W;
-    d.H = before.H;
-    d.Ratio = before.Ratio;
-    d.FontSize = before.FontSize;
-    d.FontName = before.FontName;
-    d.BackColor = before.BackColor;
-    d.FontTransparent = before.FontTransparent;
     d.Generation = surface.Generation();
 }
 
@@ -201,21 +202,10 @@ bool MarkerHit(double pointerX, double markerLeft, double markerWidth) {
 }
 
 Result Draw(PictureBox& surface, const Input& in) {
-    Drawn before;
-    before.W = surface.ScaleWidth();
-    before.H = surface.ScaleHeight();
-    before.Ratio = surface.PixelRatio();
-    before.FontSize = surface.FontSize();
-    before.FontName = surface.FontName();
-    before.BackColor = surface.BackColor();
-    before.FontTransparent = surface.FontTransparent();
+    const SurfaceLook look = LookOf(surface);
     const Drawn& last = Last();
-    const bool unchangedPicture =
-        last.Generation != 0 && last.Generation == surface.Generation() && in.Refresh &&
-        last.W == before.W && last.H == before.H && last.Ratio == before.Ratio &&
-        last.FontSize == before.FontSize && last.FontName == before.FontName &&
-        last.BackColor == before.BackColor && last.FontTransparent == before.FontTransparent &&
-        SameButLimits(last.In, in);
+    const bool unchangedPicture = last.Generation != 0 && last.Generation == surface.Generation() &&
+                                  in.Refresh && last.Look == look && SameButLimits(last.In, in);
     std::optional<QRect> strip;
     if (unchangedPicture) strip = ChangedStrip(surface, last.In, in);
     Last().Generation = 0; // forgotten until this drawing has finished
@@ -234,7 +224,7 @@ Result Draw(PictureBox& surface, const Input& in) {
         result = DrawWhole(surface, in);
         result.RedrawnWidth = surface.ScaleWidth();
     }
-    Remember(surface, in, before);
+    Remember(surface, in, look);
     return result;
 }
 

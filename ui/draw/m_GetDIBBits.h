@@ -60,6 +60,9 @@ struct PixelBuffer {
     // Pixel (x, y) by the rule above; nullptr outside.
     uint8_t* At(int x, int y);
     const uint8_t* At(int x, int y) const;
+    // The entry in bottom-up row `row` and column `column` (both from 0, inside
+    // the buffer); nullptr outside the clip.
+    const uint8_t* EntryAt(long long row, long long column) const;
 
     // Stores each component clamped to 0..255; outside positions are ignored.
     void Set(int x, int y, int red, int green, int blue);

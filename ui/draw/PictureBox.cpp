@@ -34,6 +34,14 @@ long long RoundPixel(double v) {
     return static_cast<long long>(std::floor(Near(v) + 0.5));
 }
 
+// One row of bars: the kept pixels stay, the others take their colour. Plain
+// masks, and out of line, so that the compiler writes several pixels at a time.
+[[gnu::noinline]] void PaintRow(QRgb* __restrict line, const QRgb* __restrict colour,
+                                const QRgb* __restrict keep, int count) {
+    for (int c = 0; c < count; ++c)
+        line[c] = (line[c] & keep[c]) | colour[c];
+}
+
 bool Finite(double a, double b, double c, double d) {
     return std::isfinite(a) && std::isfinite(b) && std::isfinite(c) && std::isfinite(d);
 }
@@ -101,12 +109,46 @@ const QFontMetricsF& PictureBox::Metrics() const {
 }
 
 QPainter& PictureBox::Painter() {
+    Touch();
     if (!painter_) {
         painter_ = std::make_unique<QPainter>(&image_);
         painter_->setRenderHint(QPainter::Antialiasing, false);
         painter_->setRenderHint(QPainter::TextAntialiasing, true);
+        if (clipped_) painter_->setClipRect(clip_);
     }
     return *painter_;
+}
+
+void PictureBox::Touch() {
+    static uint64_t last = 0;
+    generation_ = ++last;
+}
+
+void PictureBox::SetClip(const QRect& logical) {
+    EndPainting();
+    clipped_ = true;
+    clip_ = logical;
+    const auto device = [&](int v) { return static_cast<int>(std::lround(v * ratio_)); };
+    deviceClip_ = QRect(QPoint(device(logical.left()), device(logical.top())),
+                        QPoint(device(logical.left() + logical.width()) - 1,
+                               device(logical.top() + logical.height()) - 1))
+                      .intersected(image_.rect());
+}
+
+void PictureBox::ClearClip() {
+    EndPainting();
+    clipped_ = false;
+}
+
+QRect PictureBox::DeviceClip() const {
+    return clipped_ ? deviceClip_ : image_.rect();
+}
+
+void PictureBox::Refresh() {
+    if (clipped_)
+        update(clip_);
+    else
+        update();
 }
 
 void PictureBox::EndPainting() {
@@ -118,6 +160,7 @@ void PictureBox::EndPainting() {
 
 QImage& PictureBox::Image() {
     EndPainting();
+    Touch();
     return image_;
 }
 
@@ -127,6 +170,8 @@ void PictureBox::ResizeImage(int width, int height, double ratio) {
     height = std::max(height, 1);
     if (width == width_ && height == height_ && ratio == ratio_ && !image_.isNull()) return;
     EndPainting();
+    Touch();
+    clipped_ = false;
     metrics_.reset();
     QImage resized(std::max(1, static_cast<int>(std::lround(width * ratio))),
                    std::max(1, static_cast<int>(std::lround(height * ratio))),
@@ -147,7 +192,13 @@ void PictureBox::ResizeImage(int width, int height, double ratio) {
 
 void PictureBox::Cls() {
     EndPainting();
-    image_.fill(look::ToQColor(backColor_));
+    Touch();
+    if (clipped_) {
+        const QRect r = deviceClip_;
+        FillPixels(r.left(), r.top(), r.right(), r.bottom(), backColor_);
+    } else {
+        image_.fill(look::ToQColor(backColor_));
+    }
     CurrentX = 0;
     CurrentY = 0;
 }
@@ -191,12 +242,14 @@ void PictureBox::Line(double x1, double y1, double x2, double y2, uint32_t bgr) 
 // to the same memory at once, so both can be mixed freely. A picture shared
 // with a copy someone holds is detached first, with the painter closed.
 void PictureBox::FillPixels(long long c0, long long r0, long long c1, long long r1, uint32_t bgr) {
-    c0 = std::max<long long>(c0, 0);
-    r0 = std::max<long long>(r0, 0);
-    c1 = std::min<long long>(c1, image_.width() - 1);
-    r1 = std::min<long long>(r1, image_.height() - 1);
+    const QRect clip = DeviceClip();
+    c0 = std::max<long long>(c0, clip.left());
+    r0 = std::max<long long>(r0, clip.top());
+    c1 = std::min<long long>(c1, clip.right());
+    r1 = std::min<long long>(r1, clip.bottom());
     if (c0 > c1 || r0 > r1) return;
     if (!image_.isDetached()) EndPainting();
+    Touch();
     const QRgb value = look::ToQColor(bgr).rgb();
     uchar* bits = image_.bits();
     const qsizetype stride = image_.bytesPerLine();
@@ -226,42 +279,88 @@ void PictureBox::FillArea(double left, double top, double right, double bottom, 
     FillPixels(c0, r0, std::max(c0, Device(right) - 1), std::max(r0, Device(bottom) - 1), bgr);
 }
 
+// Row by row from the top: each column remembers the colour of the latest
+// bar (in the given order) that covers it on the current row, and every row
+// is written once from that list. The picture is the same as filling the bars
+// one after another, with each pixel written once however much they overlap.
 void PictureBox::FillBars(const std::vector<Bar>& bars) {
     struct Span {
-        long long C0, C1, R0, R1;
+        int C0, C1, R0, R1;
         QRgb Value;
     };
+    const QRect clip = DeviceClip();
     std::vector<Span> spans;
     spans.reserve(bars.size());
-    long long top = image_.height(), bottom = -1;
     for (const Bar& b : bars) {
         if (!Finite(b.Left, b.Top, b.Right, b.Bottom)) continue;
         const long long c0 = Device(b.Left), r0 = Device(b.Top);
-        Span s{std::max(c0, 0LL), std::min(std::max(c0, Device(b.Right) - 1), image_.width() - 1LL),
-               std::max(r0, 0LL),
-               std::min(std::max(r0, Device(b.Bottom) - 1), image_.height() - 1LL),
-               look::ToQColor(b.Bgr).rgb()};
-        if (s.C0 > s.C1 || s.R0 > s.R1) continue;
-        top = std::min(top, s.R0);
-        bottom = std::max(bottom, s.R1);
-        spans.push_back(s);
+        const long long c1 = std::max(c0, Device(b.Right) - 1);
+        const long long r1 = std::max(r0, Device(b.Bottom) - 1);
+        const Span s{static_cast<int>(std::max<long long>(c0, clip.left())),
+                     static_cast<int>(std::min<long long>(c1, clip.right())),
+                     static_cast<int>(std::max<long long>(r0, clip.top())),
+                     static_cast<int>(std::min<long long>(r1, clip.bottom())),
+                     look::ToQColor(b.Bgr).rgb()};
+        if (s.C0 <= s.C1 && s.R0 <= s.R1) spans.push_back(s);
     }
     if (spans.empty()) return;
     if (!image_.isDetached()) EndPainting();
+    Touch();
+
+    const int n = static_cast<int>(spans.size());
+    // Spans by their first row and by their last.
+    std::vector<int> byStart(n), byEnd(n);
+    for (int i = 0; i < n; ++i)
+        byStart[i] = byEnd[i] = i;
+    std::stable_sort(byStart.begin(), byStart.end(),
+                     [&](int a, int b) { return spans[a].R0 < spans[b].R0; });
+    std::stable_sort(byEnd.begin(), byEnd.end(),
+                     [&](int a, int b) { return spans[a].R1 < spans[b].R1; });
+    std::vector<bool> active(n, false);
+    // The latest covering span of each column (-1: none) and its colour, or
+    // a colour of 0 and a mask that keeps the pixel.
+    const int width = image_.width();
+    std::vector<int> owner(width, -1);
+    std::vector<QRgb> colour(width, 0), keep(width, ~QRgb(0));
+    const auto own = [&](int c, int i) {
+        owner[c] = i;
+        colour[c] = i < 0 ? 0 : spans[i].Value;
+        keep[c] = i < 0 ? ~QRgb(0) : 0;
+    };
+    const auto reown = [&](int c) {
+        int best = -1;
+        for (int j = 0; j < n; ++j)
+            if (active[j] && spans[j].C0 <= c && c <= spans[j].C1) best = j;
+        own(c, best);
+    };
+    const int lastRow = spans[byEnd[n - 1]].R1;
+
     uchar* bits = image_.bits();
     const qsizetype stride = image_.bytesPerLine();
-    const qsizetype step = stride / static_cast<qsizetype>(sizeof(QRgb));
-    constexpr long long kBand = 8;
-    for (long long band = top; band <= bottom; band += kBand) {
-        const long long bandEnd = std::min(band + kBand - 1, bottom);
-        for (const Span& s : spans) {
-            const long long r0 = std::max(s.R0, band), r1 = std::min(s.R1, bandEnd);
-            const long long width = s.C1 - s.C0 + 1;
-            auto* p = reinterpret_cast<QRgb*>(bits + r0 * stride) + s.C0;
-            for (long long r = r0; r <= r1; ++r, p += step)
-                for (long long c = 0; c < width; ++c)
-                    p[c] = s.Value;
+    int nextStart = 0, nextEnd = 0, live = 0;
+    int left = width, right = -1; // columns any span has touched so far
+    for (int r = spans[byStart[0]].R0; r <= lastRow; ++r) {
+        for (; nextEnd < n && spans[byEnd[nextEnd]].R1 < r; ++nextEnd) {
+            const int i = byEnd[nextEnd];
+            active[i] = false;
+            --live;
+            for (int c = spans[i].C0; c <= spans[i].C1; ++c)
+                if (owner[c] == i) reown(c);
         }
+        if (live == 0 && nextStart < n) r = std::max(r, spans[byStart[nextStart]].R0);
+        for (; nextStart < n && spans[byStart[nextStart]].R0 <= r; ++nextStart) {
+            const int i = byStart[nextStart];
+            const Span& s = spans[i];
+            active[i] = true;
+            ++live;
+            left = std::min(left, s.C0);
+            right = std::max(right, s.C1);
+            for (int c = s.C0; c <= s.C1; ++c)
+                if (owner[c] < i) own(c, i);
+        }
+        if (live == 0) continue;
+        PaintRow(reinterpret_cast<QRgb*>(bits + r * stride) + left, colour.data() + left,
+                 keep.data() + left, right - left + 1);
     }
 }
 
@@ -271,10 +370,16 @@ void PictureBox::Print(const QString& text) {
     const QFontMetricsF& fm = Metrics();
     const double x = Near(CurrentX);
     const double y = Near(CurrentY);
-    if (std::isfinite(CurrentX) && std::isfinite(CurrentY)) {
+    const double advance = fm.horizontalAdvance(text);
+    // Text wholly outside the clip is not drawn at all; a glyph may reach
+    // past its advance, hence the margin of a line's height.
+    const double margin = fm.height();
+    const bool outside =
+        clipped_ &&
+        !QRectF(x - margin, y - margin, advance + 2 * margin, 3 * margin).intersects(QRectF(clip_));
+    if (std::isfinite(CurrentX) && std::isfinite(CurrentY) && !outside) {
         if (!fontTransparent_)
-            p.fillRect(QRectF(x, y, fm.horizontalAdvance(text), fm.height()),
-                       look::ToQColor(backColor_));
+            p.fillRect(QRectF(x, y, advance, fm.height()), look::ToQColor(backColor_));
         p.setPen(look::ToQColor(foreColor_));
         p.drawText(QPointF(x, y + fm.ascent()), text);
     }

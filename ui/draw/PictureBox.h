@@ -80,9 +80,9 @@ class PictureBox : public QWidget {
     // Fills between the edges left..right and top..bottom (ends excluded),
     // rounded to device pixels; at least one device pixel each way.
     void FillArea(double left, double top, double right, double bottom, uint32_t bgr);
-    // Many FillAreas at once, in order, each from its top down to its bottom:
-    // the chart's shading, written band by band so a large picture stays in
-    // the cache.
+    // Many FillAreas at once, in order (a later bar covers an earlier one),
+    // each from its top down to its bottom: the chart's shading, written row
+    // by row with each pixel once.
     struct Bar {
         double Left, Right, Top, Bottom;
         uint32_t Bgr;
@@ -103,8 +103,23 @@ class PictureBox : public QWidget {
     // The picture in device pixels (its devicePixelRatio is PixelRatio()).
     // Ends any drawing in progress first.
     QImage& Image();
-    // Shows the picture after drawing (the old Refresh).
-    void Refresh() { update(); }
+    // Shows the picture after drawing (the old Refresh): only the clip
+    // rectangle while one is set.
+    void Refresh();
+
+    // Restricts all drawing (clearing, lines, fills, text, the pixel access of
+    // m_GetDIBBits) to a rectangle in logical pixels, so that part of a picture
+    // can be drawn afresh exactly as a whole drawing would draw it there. Its
+    // edges must fall on whole device pixels (at ratio 1.5, even logical ones).
+    void SetClip(const QRect& logical);
+    void ClearClip();
+    bool Clipped() const { return clipped_; }
+    // The clip in device pixels (the whole picture when none is set).
+    QRect DeviceClip() const;
+
+    // Changes whenever the picture may have changed; unique across surfaces, so
+    // a drawing that remembers it can tell that nobody drew over it since.
+    uint64_t Generation() const { return generation_; }
 
     // The painter the drawing calls share; opened on first use, ended by
     // EndPainting (which every reader of the image calls).
@@ -145,8 +160,13 @@ class PictureBox : public QWidget {
     long long Device(double v) const;
     void FillPixels(long long c0, long long r0, long long c1, long long r1, uint32_t bgr);
     const QFontMetricsF& Metrics() const;
+    void Touch();
 
     QImage image_;
+    uint64_t generation_ = 0;
+    bool clipped_ = false;
+    QRect clip_;       // logical
+    QRect deviceClip_; // the same in device pixels
     int width_ = 0, height_ = 0;
     double ratio_ = 1;
     bool ratioSet_ = false;

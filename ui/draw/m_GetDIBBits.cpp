@@ -93,6 +93,9 @@ PixelBuffer& PixelBuffer::operator=(PixelBuffer&& other) noexcept {
     Height = other.Height;
     RowStride = other.RowStride;
     Ratio = other.Ratio;
+    Clipped = other.Clipped;
+    ClipLeft = other.ClipLeft, ClipTop = other.ClipTop;
+    ClipRight = other.ClipRight, ClipBottom = other.ClipBottom;
     Owned = std::move(other.Owned);
     Bits = owns ? Owned.data() : other.Bits;
     other.Width = other.Height = 0;
@@ -108,8 +111,16 @@ uint8_t* PixelBuffer::Entry(long long index) {
 
 const uint8_t* PixelBuffer::Entry(long long index) const {
     if (!Bits || index < 0 || index >= static_cast<long long>(EntryCount())) return nullptr;
-    const long long row = index / Width;
-    const long long column = index % Width;
+    return EntryAt(index / Width, index % Width);
+}
+
+const uint8_t* PixelBuffer::EntryAt(long long row, long long column) const {
+    if (Clipped) {
+        const long long screenRow = Height - 1 - row;
+        if (column < ClipLeft || column > ClipRight || screenRow < ClipTop ||
+            screenRow > ClipBottom)
+            return nullptr;
+    }
     return Bits + row * RowStride + column * 4;
 }
 
@@ -119,13 +130,15 @@ long long PixelBuffer::IndexOf(int x, int y) const {
 }
 
 uint8_t* PixelBuffer::At(int x, int y) {
-    const long long index = IndexOf(x, y);
-    return index < 0 ? nullptr : Entry(index);
+    return const_cast<uint8_t*>(static_cast<const PixelBuffer*>(this)->At(x, y));
 }
 
+// Entry(IndexOf(x, y)) without dividing: row height - y, column x, except
+// that x = width is column 0 of the next row (none above the top row).
 const uint8_t* PixelBuffer::At(int x, int y) const {
-    const long long index = IndexOf(x, y);
-    return index < 0 ? nullptr : Entry(index);
+    if (!Bits || x < 1 || x > Width || y < 1 || y > Height) return nullptr;
+    if (x < Width) return EntryAt(Height - y, x);
+    return y > 1 ? EntryAt(Height - y + 1, 0) : nullptr;
 }
 
 void PixelBuffer::Set(int x, int y, int red, int green, int blue) {
@@ -170,7 +183,15 @@ bool InitSetDIBPixel(QImage& image) {
 }
 
 bool InitSetDIBPixel(PictureBox& surface) {
-    return InitSetDIBPixel(surface.Image());
+    if (!InitSetDIBPixel(surface.Image())) return false;
+    if (surface.Clipped()) {
+        PixelBuffer& view = State().View;
+        const QRect clip = surface.DeviceClip();
+        view.Clipped = true;
+        view.ClipLeft = clip.left(), view.ClipTop = clip.top();
+        view.ClipRight = clip.right(), view.ClipBottom = clip.bottom();
+    }
+    return true;
 }
 
 bool InitSetDIBPixel(PixelBuffer& buffer) {

@@ -34,6 +34,10 @@ struct PixelBuffer {
     // pixels and they land at device resolution. The pixel calls here work in
     // the buffer's own pixels.
     double Ratio = 1;
+    // While set, only the screen columns and rows (from 0, top down) inside
+    // this rectangle are written or read: a surface's clip.
+    bool Clipped = false;
+    int ClipLeft = 0, ClipTop = 0, ClipRight = -1, ClipBottom = -1;
 
     // A buffer of its own, all entries 0 (black).
     static PixelBuffer Make(int width, int height);
@@ -56,6 +60,9 @@ struct PixelBuffer {
     // Pixel (x, y) by the rule above; nullptr outside.
     uint8_t* At(int x, int y);
     const uint8_t* At(int x, int y) const;
+    // The entry in bottom-up row `row` and column `column` (both from 0, inside
+    // the buffer); nullptr outside the clip.
+    const uint8_t* EntryAt(long long row, long long column) const;
 
     // Stores each component clamped to 0..255; outside positions are ignored.
     void Set(int x, int y, int red, int green, int blue);

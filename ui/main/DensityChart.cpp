@@ -7,10 +7,12 @@
 #include "ui/draw/m_AntiAlias.h"
 #include "ui/draw/m_GetDIBBits.h"
 
+#include <QRect>
 #include <QString>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <vector>
 
 namespace DensityChart {
@@ -40,6 +42,114 @@ void DrawDots(PictureBox& surface, Geometry& g, std::span<const double> x,
     }
     m_GetDIBBits::FinishSetDIBPixel(surface);
 }
+
+// The last drawing and the picture it went to. When the next one differs
+// only in where the spec limits stand (a marker drag step, which keeps the
+// range and so the curve), only the columns that can change are drawn again:
+// the whole drawing runs clipped to them, so they come out exactly as a full
+// drawing would draw them and everything else stays as it is.
+// What of the surface itself shapes a drawing.
+struct SurfaceLook {
+    double W = 0, H = 0, Ratio = 0, FontSize = 0;
+    QString FontName;
+    uint32_t BackColor = 0;
+    bool FontTransparent = false;
+    bool operator==(const SurfaceLook&) const = default;
+};
+
+SurfaceLook LookOf(const PictureBox& s) {
+    return {double(s.ScaleWidth()), double(s.ScaleHeight()), s.PixelRatio(),     s.FontSize(),
+            s.FontName(),           s.BackColor(),           s.FontTransparent()};
+}
+
+struct Drawn {
+    uint64_t Generation = 0; // of the surface right after the drawing; 0: none
+    SurfaceLook Look;
+    Input In; // its spans point into the copies below
+    std::vector<double> X, Y, OverlayX, OverlayY;
+};
+
+Drawn& Last() {
+    static Drawn drawn;
+    return drawn;
+}
+
+bool Same(std::span<const double> a, std::span<const double> b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end());
+}
+
+// Everything but the LSL's and USL's values is as it was drawn.
+bool SameButLimits(const Input& a, const Input& b) {
+    return a.Refresh == b.Refresh && a.XTicks == b.XTicks && a.YTicks == b.YTicks &&
+           a.XTickLength == b.XTickLength && a.YTickLength == b.YTickLength && Same(a.X, b.X) &&
+           Same(a.Y, b.Y) && a.LSL.Ticked == b.LSL.Ticked && a.Target.Ticked == b.Target.Ticked &&
+           (!a.Target.Ticked || a.Target.Value == b.Target.Value) && a.USL.Ticked == b.USL.Ticked &&
+           a.DraggingLSL == b.DraggingLSL && a.DraggingUSL == b.DraggingUSL && a.XAxis == b.XAxis &&
+           a.YAxis == b.YAxis && a.Labels == b.Labels && a.BackColor == b.BackColor &&
+           a.InSpecColor == b.InSpecColor && a.OutSpecColor == b.OutSpecColor &&
+           a.Overlay == b.Overlay && Same(a.OverlayX, b.OverlayX) && Same(a.OverlayY, b.OverlayY) &&
+           a.LSLMarkerWidth == b.LSLMarkerWidth && a.USLMarkerWidth == b.USLMarkerWidth;
+}
+
+void Remember(const PictureBox& surface, const Input& in, const SurfaceLook& look) {
+    Drawn& d = Last();
+    d.Look = look;
+    d.X.assign(in.X.begin(), in.X.end());
+    d.Y.assign(in.Y.begin(), in.Y.end());
+    d.OverlayX.assign(in.OverlayX.begin(), in.OverlayX.end());
+    d.OverlayY.assign(in.OverlayY.begin(), in.OverlayY.end());
+    d.In = in;
+    d.In.X = d.X;
+    d.In.Y = d.Y;
+    d.In.OverlayX = d.OverlayX;
+    d.In.OverlayY = d.OverlayY;
+    d.Generation = surface.Generation();
+}
+
+// The logical step whose multiples fall on whole device pixels (2 at ratio
+// 1.5, 4 at 1.25); 0 when there is none small enough.
+int DeviceAlignedStep(double ratio) {
+    for (int k = 1; k <= 8; ++k)
+        if (std::fabs(k * ratio - std::round(k * ratio)) < 1e-9) return k;
+    return 0;
+}
+
+// The columns a move of the spec limits can change: their old and new lines
+// and labels, and the shading between (each line of shading reaches at most
+// one sample gap to either side of its sample).
+std::optional<QRect> ChangedStrip(PictureBox& surface, const Input& was, const Input& in) {
+    const int step = DeviceAlignedStep(surface.PixelRatio());
+    if (step == 0) return std::nullopt;
+    Geometry g = Geometry::ForSize(surface.ScaleWidth(), surface.ScaleHeight());
+    g.SetRanges(in.X, in.Y);
+    const std::size_t n = PointCount(in.X, in.Y);
+    double gap = 1;
+    for (std::size_t i = 2; i <= n; ++i)
+        gap = std::max(gap, std::fabs(g.Px(in.X[i]) - g.Px(in.X[i - 1])));
+    const double label = std::max(surface.TextWidth(QStringLiteral("LSL")),
+                                  surface.TextWidth(QStringLiteral("USL")));
+    double lo = 1e300, hi = -1e300;
+    const auto cover = [&](const Limit& a, const Limit& b) {
+        if (!a.Ticked || a.Value == b.Value) return;
+        for (double v : {a.Value, b.Value}) {
+            const double px = g.Px(v);
+            lo = std::min(lo, px - std::max(gap, 10.0));
+            hi = std::max(hi, px + std::max(gap, label - 10.0) + 1);
+        }
+    };
+    cover(was.LSL, in.LSL);
+    cover(was.USL, in.USL);
+    if (!(lo <= hi)) return std::nullopt;
+    // A few pixels more for rounding and the glyphs' edges, out to whole device pixels.
+    constexpr double kPad = 4;
+    const double w = surface.ScaleWidth();
+    const double left = std::max(0.0, std::floor((lo - kPad) / step) * step);
+    const double right = std::min(std::ceil(w / step) * step, std::ceil((hi + kPad) / step) * step);
+    if (!(left < right)) return std::nullopt;
+    return QRect(static_cast<int>(left), 0, static_cast<int>(right - left), surface.ScaleHeight());
+}
+
+Result DrawWhole(PictureBox& surface, const Input& in);
 
 } // namespace
 
@@ -92,6 +202,35 @@ bool MarkerHit(double pointerX, double markerLeft, double markerWidth) {
 }
 
 Result Draw(PictureBox& surface, const Input& in) {
+    const SurfaceLook look = LookOf(surface);
+    const Drawn& last = Last();
+    const bool unchangedPicture = last.Generation != 0 && last.Generation == surface.Generation() &&
+                                  in.Refresh && last.Look == look && SameButLimits(last.In, in);
+    std::optional<QRect> strip;
+    if (unchangedPicture) strip = ChangedStrip(surface, last.In, in);
+    Last().Generation = 0; // forgotten until this drawing has finished
+    Result result;
+    if (strip) {
+        // The clip goes with the drawing, also when a fault ends it early.
+        struct Unclip {
+            PictureBox& Surface;
+            ~Unclip() { Surface.ClearClip(); }
+        } unclip{surface};
+        surface.SetClip(*strip);
+        result = DrawWhole(surface, in);
+        result.RedrawnLeft = strip->left();
+        result.RedrawnWidth = strip->width();
+    } else {
+        result = DrawWhole(surface, in);
+        result.RedrawnWidth = surface.ScaleWidth();
+    }
+    Remember(surface, in, look);
+    return result;
+}
+
+namespace {
+
+Result DrawWhole(PictureBox& surface, const Input& in) {
     Result result;
 
     if (in.Refresh) {
@@ -212,5 +351,7 @@ Result Draw(PictureBox& surface, const Input& in) {
     result.Geom = g;
     return result;
 }
+
+} // namespace
 
 } // namespace DensityChart

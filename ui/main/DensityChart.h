@@ -76,11 +76,17 @@ struct MarkerPlacement {
 struct Result {
     Geometry Geom;
     MarkerPlacement LSLMarker, USLMarker;
+    // The columns drawn afresh: the whole width, or only the strip a moved
+    // spec limit can change when nothing else differs from the last drawing
+    // on the same, untouched picture (a marker drag step).
+    double RedrawnLeft = 0, RedrawnWidth = 0;
 };
 
 // Background, axes, ticks with "0.00" labels, shading by one vertical line per
 // sample (in-spec or out-of-spec colour), spec-limit lines and labels, the
 // baseline again, then the curve (and overlay) as anti-aliased black dots.
+// The picture is always that of a whole drawing; the surface is shown anew
+// where it changed.
 Result Draw(PictureBox& surface, const Input& input);
 
 } // namespace DensityChart

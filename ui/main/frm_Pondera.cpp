@@ -401,7 +401,7 @@ void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int y
         sh_USL->SetLeft(result.USLMarker.Left);
         sh_USL->SetVisible(result.USLMarker.Visible);
     }
-    surface.Refresh();
+    // Draw has shown what it drew (during a drag only the part that changed).
 }
 
 void frm_Pondera::RedrawLastChart() {

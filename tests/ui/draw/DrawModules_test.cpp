@@ -37,35 +37,26 @@ TEST_F(DrawModulesTest, AngleNineHundredReadsUpwardFromThePoint) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
-TEST_F(DrawModulesTest, CopyPutsTheDevicePictureOnTheClipboardAsPngFirst) {
+// Both carry the device picture.
+TEST_F(DrawModulesTest, CopyPutsTheDevicePictureOnTheClipboardAsPngFirstAndSaveWritesIt) {
     PictureBox box;
     box.SetPictureSize(50, 30);
     box.SetPixelRatio(2);
     box.Cls();
     box.Box(5, 5, 20, 20, 0x0000FF, true);
     m_PictureBoxCopy::CopyEntirePicture(box);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("chart.png");
+    ASSERT_TRUE(m_PictureBoxCopy::SavePicture(box, path));
+    EXPECT_FALSE(m_PictureBoxCopy::SavePicture(box, "/nonexistent-dir/chart.png"));
     box.Cls(); // the clipboard keeps its own copy
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
     ASSERT_TRUE(data);
     EXPECT_EQ(data->formats().value(0), "image/png");
-    const QImage copied = QGuiApplication::clipboard()->image();
-    ASSERT_EQ(copied.size(), QSize(100, 60));
-    EXPECT_EQ(QColor(copied.pixel(20, 20)), QColor(255, 0, 0));
-    EXPECT_EQ(QColor(copied.pixel(60, 20)), QColor(255, 255, 255));
+    for (const QImage& image : {QGuiApplication::clipboard()->image(), QImage(path, "PNG")}) {
+        ASSERT_EQ(image.size(), QSize(100, 60));
+        EXPECT_EQ(QColor(image.pixel(20, 20)), QColor(255, 0, 0));
+        EXPECT_EQ(QColor(image.pixel(60, 20)), QColor(255, 255, 255));
+    }
     EXPECT_TRUE(ErrorLabels().empty());
-}
-
-TEST_F(DrawModulesTest, SaveWritesTheDevicePictureAsPng) {
-    PictureBox box;
-    box.SetPictureSize(50, 30);
-    box.SetPixelRatio(1.5);
-    box.Cls();
-    box.Box(5, 5, 20, 20, 0x0000FF, true);
-    QTemporaryDir dir;
-    const QString path = dir.filePath("chart.png");
-    ASSERT_TRUE(m_PictureBoxCopy::SavePicture(box, path));
-    const QImage saved(path, "PNG");
-    EXPECT_EQ(saved.size(), QSize(75, 45));
-    EXPECT_EQ(QColor(saved.pixel(15, 15)), QColor(255, 0, 0));
-    EXPECT_FALSE(m_PictureBoxCopy::SavePicture(box, "/nonexistent-dir/chart.png"));
 }

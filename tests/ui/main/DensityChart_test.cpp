@@ -161,3 +161,41 @@ TEST_F(DensityChartTest, AxisFlagsDecideTicksAndLabelsOnly) {
     }
     EXPECT_TRUE(ErrorLabels().empty());
 }
+
+// A drag step redraws only a strip; the picture after any run of steps must
+// be, pixel for pixel, the one a whole drawing of the last state makes.
+TEST_F(DensityChartTest, DragStepsLeaveThePictureOfAWholeDrawing) {
+    const struct {
+        const char* Name;
+        double Ratio;
+        bool Lower;                 // the LSL moves, else the USL
+        std::vector<double> Values; // the limit's value after each step
+    } rows[] = {
+        {"LSL right across the target and the USL", 1, true, {-0.95, -0.9, 0.3, 1.7, 2.1}},
+        {"USL left across the target and the LSL", 1.5, false, {1.45, 0.2, -1.2}},
+        {"LSL back and forth", 1.5, true, {-0.97, -1.02, -0.9, -1.3, -2.9}},
+        {"USL right then left", 2, false, {1.52, 2.4, 1.1}},
+        {"LSL right across the target", 2, true, {-0.8, 0.26, 0.6}},
+        {"USL at ratio 1.25", 1.25, false, {1.49, 1.3, 1.8}},
+    };
+    const Curve c = NormalCurve(75);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.Name);
+        DensityChart::Input in = Standard(c);
+        in.LSL = {true, -1};
+        in.Target = {true, 0.25};
+        in.USL = {true, 1.5};
+        (row.Lower ? in.DraggingLSL : in.DraggingUSL) = true;
+        box.SetPixelRatio(row.Ratio);
+        DrawWith(in);
+        for (double v : row.Values) {
+            (row.Lower ? in.LSL : in.USL).Value = v;
+            EXPECT_LT(DrawWith(in).RedrawnWidth, 0.6 * box.ScaleWidth()) << v;
+        }
+        // Taking the picture counts as touching it: the next drawing is whole.
+        const QImage stepped = box.Image().copy();
+        EXPECT_EQ(DrawWith(in).RedrawnWidth, box.ScaleWidth());
+        EXPECT_TRUE(box.Image() == stepped);
+    }
+    EXPECT_TRUE(ErrorLabels().empty());
+}

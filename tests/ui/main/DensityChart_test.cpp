@@ -1,5 +1,5 @@
 // Density chart: margins and value-pixel mapping in closed form, the flat-curve
-// rule, marker hits, and the drawing read back pixel by pixel.
+// rule, marker hits, and the drawing read back pixel by pixel at each display scale.
 #include "ui/main/DensityChart.h"
 
 #include "support/ErrorTrap.h"
@@ -105,6 +105,8 @@ TEST(DensityGeometry, FlatCurveKeepsThePreviousPyAndAZeroCurveLiesOnTheBaseline)
     EXPECT_EQ(g.Py(0), g.Y0);
 }
 
+// At every display scale the geometry is in logical pixels (the value under
+// the pointer and the markers answer the same) while the picture has device pixels.
 TEST_F(DensityChartTest, ShadesInAndOutOfSpecDrawsLimitLinesMarkersAndTheCurve) {
     const Curve c = NormalCurve(300);
     DensityChart::Input in = Standard(c);
@@ -112,30 +114,37 @@ TEST_F(DensityChartTest, ShadesInAndOutOfSpecDrawsLimitLinesMarkersAndTheCurve) 
     in.USL = {true, 1.5};
     in.Target = {true, 0.25};
     in.DraggingUSL = true;
-    const DensityChart::Result r = DrawWith(in);
-    ASSERT_TRUE(ErrorLabels().empty());
-    Geometry g = r.Geom;
-    const int base = static_cast<int>(g.Y0);
+    for (double ratio : {1.0, 1.5, 2.0}) {
+        SCOPED_TRACE(ratio);
+        box.SetPixelRatio(ratio);
+        const DensityChart::Result r = DrawWith(in);
+        ASSERT_TRUE(ErrorLabels().empty());
+        ASSERT_EQ(box.Image().size(), QSize(400, 300) * ratio);
+        Geometry g = r.Geom;
+        EXPECT_DOUBLE_EQ(g.X0, 60);
+        EXPECT_DOUBLE_EQ(g.PlotWidth, 310);
+        const int base = static_cast<int>(g.Y0);
 
-    // Just above the baseline: out-of-spec red left of the LSL and right of
-    // the USL, in-spec blue between (away from the lines); background above the curve.
-    for (const auto& [x, colour] :
-         {std::pair{-1.6, kRed}, {-0.5, kBlue}, {1.0, kBlue}, {2.2, kRed}})
-        EXPECT_EQ(box.GetPixel(Round(g.Px(x)), base - 3), colour) << x;
-    EXPECT_EQ(box.GetPixel(static_cast<int>(g.Px(-2.5)), static_cast<int>(g.Py(0.3))), kWhite);
+        // Just above the baseline: out-of-spec red left of the LSL and right of
+        // the USL, in-spec blue between (away from the lines); background above the curve.
+        for (const auto& [x, colour] :
+             {std::pair{-1.6, kRed}, {-0.5, kBlue}, {1.0, kBlue}, {2.2, kRed}})
+            EXPECT_EQ(box.GetPixel(Round(g.Px(x)), base - 3), colour) << x;
+        EXPECT_EQ(box.GetPixel(static_cast<int>(g.Px(-2.5)), static_cast<int>(g.Py(0.3))), kWhite);
 
-    // The LSL line (black, 2 wide) reaches the top of the plot; the USL line is
-    // red while its marker is dragged; the target line is 3 wide.
-    const int top = static_cast<int>(std::ceil(0.15 * 300)) + 2;
-    const int lslX = Round(g.Px(-1)), uslX = Round(g.Px(1.5)), targetX = Round(g.Px(0.25));
-    EXPECT_GE(Count(lslX - 2, top, lslX + 2, top, kBlack), 2);
-    EXPECT_GE(Count(uslX - 2, top, uslX + 2, top, kRed), 2);
-    EXPECT_GE(Count(targetX - 2, top, targetX + 2, top, kBlack), 3);
-    // Markers are centred on their lines; the labels sit at the top edge.
-    EXPECT_TRUE(r.LSLMarker.Visible && r.USLMarker.Visible);
-    EXPECT_NEAR(r.LSLMarker.Left, g.Px(-1) - 5.5, 1e-9);
-    EXPECT_NEAR(r.USLMarker.Left, g.Px(1.5) - 5.5, 1e-9);
-    EXPECT_GT(CountNot(lslX - 10, 2, lslX + 10, 14, kWhite), 5);
+        // The LSL line (black, 2 wide) reaches the top of the plot; the USL line is
+        // red while its marker is dragged; the target line is 3 wide.
+        const int top = static_cast<int>(std::ceil(0.15 * 300)) + 2;
+        const int lslX = Round(g.Px(-1)), uslX = Round(g.Px(1.5)), targetX = Round(g.Px(0.25));
+        EXPECT_GE(Count(lslX - 2, top, lslX + 2, top, kBlack), 2);
+        EXPECT_GE(Count(uslX - 2, top, uslX + 2, top, kRed), 2);
+        EXPECT_GE(Count(targetX - 2, top, targetX + 2, top, kBlack), 3);
+        // Markers are centred on their lines; the labels sit at the top edge.
+        EXPECT_TRUE(r.LSLMarker.Visible && r.USLMarker.Visible);
+        EXPECT_NEAR(r.LSLMarker.Left, g.Px(-1) - 5.5, 1e-9);
+        EXPECT_NEAR(r.USLMarker.Left, g.Px(1.5) - 5.5, 1e-9);
+        EXPECT_GT(CountNot(lslX - 10, 2, lslX + 10, 14, kWhite), 5);
+    }
 }
 
 TEST_F(DensityChartTest, AxisFlagsDecideTicksAndLabelsOnly) {
@@ -198,4 +207,31 @@ TEST_F(DensityChartTest, DragStepsLeaveThePictureOfAWholeDrawing) {
         EXPECT_TRUE(box.Image() == stepped);
     }
     EXPECT_TRUE(ErrorLabels().empty());
+}
+
+// At ratio 2 the curve and the shading's edges use device pixels: the picture
+// is not the ratio-1 picture with every pixel doubled.
+TEST(DensityChartScale, RatioTwoDrawsAtDeviceResolution) {
+    std::vector<double> x(101), y(101);
+    for (int i = 1; i <= 100; ++i) {
+        x[i] = i;
+        y[i] = std::sin(i / 15.0) + 1.5;
+    }
+    DensityChart::Input in;
+    in.X = x;
+    in.Y = y;
+    in.XAxis = in.YAxis = in.Labels = false; // text is sharp anyway: leave it out
+    PictureBox pdf;
+    pdf.SetPictureSize(200, 100);
+    pdf.SetPixelRatio(2);
+    support::Trap("test", [&] { DensityChart::Draw(pdf, in); });
+    const QImage& image = pdf.Image();
+    int split = 0; // 2 x 2 blocks that are not one colour
+    for (int by = 0; by < 100; ++by)
+        for (int bx = 0; bx < 200; ++bx) {
+            const QRgb c = image.pixel(2 * bx, 2 * by);
+            split += image.pixel(2 * bx + 1, 2 * by) != c || image.pixel(2 * bx, 2 * by + 1) != c ||
+                     image.pixel(2 * bx + 1, 2 * by + 1) != c;
+        }
+    EXPECT_GT(split, 100);
 }

@@ -105,38 +105,43 @@ TEST(SkewKurtDrag, LocksKeepTheirCoordinate) {
 // The axis texts are the boundary's ends and 1; on the drawing's own scale
 // (from 0) a few pixels below K = S^2 + 1 is grey, a few above is white, and
 // the boundary line itself is dark.
+// At every display scale: the pixel test under the pointer reads logical pixels.
 TEST_F(SkewKurtChartTest, GreyBelowTheBoundaryWhiteAbove) {
-    const SkewKurtChart::Result r = DrawStandard();
-    EXPECT_EQ(r.Texts.XMin + r.Texts.XMax + r.Texts.YMin + r.Texts.YMax, "-4.04.01.017.0");
-    EXPECT_DOUBLE_EQ(r.Scale.Y(0), H);
-    const uint32_t grey = look::Resolve(look::kButtonShadow);
-    const auto& sc = r.Scale;
-    int checked = 0;
-    for (double skew = -3.5; skew <= 3.5; skew += 0.25) {
-        const int x = static_cast<int>(std::lround(sc.X(skew)));
-        const double edge = sc.Y(skew * skew + 1);
-        // The curve is steep away from the middle; step off it far enough
-        // along the column.
-        const double slope = std::fabs(2 * skew) * (H / 17.0) / (W / 8.0);
-        const double margin = 4 + 2 * slope;
-        if (edge + margin < H - 6) {
-            EXPECT_EQ(box.GetPixel(x, static_cast<int>(edge + margin)), grey) << skew;
+    for (double ratio : {1.0, 1.5, 2.0}) {
+        SCOPED_TRACE(ratio);
+        box.SetPixelRatio(ratio);
+        const SkewKurtChart::Result r = DrawStandard();
+        EXPECT_EQ(r.Texts.XMin + r.Texts.XMax + r.Texts.YMin + r.Texts.YMax, "-4.04.01.017.0");
+        EXPECT_DOUBLE_EQ(r.Scale.Y(0), H);
+        const uint32_t grey = look::Resolve(look::kButtonShadow);
+        const auto& sc = r.Scale;
+        int checked = 0;
+        for (double skew = -3.5; skew <= 3.5; skew += 0.25) {
+            const int x = static_cast<int>(std::lround(sc.X(skew)));
+            const double edge = sc.Y(skew * skew + 1);
+            // The curve is steep away from the middle; step off it far enough
+            // along the column.
+            const double slope = std::fabs(2 * skew) * (H / 17.0) / (W / 8.0);
+            const double margin = 4 + 2 * slope;
+            if (edge + margin < H - 6) {
+                EXPECT_EQ(box.GetPixel(x, static_cast<int>(edge + margin)), grey) << skew;
+            }
+            if (edge - margin > 6) {
+                EXPECT_EQ(box.GetPixel(x, static_cast<int>(edge - margin)), 0xFFFFFFu) << skew;
+            }
+            ++checked;
         }
-        if (edge - margin > 6) {
-            EXPECT_EQ(box.GetPixel(x, static_cast<int>(edge - margin)), 0xFFFFFFu) << skew;
-        }
-        ++checked;
+        EXPECT_GT(checked, 25);
+        // The whole bottom row inside the frame is grey or frame; no white column.
+        for (int x = 1; x < W - 1; ++x)
+            EXPECT_NE(box.GetPixel(x, H - 8), 0xFFFFFFu) << x;
+        // Near the middle the boundary line is dark.
+        const int x0 = static_cast<int>(std::lround(sc.X(0)));
+        const int y0 = static_cast<int>(sc.Y(1));
+        bool dark = false;
+        for (int y = y0 - 2; y <= y0 + 2; ++y)
+            dark |= (box.GetPixel(x0, y) & 0xFF) < 100;
+        EXPECT_TRUE(dark);
     }
-    EXPECT_GT(checked, 25);
-    // The whole bottom row inside the frame is grey or frame; no white column.
-    for (int x = 1; x < W - 1; ++x)
-        EXPECT_NE(box.GetPixel(x, H - 8), 0xFFFFFFu) << x;
-    // Near the middle the boundary line is dark.
-    const int x0 = static_cast<int>(std::lround(sc.X(0)));
-    const int y0 = static_cast<int>(sc.Y(1));
-    bool dark = false;
-    for (int y = y0 - 2; y <= y0 + 2; ++y)
-        dark |= (box.GetPixel(x0, y) & 0xFF) < 100;
-    EXPECT_TRUE(dark);
     EXPECT_TRUE(ErrorLabels().empty());
 }

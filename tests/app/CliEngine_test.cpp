@@ -8,9 +8,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 

@@ -10,8 +10,6 @@
 
 #include <cmath>
 #include <functional>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -9,8 +9,6 @@
 
 #include <cmath>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 

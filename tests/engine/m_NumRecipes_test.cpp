@@ -5,8 +5,6 @@
 #include "tests/helpers/TestSupport.h"
 
 #include <cmath>
-#include <string>
-#include <vector>
 
 namespace {
 

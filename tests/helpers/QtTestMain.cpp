@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <cstdlib>
-#include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
     testing_support::IsolateUserFiles();

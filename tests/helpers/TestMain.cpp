@@ -1,7 +1,5 @@
 #include "tests/helpers/TestSupport.h"
 
-#include <gtest/gtest.h>
-
 int main(int argc, char** argv) {
     testing_support::IsolateUserFiles();
     ::testing::InitGoogleTest(&argc, argv);

@@ -4,12 +4,9 @@
 #include "johnson/JohnsonDist.h"
 #include "tests/helpers/TestSupport.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cmath>
 #include <functional>
-#include <string>
 
 namespace {
 

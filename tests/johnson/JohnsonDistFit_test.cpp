@@ -6,12 +6,8 @@
 #include "tests/helpers/TestSupport.h"
 #include "tests/johnson/JohnsonReference.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <string>
 #include <tuple>
-#include <vector>
 
 namespace {
 

@@ -4,11 +4,7 @@
 #include "tests/helpers/TestSupport.h"
 #include "tests/johnson/JohnsonReference.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -6,10 +6,7 @@
 #include "engine/m_PercentCertainty.h"
 #include "tests/helpers/TestSupport.h"
 
-#include <gtest/gtest.h>
-
 #include <optional>
-#include <string>
 
 namespace {
 

@@ -11,9 +11,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace settings_test {
 

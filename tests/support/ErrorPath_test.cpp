@@ -3,8 +3,6 @@
 #include "support/m_Interface.h"
 #include "tests/helpers/TestSupport.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

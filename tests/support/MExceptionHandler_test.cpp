@@ -2,8 +2,6 @@
 #include "support/MExceptionHandler.h"
 #include "tests/helpers/TestSupport.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

@@ -9,7 +9,6 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 namespace {
 class DrawModulesTest : public testing_support::RecordingTest {};

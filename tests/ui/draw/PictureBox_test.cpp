@@ -4,8 +4,6 @@
 
 #include "tests/helpers/TestSupport.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <limits>
 

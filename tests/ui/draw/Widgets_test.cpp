@@ -9,7 +9,6 @@
 #include <QLineEdit>
 #include <QTest>
 #include <QVBoxLayout>
-#include <gtest/gtest.h>
 
 TEST(TitledFrame, FocusSwitchesTheCaptionBarColour) {
     TitledFrame frame("Spec Limits");

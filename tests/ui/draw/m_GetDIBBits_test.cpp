@@ -9,7 +9,6 @@
 
 #include <QImage>
 #include <cmath>
-#include <gtest/gtest.h>
 
 using m_GetDIBBits::PixelBuffer;
 

@@ -7,10 +7,7 @@
 #include "tests/helpers/TestSupport.h"
 #include "ui/draw/PictureBox.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <vector>
 
 using DensityChart::Geometry;
 

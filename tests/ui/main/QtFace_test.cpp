@@ -10,8 +10,6 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include <gtest/gtest.h>
-
 namespace {
 
 // Closes the next modal window once it is up, after letting inspect() read it.

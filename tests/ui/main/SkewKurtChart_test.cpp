@@ -8,8 +8,6 @@
 #include "ui/draw/Look.h"
 #include "ui/draw/PictureBox.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <optional>
 

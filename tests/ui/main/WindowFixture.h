@@ -19,8 +19,6 @@
 
 #include <cmath>
 #include <memory>
-#include <string>
-#include <vector>
 
 class WindowTest : public testing_support::RecordingTest {
   protected:

@@ -46,20 +46,10 @@ std::vector<std::string> RecordingTest::MessageTexts() const {
 }
 
 const std::vector<double>& BadValues() {
-    static const std::vector<double> values = {std::numeric_limits<double>::quiet_NaN(),
-                                               std::numeric_limits<double>::infinity(),
-                                               -std::numeric_limits<double>::infinity(),
-                                               1e308,
-                                               -1e308,
-                                               1e-300,
-                                               -1e-300,
-                                               1e-320,
-                                               -0.0,
-                                               0.0,
-                                               -1.0,
-                                               1e150,
-                                               -1e150,
-                                               5e-324};
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    static const std::vector<double> values = {nan,    inf,  -inf, 1e308, -1e308, 1e-300, -1e-300,
+                                               1e-320, -0.0, 0.0,  -1.0,  1e150,  -1e150, 5e-324};
     return values;
 }
 

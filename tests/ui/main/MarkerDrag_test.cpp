@@ -17,8 +17,6 @@ TEST(MarkerDrag, APressTogglesOnlyATickedMarkerUnderTheLeftButton) {
                 {"RightButton", 2, true, 105, false}};
     for (const Row& r : rows)
         EXPECT_EQ(MarkerDrag::Toggles(r.Button, r.Ticked, r.X, 100, 13), r.Toggles) << r.Row;
-    EXPECT_EQ(MarkerDrag::PointsFor(true), 75);
-    EXPECT_EQ(MarkerDrag::PointsFor(false), 500);
 }
 
 TEST(MarkerDrag, TheMarkerFollowsThePointerAndTheLimitTakesTheValueUnderIt) {

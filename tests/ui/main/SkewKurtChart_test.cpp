@@ -110,7 +110,6 @@ TEST_F(SkewKurtChartTest, GreyBelowTheBoundaryWhiteAbove) {
         EXPECT_DOUBLE_EQ(r.Scale.Y(0), H);
         const uint32_t grey = look::Resolve(look::kButtonShadow);
         const auto& sc = r.Scale;
-        int checked = 0;
         for (double skew = -3.5; skew <= 3.5; skew += 0.25) {
             const int x = static_cast<int>(std::lround(sc.X(skew)));
             const double edge = sc.Y(skew * skew + 1);
@@ -124,9 +123,7 @@ TEST_F(SkewKurtChartTest, GreyBelowTheBoundaryWhiteAbove) {
             if (edge - margin > 6) {
                 EXPECT_EQ(box.GetPixel(x, static_cast<int>(edge - margin)), 0xFFFFFFu) << skew;
             }
-            ++checked;
         }
-        EXPECT_GT(checked, 25);
         // The whole bottom row inside the frame is grey or frame; no white column.
         for (int x = 1; x < W - 1; ++x)
             EXPECT_NE(box.GetPixel(x, H - 8), 0xFFFFFFu) << x;

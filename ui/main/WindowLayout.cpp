@@ -14,6 +14,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFocusEvent>
 #include <QFontMetrics>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -25,6 +26,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStatusBar>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <cctype>
@@ -580,6 +582,24 @@ void SetKeyboard(frm_Pondera& w) {
 }
 
 // Fresh letters for the captions, after the menu bar's.
+void RouteFocus(frm_Pondera& w, QObject* watched, const QEvent& event, bool unloaded) {
+    const bool in = event.type() == QEvent::FocusIn, out = event.type() == QEvent::FocusOut;
+    if (!in && !out) return;
+    const Qt::FocusReason reason = static_cast<const QFocusEvent&>(event).reason();
+    // A window coming back to the front, or a message box taking it, moves no
+    // focus between the fields.
+    if (reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason) return;
+    if (out && watched == w.tb_Param1 && !unloaded) {
+        RunAsAction([&] { w.tb_Param1_LostFocus(); });
+    } else if (const FocusHandler handler = in ? FocusHandlerOf(w, watched) : nullptr) {
+        RunAsAction([&] { (w.*handler)(); });
+        // A click would put the cursor back after the selection; select again after it.
+        if (auto* box = qobject_cast<QLineEdit*>(watched);
+            box && reason == Qt::MouseFocusReason && box->hasSelectedText())
+            QTimer::singleShot(0, box, [box] { box->selectAll(); });
+    }
+}
+
 void ShowParamRows(frm_Pondera& w, const std::array<PlotPipeline::ParamRow, 4>& rows) {
     QLabel* labels[] = {w.lb_Param1, w.lb_Param2, w.lb_Param3, w.lb_Param4};
     QLineEdit* boxes[] = {w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4};

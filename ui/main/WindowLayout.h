@@ -5,6 +5,7 @@
 #include "ui/main/frm_Pondera.h"
 
 class QLineEdit;
+class QEvent;
 class QObject;
 class QString;
 class PictureBox;
@@ -33,6 +34,9 @@ void ShowParamRows(frm_Pondera& w, const std::array<PlotPipeline::ParamRow, 4>& 
 // Moments mode or back: the list, the parameter captions, which boxes are inputs
 // and which outputs, and the controls only moments mode uses.
 void ShowMode(frm_Pondera& w, bool byMoments);
+// A focus change, seen by the window's event filter, run as the field's GotFocus
+// (or tb_Param1's LostFocus while the window is not unloaded) handler.
+void RouteFocus(frm_Pondera& w, QObject* watched, const QEvent& event, bool unloaded);
 // A caption printed reading upward, centred on a small surface.
 void PaintUpright(PictureBox& pb, const QString& text, int size);
 // Inputs are white; outputs and locked fields read-only in the button-face colour.

@@ -30,13 +30,11 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QFocusEvent>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopeGuard>
-#include <QTimer>
 
 #include <tuple>
 
@@ -111,22 +109,7 @@ frm_Pondera::~frm_Pondera() {
 }
 
 bool frm_Pondera::eventFilter(QObject* watched, QEvent* event) {
-    const bool in = event->type() == QEvent::FocusIn, out = event->type() == QEvent::FocusOut;
-    const auto reason =
-        in || out ? static_cast<QFocusEvent*>(event)->reason() : Qt::OtherFocusReason;
-    // A window coming back to the front, or a message box taking it, moves no
-    // focus between the fields.
-    if ((!in && !out) || reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason)
-        return QMainWindow::eventFilter(watched, event);
-    if (out && watched == tb_Param1 && !unloaded_) {
-        RunAsAction([&] { tb_Param1_LostFocus(); });
-    } else if (const auto handler = in ? WindowLayout::FocusHandlerOf(*this, watched) : nullptr) {
-        RunAsAction([&] { (this->*handler)(); });
-        // A click would put the cursor back after the selection; select again after it.
-        if (auto* box = qobject_cast<QLineEdit*>(watched);
-            box && reason == Qt::MouseFocusReason && box->hasSelectedText())
-            QTimer::singleShot(0, box, [box] { box->selectAll(); });
-    }
+    WindowLayout::RouteFocus(*this, watched, *event, unloaded_);
     return QMainWindow::eventFilter(watched, event);
 }
 

@@ -891,7 +891,7 @@ void JohnsonDist::SbMoments(double g, double d, double (&a)[6], bool& fault, boo
             if (!fault) return;
         } else {
             // From g / d = 4 up rounding noise in the small high moments defeats
-            // MOM's 1e-12 test (note on the fit, 2.4). What it converges to where
+            // MOM's 1e-12 test. What it converges to where
             // it finishes, its printed constants included: its sum is rrtpi times
             // the integral of exp(-x^2) Y(rttwo x / d - g / d), that is sqrt(pi)
             // rrtpi times the moments at (g, d) / c with c = rttwo / sqrt(2). So

@@ -26,7 +26,7 @@ double RawMoment(double g, double d, int k) {
 
 TEST_F(JohnsonFit, MomentsOfTheStandardSbVariable) {
     // MOM faults beyond its guard g/d > 80, below delta 0.09 (its 500 rounds) and
-    // on noise in the small sixth moment (note 2.4); the fit's moments then come
+    // on noise in the small sixth moment; the fit's moments then come
     // from the quadrature or, for a narrow step, the fixed rule. All sit on the
     // integral: MOM's printed 10-digit constants put it about 1e-10 (1 + g/d)
     // off, the others within 1e-12; where MOM finishes the fit's moments are MOM's.
@@ -94,7 +94,7 @@ TEST_F(JohnsonFit, EverySbPointGetsAnSbCurveWithItsMoments) {
     // Skewness 0 to 4 with both signs; the fraction of the way from the lower
     // boundary beta1 + 1 to the lognormal line, and (1) just outside the SL band;
     // three locations and scales in turn. AS 99's iteration alone finishes only
-    // part of these (note 6.4).
+    // part of these.
     const double skews[] = {0, -0.0056, 0.25, -0.5, 1, -1.5, 2, -2.5, 3, -3.5, 4, -4};
     const double fractions[] = {0.001, 0.01, 0.05, 0.3, 0.7, 0.95, 0.99, 0.999, 1};
     const std::pair<double, double> places[] = {{0, 1}, {1000, 25}, {-5, 0.01}};

@@ -25,6 +25,15 @@ void IsolateUserFiles() {
     });
 }
 
+void ExpectErrorLogEmpty() {
+    namespace fs = std::filesystem;
+    const char* log = std::getenv("PONDERA_ERROR_LOG");
+    std::error_code ec;
+    const auto size = log ? fs::file_size(log, ec) : 0;
+    EXPECT_TRUE(ec || size == 0) << "the error log " << log << " holds " << size << " bytes";
+    EXPECT_TRUE(support::Recorder().AllErrors().empty()) << "an error was reported";
+}
+
 void RecordingTest::SetUp() {
     support::SetFace(nullptr);
     support::Recorder().Clear();

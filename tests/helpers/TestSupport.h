@@ -25,6 +25,10 @@ class RecordingTest : public ::testing::Test {
     std::vector<std::string> MessageTexts() const;
 };
 
+// End-to-end window tests end with this: no error reached the log file or a
+// report (suites named EndToEnd* also run under a real X server).
+void ExpectErrorLogEmpty();
+
 // NaN, +-inf, huge, tiny, denormal, negative zero, negative, zero ...
 const std::vector<double>& BadValues();
 

@@ -208,10 +208,11 @@ TEST_F(WindowTest, FittingToDataDrawsTheCurveOverItsHistogram) {
               (Strings{"4.500000E+00", "2.449490E+00", "0.000000E+00", "1.761905E+00"}));
     EXPECT_DOUBLE_EQ(w->Current.StDev, std::sqrt(6.0)); // fitted exactly, not as shown
     EXPECT_EQ(w->dd_Distribution->Text(), "Johnson SB");
-    EXPECT_GT(w->Overlay.X.size(), 100u);
+    // Two bins of four over 1..8, each 4 / (8 x 3.5) high.
+    EXPECT_EQ(w->HistogramHeights, (std::vector<double>{4 / 28.0, 4 / 28.0}));
     EXPECT_TRUE(w->sh_DataPoint->Visible());
     w->mnuClearData->trigger();
-    EXPECT_TRUE(w->Overlay.X.empty());
+    EXPECT_TRUE(w->HistogramHeights.empty());
     EXPECT_FALSE(w->sh_DataPoint->Visible() || w->mnuClearData->isEnabled());
     EXPECT_TRUE(ErrorLabels().empty());
 }

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -215,7 +216,11 @@ Geometry Geometry::ForSize(double w, double h) {
 }
 
 void Geometry::SetRanges(std::span<const double> x, std::span<const double> y) {
-    double xMin = 1e30, xMax = -1e30, yMin = 1e30, yMax = -1e30;
+    // The density's running maximum starts at -1e30 as it always did (no
+    // density is below it); the others start beyond any value, so a curve
+    // beyond 1e30 (mean 1e300) keeps its own ends.
+    constexpr double kBeyond = std::numeric_limits<double>::infinity();
+    double xMin = kBeyond, xMax = -kBeyond, yMin = kBeyond, yMax = -1e30;
     const std::size_t n = PointCount(x, y);
     for (std::size_t i = 1; i <= n; ++i) {
         if (x[i] < xMin) xMin = x[i];
@@ -223,6 +228,7 @@ void Geometry::SetRanges(std::span<const double> x, std::span<const double> y) {
         if (y[i] < yMin) yMin = y[i];
         if (y[i] > yMax) yMax = y[i];
     }
+    if (n == 0) xMin = yMin = 1e30, xMax = -1e30; // nothing drawn, nothing infinite
     XLow = xMin;
     XRange = support::ck(xMax - xMin);
     YLow = yMin;

@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QMouseEvent>
 #include <QPlainTextEdit>
 
 using reference::NormalCdf;
@@ -215,4 +216,89 @@ TEST_F(WindowTest, FittingToDataDrawsTheCurveOverItsHistogram) {
     EXPECT_TRUE(w->HistogramHeights.empty());
     EXPECT_FALSE(w->sh_DataPoint->Visible() || w->mnuClearData->isEnabled());
     EXPECT_TRUE(ErrorLabels().empty());
+}
+
+// The chart's paths end to end; the suite also runs under a real X server.
+class EndToEndChart : public WindowTest {
+  protected:
+    // The pointer moved over the chart with no button held, delivered at once
+    // (on a real X server QTest's move arrives later, through the server).
+    void Hover(QPoint p) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(p), QPointF(w->pb_PDF->mapToGlobal(p)),
+                         Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(w->pb_PDF, &move);
+    }
+    // A mid-grey pixel (not the black curve, not the background) within two
+    // rows of (x, y) on the chart.
+    bool GreyNear(double x, double y) {
+        for (int dy = -2; dy <= 2; ++dy) {
+            const uint32_t p = w->pb_PDF->GetPixel(static_cast<int>(std::lround(x)),
+                                                   static_cast<int>(std::lround(y)) + dy);
+            const int r = p & 0xFF, g = p >> 8 & 0xFF, b = p >> 16 & 0xFF;
+            if (r > 0x40 && r < 0xE0 && std::abs(r - g) < 8 && std::abs(g - b) < 8) return true;
+        }
+        return false;
+    }
+};
+
+TEST_F(EndToEndChart, TheReadoutFollowsThePointerWithoutRedrawing) {
+    const DensityChart::Geometry g = w->ChartGeometry;
+    const uint64_t drawn = w->pb_PDF->Generation();
+    const int px = static_cast<int>(g.X0 + 0.9 * g.PlotWidth); // the upper tail, x near 2
+    Hover(QPoint(px, 100));
+    const double x = g.ValueAtPixel(px);
+    const std::string shown = w->StatusPanel2->text().toStdString();
+    for (double v : {x, reference::NormalDensity(x), NormalCdf(x), NormalCdf(-x)})
+        EXPECT_NE(shown.find(support::Format(v, DisplayOptions::Pattern())), std::string::npos)
+            << v << " in " << shown;
+    EXPECT_EQ(w->pb_PDF->Generation(), drawn);
+    // Nothing left of the plot, nothing once the pointer has left.
+    Hover(QPoint(static_cast<int>(g.X0) - 5, 100));
+    EXPECT_TRUE(w->StatusPanel2->text().isEmpty());
+    Hover(QPoint(px, 100));
+    EXPECT_FALSE(w->StatusPanel2->text().isEmpty());
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(w->pb_PDF, &leave);
+    EXPECT_TRUE(w->StatusPanel2->text().isEmpty());
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEndChart, APinnedCurveStaysUnderAChangedOne) {
+    EXPECT_FALSE(w->mnuUnpin->isEnabled());
+    w->mnuPinCurve->trigger();
+    EXPECT_TRUE(w->mnuUnpin->isEnabled());
+    Type(w->tb_Param1, "4");
+    PressPlot();
+    // The axes take in the pinned curve (-2.6 .. 2.6) and the new one (1.4 .. 6.6).
+    EXPECT_DOUBLE_EQ(w->RangeLow, -2.6);
+    EXPECT_DOUBLE_EQ(w->RangeHigh, 6.6);
+    DensityChart::Geometry g = w->ChartGeometry;
+    EXPECT_TRUE(GreyNear(g.Px(0), g.Py(reference::NormalDensity(0))));
+    w->mnuUnpin->trigger();
+    EXPECT_DOUBLE_EQ(w->RangeLow, 1.4);
+    EXPECT_FALSE(w->mnuUnpin->isEnabled());
+    g = w->ChartGeometry;
+    EXPECT_FALSE(GreyNear(g.Px(1.5), g.Py(reference::NormalDensity(1.5))));
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEndChart, TheHistogramTakesInAValueAboveTheUSL) {
+    Tick(w->cb_USL, w->tb_USL, "9");
+    w->mnuFitToData->trigger();
+    frm_Data* d = w->DataDialog();
+    ASSERT_TRUE(d);
+    d->tb_Data->setPlainText("1\n2\n3\n4\n5\n6\n7\n8\n30\n");
+    Click(d->but_Buttons->button(QDialogButtonBox::Ok));
+    ASSERT_FALSE(w->HistogramHeights.empty());
+    DensityChart::Geometry g = w->ChartGeometry;
+    EXPECT_GE(w->RangeHigh, 30);
+    EXPECT_GE(g.XLow + g.XRange, 30);
+    const double tallest =
+        *std::max_element(w->HistogramHeights.begin(), w->HistogramHeights.end());
+    EXPECT_GE(g.YLow + g.YRange, tallest);
+    // The bin that holds 30 shows above the baseline, greenish over the out-of-spec side.
+    const uint32_t p =
+        w->pb_PDF->GetPixel(static_cast<int>(g.Px(29.5)), static_cast<int>(g.Y0) - 2);
+    EXPECT_GT(p >> 8 & 0xFF, 0x60u) << std::hex << p;
+    testing_support::ExpectErrorLogEmpty();
 }

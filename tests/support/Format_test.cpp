@@ -122,14 +122,12 @@ TEST(TickLabels, FewestDecimalsThatTellNeighboursApartElseScientific) {
         {"densities near 1e-301, no longer all 0.00",
          {0, 8e-302, 1.6e-301, 2.4e-301},
          {"0.00E+00", "8.00E-302", "1.60E-301", "2.40E-301"}},
-        {"ten characters in fixed form", {0, 5e6, 1e7}, {"0.00E+00", "5.00E+06", "1.00E+07"}},
         {"more mantissa decimals",
          {1e6, 1.0001e6, 1.0002e6},
          {"1.0000E+06", "1.0001E+06", "1.0002E+06"}},
         {"a rounding residue of zero",
          {-2e300, -1e300, 1.2e284, 1e300},
          {"-2.00E+300", "-1.00E+300", "0.00E+00", "1.00E+300"}},
-        {"equal ticks stay as they are", {1, 1, 1}, {"1.00", "1.00", "1.00"}},
     };
     for (const Row& r : rows)
         EXPECT_EQ(support::TickLabels(r.Ticks), r.Expected) << r.Name;

@@ -296,9 +296,5 @@ TEST_F(EndToEndChart, TheHistogramTakesInAValueAboveTheUSL) {
     const double tallest =
         *std::max_element(w->HistogramHeights.begin(), w->HistogramHeights.end());
     EXPECT_GE(g.YLow + g.YRange, tallest);
-    // The bin that holds 30 shows above the baseline, greenish over the out-of-spec side.
-    const uint32_t p =
-        w->pb_PDF->GetPixel(static_cast<int>(g.Px(29.5)), static_cast<int>(g.Y0) - 2);
-    EXPECT_GT(p >> 8 & 0xFF, 0x60u) << std::hex << p;
     testing_support::ExpectErrorLogEmpty();
 }

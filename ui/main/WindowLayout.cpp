@@ -324,6 +324,7 @@ void Build(frm_Pondera& w) {
     w.StatusBar1->addWidget(w.StatusPanel1, 1);
     w.StatusPanel2 = new QLabel;
     w.StatusPanel2->setObjectName("StatusPanel2");
+    w.StatusPanel2->setMinimumWidth(1); // a long readout is cut, never widens the window
     w.StatusBar1->addPermanentWidget(w.StatusPanel2);
     w.setStatusBar(w.StatusBar1);
 

@@ -254,10 +254,11 @@ double Geometry::ValueAtPixel(double pointerX) const {
 
 void Geometry::Cover(double xLow, double xHigh, double yHigh) {
     const double xTop = XLow + XRange;
-    const double yTop = YLow + YRange;
-    if (xLow < XLow) XLow = xLow;
-    if (xLow < XLow || xHigh > xTop) XRange = support::ck(std::max(xTop, xHigh) - XLow);
-    if (yHigh > yTop) YRange = support::ck(yHigh - YLow);
+    if (xLow < XLow || xHigh > xTop) {
+        XLow = std::min(XLow, xLow);
+        XRange = support::ck(std::max(xTop, xHigh) - XLow);
+    }
+    if (yHigh > YLow + YRange) YRange = support::ck(yHigh - YLow);
 }
 
 Geometry GeometryOf(double w, double h, const Input& in) {

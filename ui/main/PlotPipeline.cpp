@@ -193,10 +193,6 @@ CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, in
             tip("Ppl: ", f.Ppl) + "\n" + tip("Ppu: ", f.Ppu)};
 }
 
-} // namespace PlotPipeline
-
-namespace PlotPipeline {
-
 Readout ReadoutAt(const PncSource& source, double x) {
     Readout r;
     r.X = x;

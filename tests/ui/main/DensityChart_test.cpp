@@ -171,21 +171,21 @@ TEST_F(DensityChartTest, AxisFlagsDecideTicksAndLabelsOnly) {
 // taller than its peak are drawn whole inside the plot, translucent.
 TEST_F(DensityChartTest, HistogramBarsWidenTheAxesAndLetTheShadingShowThrough) {
     const Curve c = NormalCurve(300); // -3 .. 2.98, peak 0.399
-    const std::vector<double> heights = {0.1, 0.6, 0, 0.05};
+    const std::vector<double> heights = {0.1, 0.05, 0.6, 0.02};
     DensityChart::Input in = Standard(c);
-    in.Bins = {-1, 1.5, heights}; // the last bin is 3.5 .. 5
+    in.Bins = {-4, 2.25, heights}; // -4 .. 5, the tallest from 0.5 to 2.75
     Geometry g = DrawWith(in).Geom;
     ASSERT_TRUE(ErrorLabels().empty());
-    EXPECT_DOUBLE_EQ(g.XLow, -3);
+    EXPECT_DOUBLE_EQ(g.XLow, -4);
     EXPECT_DOUBLE_EQ(g.XLow + g.XRange, 5);
     EXPECT_DOUBLE_EQ(g.YLow + g.YRange, 0.6);
     // Over the blue shading a bar lets the blue show through its green.
-    const uint32_t bar = box.GetPixel(Round(g.Px(1.25)), static_cast<int>(g.Y0) - 3);
+    const uint32_t bar = box.GetPixel(Round(g.Px(1)), static_cast<int>(g.Y0) - 3);
     EXPECT_TRUE((bar >> 8 & 0xFF) > (bar & 0xFF) && (bar >> 16 & 0xFF) > 0x7D) << std::hex << bar;
     // The tallest bar reaches the plot's top edge and nothing above it.
     const int top = Round(g.Py(0.6));
     EXPECT_EQ(top, Round(0.15 * 300));
-    EXPECT_EQ(CountNot(Round(g.Px(0.6)), 16, Round(g.Px(1.9)), top - 2, kWhite), 0);
+    EXPECT_EQ(CountNot(Round(g.Px(0.6)), 16, Round(g.Px(2.65)), top - 2, kWhite), 0);
 }
 
 // A drag step redraws only a strip; the picture after any run of steps must

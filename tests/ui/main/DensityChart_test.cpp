@@ -86,6 +86,12 @@ TEST(DensityGeometry, MapsValuesToPixelsAndBack) {
     // The drag's inverse: range low + (x - x0) * x range / plot width.
     for (double v : {2.0, 3.7, 6.0, 10.0, -5.0, 15.5})
         EXPECT_NEAR(g.ValueAtPixel(g.Px(v)), v, 1e-12);
+    // Widening to what else is drawn keeps the far ends, on either side alone.
+    g.Cover(-2, 9, 0.5);
+    EXPECT_EQ(std::pair(g.XLow, g.XRange), std::pair(-2.0, 12.0));
+    g.Cover(0, 12, 1.3);
+    EXPECT_EQ(std::pair(g.XLow, g.XRange), std::pair(-2.0, 14.0));
+    EXPECT_NEAR(g.YLow + g.YRange, 1.3, 1e-15);
 }
 
 TEST(DensityGeometry, FlatCurveKeepsThePreviousPyAndAZeroCurveLiesOnTheBaseline) {

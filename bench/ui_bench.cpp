@@ -1,6 +1,7 @@
 // The window's speed where a person feels it: one Plot while a marker is
 // dragged (N = 75) and after (N = 500) on an 800 x 500 chart, the same and a
-// marker drag step on a display at scale 2 (1600 x 1000 device pixels), one step of a
+// marker drag step on a display at scale 2 (1600 x 1000 device pixels), the
+// readout of one pointer move over the chart, one step of a
 // drag on the skewness-kurtosis chart (fit, 50 points, redraw, PNC), and the
 // start-up to the first drawn chart. Runs off screen with its own settings
 // store and error log, never the user's.
@@ -101,6 +102,17 @@ void BM_MarkerDragStep_Ratio2(benchmark::State& state) {
     support::Recorder().Clear();
 }
 
+// One mouse move over the chart with nothing armed: the readout in the
+// status bar (density and both tails from the engine), no drawing.
+void BM_PointerReadout(benchmark::State& state) {
+    auto w = MakeWindow();
+    const DensityChart::Geometry g = w->ChartGeometry;
+    int step = 0;
+    for (auto _ : state)
+        w->pb_PDF_MouseMove(0, 0, g.X0 + (step++ % 300), 100);
+    support::Recorder().Clear();
+}
+
 void BM_MomentsDragStep_SB(benchmark::State& state) {
     auto w = MakeWindow();
     w->cb_DrawbyMoments->setChecked(true);
@@ -135,6 +147,7 @@ BENCHMARK(BM_Plot_N75_800x500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Plot_N500_800x500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Plot_N500_800x500_Ratio2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MarkerDragStep_Ratio2)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_PointerReadout)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MomentsDragStep_SB)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_StartUpToFirstChart)->Unit(benchmark::kMillisecond)->Iterations(20);
 #endif

@@ -137,6 +137,54 @@ std::string Format(double value, std::string_view pattern, char separator) {
     return text;
 }
 
+namespace {
+
+constexpr std::size_t kLongestTickLabel = 9;
+constexpr int kMostDecimals = 16; // 17 significant digits tell any two doubles apart
+
+bool NeighboursApart(std::span<const double> values, const std::vector<std::string>& labels) {
+    for (std::size_t i = 1; i < labels.size(); ++i)
+        if (std::isfinite(values[i]) && std::isfinite(values[i - 1]) &&
+            values[i] != values[i - 1] && labels[i] == labels[i - 1])
+            return false;
+    return true;
+}
+
+std::vector<std::string> LabelsWith(std::span<const double> values, const std::string& pattern) {
+    std::vector<std::string> labels;
+    labels.reserve(values.size());
+    for (double v : values)
+        labels.push_back(Format(v, pattern));
+    return labels;
+}
+
+} // namespace
+
+std::vector<std::string> TickLabels(std::span<const double> input) {
+    std::vector<double> values(input.begin(), input.end());
+    double spacing = 0;
+    for (std::size_t i = 1; i < values.size(); ++i)
+        if (const double gap = std::fabs(values[i] - values[i - 1]); std::isfinite(gap))
+            spacing = std::max(spacing, gap);
+    for (double& v : values)
+        if (std::fabs(v) < 1e-6 * spacing) v = 0;
+
+    std::vector<std::string> labels;
+    for (int decimals = 2;; ++decimals) {
+        labels = LabelsWith(values, "0." + std::string(decimals, '0'));
+        const bool tooLong = std::any_of(labels.begin(), labels.end(), [](const std::string& l) {
+            return l.size() > kLongestTickLabel;
+        });
+        if (tooLong) break;
+        if (NeighboursApart(values, labels)) return labels;
+    }
+    for (int decimals = 2; decimals <= kMostDecimals; ++decimals) {
+        labels = LabelsWith(values, "0." + std::string(decimals, '0') + "E+00");
+        if (NeighboursApart(values, labels)) break;
+    }
+    return labels;
+}
+
 std::optional<double> ParseNumber(std::string_view input, char separator) {
     // The user's separator stands for the point; no other character does.
     std::string buffer(input);

@@ -7,8 +7,10 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace support {
 
@@ -28,6 +30,13 @@ std::string Format(double value, std::string_view pattern, char separator);
 inline std::string Format(double value, std::string_view pattern) {
     return Format(value, pattern, DecimalSeparator());
 }
+
+// Labels for a run of axis ticks, in order: two decimals where two tell every
+// pair of neighbouring ticks apart, else the fewest more that do; the "0.00E+00"
+// form, its decimals chosen the same way, once a label would be longer than
+// nine characters. A value that is a rounding residue of zero next to its
+// neighbours (below a millionth of their spacing) is labelled as zero.
+std::vector<std::string> TickLabels(std::span<const double> values);
 
 // Optional surrounding spaces, optional sign, digits with an optional decimal
 // point ('.' or `separator`), an optional exponent; empty text, "nan", "inf",

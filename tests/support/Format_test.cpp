@@ -100,3 +100,38 @@ TEST(DecimalSeparator, ParseAndDisplayUnderTheUsersLocale) {
     support::SetDecimalSeparator('.');
     EXPECT_FALSE(support::IsNumeric("2,5"));
 }
+
+TEST(TickLabels, FewestDecimalsThatTellNeighboursApartElseScientific) {
+    using Labels = std::vector<std::string>;
+    struct Row {
+        const char* Name;
+        std::vector<double> Ticks;
+        Labels Expected;
+    };
+    const Row rows[] = {
+        {"two decimals suffice",
+         {-2.6, -1.56, -0.52, 0.52, 1.56, 2.6},
+         {"-2.60", "-1.56", "-0.52", "0.52", "1.56", "2.60"}},
+        {"a bore in mm: four decimals",
+         {4.9988, 4.99934, 4.99988, 5.00042, 5.00096, 5.0015},
+         {"4.9988", "4.9993", "4.9999", "5.0004", "5.0010", "5.0015"}},
+        {"three decimals", {0, 0.005, 0.01, 0.015}, {"0.000", "0.005", "0.010", "0.015"}},
+        {"around 1e300",
+         {7.4e299, 8.44e299, 9.48e299, 1.052e300, 1.156e300, 1.26e300},
+         {"7.40E+299", "8.44E+299", "9.48E+299", "1.05E+300", "1.16E+300", "1.26E+300"}},
+        {"densities near 1e-301, no longer all 0.00",
+         {0, 8e-302, 1.6e-301, 2.4e-301},
+         {"0.00E+00", "8.00E-302", "1.60E-301", "2.40E-301"}},
+        {"more mantissa decimals",
+         {1e6, 1.0001e6, 1.0002e6},
+         {"1.0000E+06", "1.0001E+06", "1.0002E+06"}},
+        {"a rounding residue of zero",
+         {-2e300, -1e300, 1.2e284, 1e300},
+         {"-2.00E+300", "-1.00E+300", "0.00E+00", "1.00E+300"}},
+    };
+    for (const Row& r : rows)
+        EXPECT_EQ(support::TickLabels(r.Ticks), r.Expected) << r.Name;
+    // Nothing finite to tell apart still ends.
+    const std::vector<double> odd = {NAN, NAN, INFINITY};
+    EXPECT_EQ(support::TickLabels(odd).size(), 3u);
+}

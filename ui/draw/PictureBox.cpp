@@ -279,6 +279,54 @@ void PictureBox::FillArea(double left, double top, double right, double bottom, 
     FillPixels(c0, r0, std::max(c0, Device(right) - 1), std::max(r0, Device(bottom) - 1), bgr);
 }
 
+void PictureBox::BlendArea(double left, double top, double right, double bottom, uint32_t bgr,
+                           double weight) {
+    if (!Finite(left, top, right, bottom) || !(weight >= 0 && weight <= 1)) return;
+    const QRect clip = DeviceClip();
+    const long long c0 = std::max<long long>(Device(left), clip.left());
+    const long long r0 = std::max<long long>(Device(top), clip.top());
+    const long long c1 =
+        std::min<long long>(std::max(Device(left), Device(right) - 1), clip.right());
+    const long long r1 =
+        std::min<long long>(std::max(Device(top), Device(bottom) - 1), clip.bottom());
+    if (c0 > c1 || r0 > r1) return;
+    if (!image_.isDetached()) EndPainting();
+    Touch();
+    const QColor colour = look::ToQColor(bgr);
+    const auto mix = [weight](int old, int add) {
+        return static_cast<int>(std::lround(old * (1 - weight) + add * weight));
+    };
+    uchar* bits = image_.bits();
+    const qsizetype stride = image_.bytesPerLine();
+    for (long long r = r0; r <= r1; ++r) {
+        auto* line = reinterpret_cast<QRgb*>(bits + r * stride);
+        for (long long c = c0; c <= c1; ++c) {
+            const QRgb old = line[c];
+            line[c] = qRgb(mix(qRed(old), colour.red()), mix(qGreen(old), colour.green()),
+                           mix(qBlue(old), colour.blue()));
+        }
+    }
+}
+
+void PictureBox::Polyline(const std::vector<QPointF>& points, uint32_t bgr, double width) {
+    std::vector<QPointF> near;
+    near.reserve(points.size());
+    for (const QPointF& p : points)
+        if (std::isfinite(p.x()) && std::isfinite(p.y()))
+            near.emplace_back(Near(p.x()), Near(p.y()));
+    if (near.size() < 2) return;
+    QPainter& p = Painter();
+    p.save();
+    p.setRenderHint(QPainter::Antialiasing, true);
+    QPen pen(look::ToQColor(bgr));
+    pen.setWidthF(width);
+    pen.setJoinStyle(Qt::RoundJoin);
+    pen.setCapStyle(Qt::RoundCap);
+    p.setPen(pen);
+    p.drawPolyline(near.data(), static_cast<int>(near.size()));
+    p.restore();
+}
+
 // Row by row from the top: each column remembers the colour of the latest
 // bar (in the given order) that covers it on the current row, and every row
 // is written once from that list. The picture is the same as filling the bars
@@ -456,6 +504,11 @@ void PictureBox::mouseMoveEvent(QMouseEvent* event) {
 void PictureBox::mouseReleaseEvent(QMouseEvent* event) {
     const QPointF pos = event->position();
     emit MouseUp(VbButton(event->button()), VbShift(event->modifiers()), pos.x(), pos.y());
+}
+
+void PictureBox::leaveEvent(QEvent* event) {
+    QWidget::leaveEvent(event);
+    emit MouseLeave();
 }
 
 void PictureBox::focusInEvent(QFocusEvent* event) {

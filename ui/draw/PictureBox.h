@@ -14,6 +14,7 @@
 
 #include <QFontMetricsF>
 #include <QImage>
+#include <QPointF>
 #include <QWidget>
 
 #include <cstdint>
@@ -88,6 +89,12 @@ class PictureBox : public QWidget {
         uint32_t Bgr;
     };
     void FillBars(const std::vector<Bar>& bars);
+    // As FillArea, but each pixel becomes old * (1 - weight) + colour * weight:
+    // a translucent fill that lets what lies under it show.
+    void BlendArea(double left, double top, double right, double bottom, uint32_t bgr,
+                   double weight);
+    // An anti-aliased line through the points, `width` pixels wide.
+    void Polyline(const std::vector<QPointF>& points, uint32_t bgr, double width);
     // Prints text with its top-left corner at (CurrentX, CurrentY) in ForeColor;
     // afterwards CurrentX is 0 and CurrentY one text line lower.
     void Print(const QString& text);
@@ -135,6 +142,8 @@ class PictureBox : public QWidget {
     void GotFocus();
     void LostFocus();
     void KeyDown(int key, int shift);
+    // The pointer has left the surface.
+    void MouseLeave();
     // The picture has been resized to the widget or to a new pixel ratio (it
     // keeps what fitted, scaled): time to draw it afresh.
     void Resized();
@@ -148,6 +157,7 @@ class PictureBox : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -11,7 +11,6 @@ namespace DataStep {
 namespace {
 
 constexpr const char* kBins = "Pondera.DataStep.Bins";
-constexpr const char* kOutline = "Pondera.DataStep.Outline";
 
 // The quantile at p of sorted values, interpolating between order statistics
 // (Hyndman and Fan's type 7, the default of R and NumPy).
@@ -72,37 +71,6 @@ Histogram Bins(std::vector<double> values) {
         }
     });
     return h;
-}
-
-PlotPipeline::Curve Outline(const Histogram& h, const DensityChart::Geometry& g) {
-    PlotPipeline::Curve dots{{0.0}, {0.0}};
-    support::Trap(kOutline, [&] {
-        if (h.Counts.empty() || !(g.XRange > 0) || !(g.YRange > 0)) return;
-        const double xPerPx = g.XRange / g.PlotWidth, yPerPx = g.YRange / g.PlotHeight;
-        // The density at the surface's top edge; a taller bar runs off the chart.
-        const double top = g.YLow + g.Y0 * yPerPx;
-        auto segment = [&](double x1, double y1, double x2, double y2) {
-            const double px = std::hypot((x2 - x1) / xPerPx, (y2 - y1) / yPerPx);
-            const int steps = std::max(1, static_cast<int>(std::ceil(2 * px)));
-            for (int i = 0; i < steps; ++i) {
-                const double t = static_cast<double>(i) / steps;
-                const double x = x1 + t * (x2 - x1), y = y1 + t * (y2 - y1);
-                if (x < g.XLow || x > g.XLow + g.XRange || y > top) continue;
-                dots.X.push_back(x);
-                dots.Y.push_back(y);
-            }
-        };
-        double x = h.Low, y = 0;
-        for (std::size_t i = 0; i < h.Counts.size(); ++i) {
-            const double next = h.Density(i);
-            segment(x, y, x, next);
-            segment(x, next, x + h.Width, next);
-            x += h.Width;
-            y = next;
-        }
-        segment(x, y, x, 0);
-    });
-    return dots;
 }
 
 Moments MomentsOf(const m_SampleData::Summary& s, const std::string& pattern) {

@@ -4,8 +4,6 @@
 #pragma once
 
 #include "johnson/m_SampleData.h"
-#include "ui/main/DensityChart.h"
-#include "ui/main/PlotPipeline.h"
 
 #include <array>
 #include <cstddef>
@@ -40,11 +38,6 @@ struct Histogram {
 };
 inline constexpr std::size_t kMaxBins = 100;
 Histogram Bins(std::vector<double> values);
-
-// The outline of the bins as 1-based dots half a pixel apart on a chart of
-// geometry g (its ranges set from the curve), so the light-green overlay reads
-// as lines. Dots beyond the chart's x range or above the surface are left out.
-PlotPipeline::Curve Outline(const Histogram& h, const DensityChart::Geometry& g);
 
 // The data's moments as written into the moment fields, and their exact values.
 struct Moments {

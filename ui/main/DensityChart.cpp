@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -26,8 +27,49 @@ std::size_t PointCount(std::span<const double> x, std::span<const double> y) {
     return n > 0 ? n - 1 : 0;
 }
 
-QString Label(double value) {
-    return QString::fromStdString(support::Format(value, "0.00"));
+// The overlay's light green for the histogram's bars, half covering what lies
+// under them, and a darker shade of it for their outline (blue-green-red).
+constexpr uint32_t kOverlayGreen = 0x7DFF7D;
+constexpr double kBarCover = 0.45;
+constexpr uint32_t kBarOutline = 0x288228;
+// The pinned curve: a grey line two pixels wide.
+constexpr uint32_t kPinnedGrey = 0x808080;
+constexpr double kPinnedWidth = 2;
+
+// Labels for ticks at first + i * step, i = 0..count.
+std::vector<QString> TickTexts(double first, double step, int count) {
+    std::vector<double> values;
+    for (int i = 0; i <= count; ++i)
+        values.push_back(support::ck(first + i * step));
+    std::vector<QString> texts;
+    for (const std::string& label : support::TickLabels(values))
+        texts.push_back(QString::fromStdString(label));
+    return texts;
+}
+
+void DrawHistogram(PictureBox& surface, Geometry& g, const Input::Histogram& bins) {
+    for (std::size_t i = 0; i < bins.Heights.size(); ++i) {
+        const double height = bins.Heights[i];
+        if (!(height > 0)) continue;
+        const double left = g.Px(bins.Low + static_cast<double>(i) * bins.Width);
+        const double right = g.Px(bins.Low + static_cast<double>(i + 1) * bins.Width);
+        const double top = g.Py(height);
+        surface.BlendArea(left, top, right, g.Y0, kOverlayGreen, kBarCover);
+        surface.Line(left, g.Y0, left, top, kBarOutline);
+        surface.Line(left, top, right, top, kBarOutline);
+        surface.Line(right, top, right, g.Y0, kBarOutline);
+    }
+}
+
+void DrawPinned(PictureBox& surface, Geometry& g, std::span<const double> x,
+                std::span<const double> y) {
+    const std::size_t n = PointCount(x, y);
+    if (n < 2) return;
+    std::vector<QPointF> points;
+    points.reserve(n);
+    for (std::size_t i = 1; i <= n; ++i)
+        points.emplace_back(g.Px(x[i]), g.Py(y[i]));
+    surface.Polyline(points, kPinnedGrey, kPinnedWidth);
 }
 
 // One anti-aliased dot per sample, all between one open and one close.
@@ -66,7 +108,7 @@ struct Drawn {
     uint64_t Generation = 0; // of the surface right after the drawing; 0: none
     SurfaceLook Look;
     Input In; // its spans point into the copies below
-    std::vector<double> X, Y, OverlayX, OverlayY;
+    std::vector<double> X, Y, OverlayX, OverlayY, Heights, PinnedX, PinnedY;
 };
 
 Drawn& Last() {
@@ -88,7 +130,10 @@ bool SameButLimits(const Input& a, const Input& b) {
            a.YAxis == b.YAxis && a.Labels == b.Labels && a.BackColor == b.BackColor &&
            a.InSpecColor == b.InSpecColor && a.OutSpecColor == b.OutSpecColor &&
            a.Overlay == b.Overlay && Same(a.OverlayX, b.OverlayX) && Same(a.OverlayY, b.OverlayY) &&
-           a.LSLMarkerWidth == b.LSLMarkerWidth && a.USLMarkerWidth == b.USLMarkerWidth;
+           a.LSLMarkerWidth == b.LSLMarkerWidth && a.USLMarkerWidth == b.USLMarkerWidth &&
+           a.Bins.Low == b.Bins.Low && a.Bins.Width == b.Bins.Width &&
+           Same(a.Bins.Heights, b.Bins.Heights) && Same(a.PinnedX, b.PinnedX) &&
+           Same(a.PinnedY, b.PinnedY);
 }
 
 void Remember(const PictureBox& surface, const Input& in, const SurfaceLook& look) {
@@ -98,11 +143,17 @@ void Remember(const PictureBox& surface, const Input& in, const SurfaceLook& loo
     d.Y.assign(in.Y.begin(), in.Y.end());
     d.OverlayX.assign(in.OverlayX.begin(), in.OverlayX.end());
     d.OverlayY.assign(in.OverlayY.begin(), in.OverlayY.end());
+    d.Heights.assign(in.Bins.Heights.begin(), in.Bins.Heights.end());
+    d.PinnedX.assign(in.PinnedX.begin(), in.PinnedX.end());
+    d.PinnedY.assign(in.PinnedY.begin(), in.PinnedY.end());
     d.In = in;
     d.In.X = d.X;
     d.In.Y = d.Y;
     d.In.OverlayX = d.OverlayX;
     d.In.OverlayY = d.OverlayY;
+    d.In.Bins.Heights = d.Heights;
+    d.In.PinnedX = d.PinnedX;
+    d.In.PinnedY = d.PinnedY;
     d.Generation = surface.Generation();
 }
 
@@ -120,8 +171,7 @@ int DeviceAlignedStep(double ratio) {
 std::optional<QRect> ChangedStrip(PictureBox& surface, const Input& was, const Input& in) {
     const int step = DeviceAlignedStep(surface.PixelRatio());
     if (step == 0) return std::nullopt;
-    Geometry g = Geometry::ForSize(surface.ScaleWidth(), surface.ScaleHeight());
-    g.SetRanges(in.X, in.Y);
+    Geometry g = GeometryOf(surface.ScaleWidth(), surface.ScaleHeight(), in);
     const std::size_t n = PointCount(in.X, in.Y);
     double gap = 1;
     for (std::size_t i = 2; i <= n; ++i)
@@ -166,7 +216,11 @@ Geometry Geometry::ForSize(double w, double h) {
 }
 
 void Geometry::SetRanges(std::span<const double> x, std::span<const double> y) {
-    double xMin = 1e30, xMax = -1e30, yMin = 1e30, yMax = -1e30;
+    // The density's running maximum starts at -1e30 as it always did (no
+    // density is below it); the others start beyond any value, so a curve
+    // beyond 1e30 (mean 1e300) keeps its own ends.
+    constexpr double kBeyond = std::numeric_limits<double>::infinity();
+    double xMin = kBeyond, xMax = -kBeyond, yMin = kBeyond, yMax = -1e30;
     const std::size_t n = PointCount(x, y);
     for (std::size_t i = 1; i <= n; ++i) {
         if (x[i] < xMin) xMin = x[i];
@@ -174,6 +228,7 @@ void Geometry::SetRanges(std::span<const double> x, std::span<const double> y) {
         if (y[i] < yMin) yMin = y[i];
         if (y[i] > yMax) yMax = y[i];
     }
+    if (n == 0) xMin = yMin = 1e30, xMax = -1e30; // nothing drawn, nothing infinite
     XLow = xMin;
     XRange = support::ck(xMax - xMin);
     YLow = yMin;
@@ -195,6 +250,33 @@ double Geometry::Py(double density) {
 
 double Geometry::ValueAtPixel(double pointerX) const {
     return support::ck(XLow + (pointerX - X0) * XRange / PlotWidth);
+}
+
+void Geometry::Cover(double xLow, double xHigh, double yHigh) {
+    const double xTop = XLow + XRange;
+    if (xLow < XLow || xHigh > xTop) {
+        XLow = std::min(XLow, xLow);
+        XRange = support::ck(std::max(xTop, xHigh) - XLow);
+    }
+    if (yHigh > YLow + YRange) YRange = support::ck(yHigh - YLow);
+}
+
+Geometry GeometryOf(double w, double h, const Input& in) {
+    Geometry g = Geometry::ForSize(w, h);
+    g.SetRanges(in.X, in.Y);
+    const auto& bins = in.Bins;
+    if (!bins.Heights.empty()) {
+        const double top = *std::max_element(bins.Heights.begin(), bins.Heights.end());
+        g.Cover(bins.Low, bins.Low + static_cast<double>(bins.Heights.size()) * bins.Width, top);
+    }
+    const std::size_t n = PointCount(in.PinnedX, in.PinnedY);
+    if (n >= 1) {
+        const auto [lo, hi] =
+            std::minmax_element(in.PinnedX.begin() + 1, in.PinnedX.begin() + n + 1);
+        const double top = *std::max_element(in.PinnedY.begin() + 1, in.PinnedY.begin() + n + 1);
+        g.Cover(*lo, *hi, top);
+    }
+    return g;
 }
 
 bool MarkerHit(double pointerX, double markerLeft, double markerWidth) {
@@ -249,7 +331,7 @@ Result DrawWhole(PictureBox& surface, const Input& in) {
         if (in.YAxis) surface.Line(0.15 * w, 0.15 * h, 0.15 * w, 0.85 * h, kBlack);
     }
 
-    g.SetRanges(in.X, in.Y);
+    g = GeometryOf(w, h, in);
 
     // Shading: one vertical line per sample, coloured sample by sample. Each
     // line is as wide as its share of the gaps to its neighbours (at least one
@@ -281,29 +363,38 @@ Result DrawWhole(PictureBox& surface, const Input& in) {
     surface.FillBars(bars);
     surface.SetForeColor(kBlack);
 
+    // The data and the pinned curve over the shading, under everything else.
+    DrawHistogram(surface, g, in.Bins);
+    DrawPinned(surface, g, in.PinnedX, in.PinnedY);
+
     // Ticks and their labels.
     if (in.Refresh) {
         const double fontSize = surface.FontSize();
         if (in.XAxis) {
             const double step = support::ck(g.PlotWidth / in.XTicks);
-            const double valueStep = support::ck(g.XRange / in.XTicks);
+            const std::vector<QString> labels =
+                TickTexts(g.XLow, support::ck(g.XRange / in.XTicks), in.XTicks);
             for (int i = 0; i <= in.XTicks; ++i) {
                 const double px = support::ck(g.X0 + i * step);
                 surface.Line(px, g.Y0, px, g.Y0 + in.XTickLength, kBlack);
                 surface.CurrentX = px - 10;
                 surface.CurrentY = g.Y0 + fontSize;
-                surface.Print(Label(support::ck(g.XLow + i * valueStep)));
+                surface.Print(labels[i]);
             }
         }
         if (in.YAxis) {
             const double step = support::ck(g.PlotHeight / in.YTicks);
-            const double valueStep = support::ck(g.YRange / in.YTicks);
+            const std::vector<QString> labels =
+                TickTexts(g.YLow, support::ck(g.YRange / in.YTicks), in.YTicks);
             for (int i = 0; i <= in.YTicks; ++i) {
                 const double py = support::ck(g.Y0 - i * step);
                 surface.Line(g.X0, py, g.X0 - in.YTickLength, py, kBlack);
-                surface.CurrentX = g.X0 - fontSize - 20;
+                // A label longer than "0.00" ends short of its tick instead of
+                // running into the plot.
+                const double clear = g.X0 - in.YTickLength - 2 - surface.TextWidth(labels[i]);
+                surface.CurrentX = std::min(g.X0 - fontSize - 20, clear);
                 surface.CurrentY = py - 5;
-                surface.Print(Label(support::ck(g.YLow + i * valueStep)));
+                surface.Print(labels[i]);
             }
         }
     }

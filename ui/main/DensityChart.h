@@ -40,6 +40,9 @@ struct Geometry {
     double Py(double density);
     // Pointer x to value, for dragging a spec-limit marker.
     double ValueAtPixel(double pointerX) const;
+    // Widens the ranges to take in x from xLow to xHigh and densities up to
+    // yHigh (what else is drawn on the curve's axes); never narrows them.
+    void Cover(double xLow, double xHigh, double yHigh);
 };
 
 // A press hits a marker when its x lies between the marker's left edge and
@@ -66,7 +69,19 @@ struct Input {
     std::span<const double> OverlayX{}, OverlayY{};
     // Widths of sh_LSL and sh_USL, to centre them on their lines.
     double LSLMarkerWidth = 0, USLMarkerWidth = 0;
+    // The data's histogram: equal bins from Low, their heights as densities,
+    // drawn as translucent bars in the overlay colour with a darker outline.
+    struct Histogram {
+        double Low = 0, Width = 0;
+        std::span<const double> Heights{};
+    } Bins{};
+    // A pinned curve (1-based like X and Y), drawn as a grey line.
+    std::span<const double> PinnedX{}, PinnedY{};
 };
+
+// The margins of a w x h surface and the ranges of the curve, widened to take
+// in every bin of the histogram and the whole pinned curve.
+Geometry GeometryOf(double w, double h, const Input& input);
 
 struct MarkerPlacement {
     double Left = 0;      // px - width / 2
@@ -82,8 +97,9 @@ struct Result {
     double RedrawnLeft = 0, RedrawnWidth = 0;
 };
 
-// Background, axes, ticks with "0.00" labels, shading by one vertical line per
-// sample (in-spec or out-of-spec colour), spec-limit lines and labels, the
+// Background, axes, shading by one vertical line per sample (in-spec or
+// out-of-spec colour), the histogram and the pinned curve, ticks with labels
+// that tell them apart (support::TickLabels), spec-limit lines and labels, the
 // baseline again, then the curve (and overlay) as anti-aliased black dots.
 // The picture is always that of a whole drawing; the surface is shown anew
 // where it changed.

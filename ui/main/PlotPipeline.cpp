@@ -1,5 +1,6 @@
 #include "ui/main/PlotPipeline.h"
 
+#include "engine/DistCalculator.h"
 #include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
@@ -14,6 +15,7 @@ namespace PlotPipeline {
 
 namespace {
 
+constexpr const char* kModule = "Pondera.PlotPipeline";
 constexpr double kUnticked = 1e299; // an unticked limit never decides the range
 
 constexpr const char* kLimitMessages[3] = {"LSL must be a number.", "Target must be a number.",
@@ -96,6 +98,10 @@ std::pair<double, double> WithDensityStart(const std::string& name, std::pair<do
     if (!family || !family->MinimumSlot) return range;
     const double minimum = p[family->MinimumSlot - 1];
     return {m_Interface::Min(range.first, minimum), m_Interface::Max(range.second, minimum)};
+}
+
+std::pair<double, double> Covering(std::pair<double, double> range, double low, double high) {
+    return {m_Interface::Min(range.first, low), m_Interface::Max(range.second, high)};
 }
 
 bool Drawable(double low, double high) {
@@ -185,6 +191,35 @@ CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, in
     return {Shown(f.Pp, pattern), Shown(f.Ppk, pattern),
             support::Format(support::ck((lower + upper) * 1e6), pattern),
             tip("Ppl: ", f.Ppl) + "\n" + tip("Ppu: ", f.Ppu)};
+}
+
+Readout ReadoutAt(const PncSource& source, double x) {
+    Readout r;
+    r.X = x;
+    support::Trap({kModule, __func__}, [&] {
+        // The calculator learns the Johnson form from the current code.
+        m_PercentCertainty::CurrentDistribution = source.Code;
+        const std::string key = m_PercentCertainty::CalculatorName(source.Code);
+        double p[4];
+        for (int i = 0; i < 4; ++i)
+            p[i] = source.Params[i].value_or(0);
+        DistCalculator calc;
+        calc.SetDistribution(key);
+        for (int i = 0; i < 4; ++i)
+            calc.SetParam(i + 1, p[i]);
+        if (!calc.Calculate()) return;
+        r.Density = support::ck(calc.Density(x));
+        r.Below = m_Distributions::PNC_LSL(key, x, p[0], p[1], p[2], p[3]);
+        r.Above = m_Distributions::PNC_USL_Upper(key, x, p[0], p[1], p[2], p[3]);
+    });
+    return r;
+}
+
+std::string ReadoutText(const Readout& r, const std::string& pattern) {
+    return "x = " + support::Format(r.X, pattern) +
+           "    density = " + support::Format(r.Density, pattern) +
+           "    P(X \u2264 x) = " + support::Format(r.Below, pattern) +
+           "    P(X > x) = " + support::Format(r.Above, pattern);
 }
 
 } // namespace PlotPipeline

@@ -101,6 +101,9 @@ std::pair<double, double> DisplayRange(double mean, double stDev, const RangeOpt
 // Exponential, Param3 of the Weibull and LogNormal).
 std::pair<double, double> WithDensityStart(const std::string& name, std::pair<double, double> range,
                                            const std::array<double, 3>& p);
+// Widened once more to take in low..high as well: what else is drawn on the
+// same axes (the data's values, a pinned curve).
+std::pair<double, double> Covering(std::pair<double, double> range, double low, double high);
 // A range the chart can map: finite and wider than nothing.
 bool Drawable(double low, double high);
 
@@ -140,5 +143,15 @@ struct CapabilityView {
 };
 CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, int decPlaces,
                                const std::string& pattern);
+
+// What the status bar shows under the pointer: x, the density there and the
+// probability on either side, from the engine at x itself (not from the drawn
+// samples), the upper side computed directly so a small tail keeps its digits.
+struct Readout {
+    double X = 0, Density = 0, Below = 0, Above = 0;
+};
+Readout ReadoutAt(const PncSource& source, double x);
+// "x = ...   density = ...   P(X ≤ x) = ...   P(X > x) = ..." in the pattern.
+std::string ReadoutText(const Readout& r, const std::string& pattern);
 
 } // namespace PlotPipeline

@@ -322,6 +322,10 @@ void Build(frm_Pondera& w) {
     w.StatusPanel1 = new QLabel;
     w.StatusPanel1->setObjectName("StatusPanel1");
     w.StatusBar1->addWidget(w.StatusPanel1, 1);
+    w.StatusPanel2 = new QLabel;
+    w.StatusPanel2->setObjectName("StatusPanel2");
+    w.StatusPanel2->setMinimumWidth(1); // a long readout is cut, never widens the window
+    w.StatusBar1->addPermanentWidget(w.StatusPanel2);
     w.setStatusBar(w.StatusBar1);
 
     // The small surfaces on the moments frame take the frame's colour.
@@ -358,6 +362,12 @@ void BuildMenus(frm_Pondera& w) {
         a->setCheckable(true);
         a->setChecked(true);
     }
+    view->addSeparator();
+    w.mnuPinCurve = view->addAction("&Pin Curve");
+    w.mnuPinCurve->setObjectName("mnuPinCurve");
+    w.mnuUnpin = view->addAction("&Unpin");
+    w.mnuUnpin->setObjectName("mnuUnpin");
+    w.mnuUnpin->setEnabled(false);
     view->addSeparator();
     w.mnuOptions = view->addAction("&Options...");
     w.mnuOptions->setObjectName("mnuOptions");
@@ -422,6 +432,9 @@ void Connect(frm_Pondera& w) {
     QObject::connect(w.mnuXAxis, &QAction::triggered, self, act(&frm_Pondera::mnuXAxis_Click));
     QObject::connect(w.mnuYAxis, &QAction::triggered, self, act(&frm_Pondera::mnuYAxis_Click));
     QObject::connect(w.mnuLabels, &QAction::triggered, self, act(&frm_Pondera::mnuLabels_Click));
+    QObject::connect(w.mnuPinCurve, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuPinCurve_Click));
+    QObject::connect(w.mnuUnpin, &QAction::triggered, self, act(&frm_Pondera::mnuUnpin_Click));
     QObject::connect(w.mnuCopytoClipboard, &QAction::triggered, self,
                      act(&frm_Pondera::mnuCopytoClipboard_Click));
     QObject::connect(w.mnuOptions, &QAction::triggered, self, act(&frm_Pondera::mnuOptions_Click));
@@ -450,6 +463,7 @@ void Connect(frm_Pondera& w) {
     QObject::connect(w.pb_PDF, &PictureBox::MouseDown, self, mouse(&frm_Pondera::pb_PDF_MouseDown));
     QObject::connect(w.pb_PDF, &PictureBox::MouseMove, self, mouse(&frm_Pondera::pb_PDF_MouseMove));
     QObject::connect(w.pb_PDF, &PictureBox::MouseUp, self, mouse(&frm_Pondera::pb_PDF_MouseUp));
+    QObject::connect(w.pb_PDF, &PictureBox::MouseLeave, self, act(&frm_Pondera::pb_PDF_MouseLeave));
     QObject::connect(w.pb_Slider, &PictureBox::MouseDown, self,
                      mouse(&frm_Pondera::pb_Slider_MouseDown));
     QObject::connect(w.pb_Slider, &PictureBox::MouseMove, self,

@@ -235,11 +235,11 @@ void frm_Pondera::Plot() {
         // The moments are computed once the inputs are known good, so a failed
         // check leaves the previous results in place.
         CalcMomentsforDistribution();
-        const auto [low, high] = PlotPipeline::WithDensityStart(
+        const auto [low, high] = WithOthersShown(PlotPipeline::WithDensityStart(
             in.Name,
             PlotPipeline::DisplayRange(Current.Mean, Current.StDev, CurrentRangeOptions(),
                                        in.Limit),
-            p);
+            p));
         // A point-like distribution (or equal fixed endpoints) leaves no width to
         // draw on; say so and keep the previous chart.
         if (!PlotPipeline::Drawable(low, high)) {
@@ -250,6 +250,7 @@ void frm_Pondera::Plot() {
                                                          {p[0], p[1], p[2], ValOf(tb_Param4)});
         WriteRangeBack(low, high);
         ShowCurve(std::move(curve), low, high);
+        drawnSource_ = PlotPipeline::SourceFromFields(in.Name, in.ParamTexts);
         ShowResults();
         SetStatus("");
         but_Plot->setEnabled(false);
@@ -263,6 +264,17 @@ void frm_Pondera::ShowCurve(PlotPipeline::Curve curve, double low, double high) 
     PlotY = std::move(curve.Y);
     RangeLow = low;
     RangeHigh = high;
+    // A readout of the curve before is wrong now; the next move shows the new one.
+    StatusPanel2->clear();
+}
+
+std::pair<double, double> frm_Pondera::WithOthersShown(std::pair<double, double> range) const {
+    if (DataBins && cb_DrawbyMoments->isChecked() && !DataBins->Counts.empty())
+        range = PlotPipeline::Covering(
+            range, DataBins->Low,
+            DataBins->Low + static_cast<double>(DataBins->Counts.size()) * DataBins->Width);
+    if (PinnedX.size() > 1) range = PlotPipeline::Covering(range, PinnedX[1], PinnedX.back());
+    return range;
 }
 
 void frm_Pondera::WriteRangeBack(double low, double high) {
@@ -364,16 +376,16 @@ void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int y
                            .OutSpecColor = DisplayOptions::AppOutSpecColor,
                            .LSLMarkerWidth = double(sh_LSL->Width()),
                            .USLMarkerWidth = double(sh_USL->Width())};
-    // The data's histogram over the curve it was fitted to, on the curve's axes.
-    Overlay = {};
+    // The data's histogram under the curve fitted to it, and the pinned curve.
+    HistogramHeights.clear();
     if (DataBins && cb_DrawbyMoments->isChecked() && &surface == pb_PDF) {
-        DensityChart::Geometry g =
-            DensityChart::Geometry::ForSize(surface.ScaleWidth(), surface.ScaleHeight());
-        g.SetRanges(x, y);
-        Overlay = DataStep::Outline(*DataBins, g);
-        in.Overlay = Overlay.X.size() > 1;
-        in.OverlayX = Overlay.X;
-        in.OverlayY = Overlay.Y;
+        for (std::size_t i = 0; i < DataBins->Counts.size(); ++i)
+            HistogramHeights.push_back(DataBins->Density(i));
+        in.Bins = {DataBins->Low, DataBins->Width, HistogramHeights};
+    }
+    if (&surface == pb_PDF) {
+        in.PinnedX = PinnedX;
+        in.PinnedY = PinnedY;
     }
     surface.SetBackColor(DisplayOptions::AppBackColor);
     const DensityChart::Result result = DensityChart::Draw(surface, in);
@@ -439,8 +451,8 @@ bool frm_Pondera::PlotbyMoments() {
         SetTexts({tb_Param1, tb_Param2, tb_Param3, tb_Param4},
                  MomentsStep::ParamTexts(fit, DisplayOptions::Pattern()));
 
-        const auto [xMin, xMax] =
-            PlotPipeline::DisplayRange(mean, stDev, CurrentRangeOptions(), ReadLimits());
+        const auto [xMin, xMax] = WithOthersShown(
+            PlotPipeline::DisplayRange(mean, stDev, CurrentRangeOptions(), ReadLimits()));
         if (!PlotPipeline::Drawable(xMin, xMax)) {
             SetStatus(fit.Message);
             support::MsgBox(PlotPipeline::kNoWidth, kWarningTitle);
@@ -456,6 +468,7 @@ bool frm_Pondera::PlotbyMoments() {
         Current = {m[0], m[1], m[2], m[3]};
         ShowCurve(std::move(curve), xMin, xMax);
         fit_ = item ? std::optional(fit) : std::nullopt;
+        drawnSource_ = fit_ ? std::optional(MomentsStep::PncSourceOf(*fit_)) : std::nullopt;
 
         but_Plot->setEnabled(false);
         SetStatus(fit.Message);
@@ -736,6 +749,42 @@ void frm_Pondera::MomentChanged(support::Label label) {
     });
 }
 
+void frm_Pondera::ShowReadout(support::Label label, double x) {
+    support::Trap(label, [&] {
+        const DensityChart::Geometry& g = ChartGeometry;
+        if (!drawnSource_ || !haveChart_ || x < g.X0 || x > g.X0 + g.PlotWidth)
+            return StatusPanel2->clear();
+        const PlotPipeline::Readout r = PlotPipeline::ReadoutAt(*drawnSource_, g.ValueAtPixel(x));
+        StatusPanel2->setText(Q(PlotPipeline::ReadoutText(r, DisplayOptions::Pattern())));
+    });
+}
+
+void frm_Pondera::pb_PDF_MouseLeave() {
+    support::Trap({kModule, __func__}, [&] { StatusPanel2->clear(); });
+}
+
+// The curve drawn now stays on the chart in grey, on the axes of whatever is
+// drawn next, until unpinned.
+void frm_Pondera::mnuPinCurve_Click() {
+    support::Trap({kModule, __func__}, [&] {
+        if (!haveChart_ || PlotX.size() < 2) return;
+        PinnedX = PlotX;
+        PinnedY = PlotY;
+        mnuUnpin->setEnabled(true);
+        RedrawLastChart();
+    });
+}
+
+void frm_Pondera::mnuUnpin_Click() {
+    support::Trap({kModule, __func__}, [&] {
+        PinnedX.clear();
+        PinnedY.clear();
+        mnuUnpin->setEnabled(false);
+        // The axes need not take in the pinned curve any more.
+        Plot();
+    });
+}
+
 void frm_Pondera::mnuCopytoClipboard_Click() {
     support::Trap({kModule, __func__}, [&] { m_PictureBoxCopy::CopyEntirePicture(*pb_PDF); });
 }
@@ -825,7 +874,7 @@ void frm_Pondera::mnuClearData_Click() {
 void frm_Pondera::ForgetData(bool moments) {
     DataBins.reset();
     if (moments) DataMoments.reset();
-    Overlay = {};
+    HistogramHeights.clear();
     mnuClearData->setEnabled(false);
     PlaceDataPoint();
 }

@@ -107,6 +107,7 @@ class frm_Pondera : public QMainWindow {
 
     QStatusBar* StatusBar1 = nullptr;
     QLabel* StatusPanel1 = nullptr; // panel 1 of the status bar
+    QLabel* StatusPanel2 = nullptr; // the readout under the pointer
 
     QAction* mnuQuit = nullptr;
     QAction* mnuSaveChart = nullptr;
@@ -115,6 +116,8 @@ class frm_Pondera : public QMainWindow {
     QAction* mnuXAxis = nullptr;
     QAction* mnuYAxis = nullptr;
     QAction* mnuLabels = nullptr;
+    QAction* mnuPinCurve = nullptr;
+    QAction* mnuUnpin = nullptr;
     QAction* mnuOptions = nullptr;
     QAction* mnuAbout = nullptr;
     QAction* mnuFitToData = nullptr;
@@ -148,8 +151,10 @@ class frm_Pondera : public QMainWindow {
     // texts stay in the moment fields.
     std::optional<DataStep::Histogram> DataBins;
     std::optional<DataStep::Moments> DataMoments;
-    // The overlay of the last drawing (1-based; empty without data).
-    PlotPipeline::Curve Overlay;
+    // The heights of the histogram's bars in the last drawing (empty without data).
+    std::vector<double> HistogramHeights;
+    // The pinned curve (1-based; empty when nothing is pinned), drawn in grey.
+    std::vector<double> PinnedX, PinnedY;
 
     // ---- Procedures ------------------------------------------------------------
     void Form_Initialize();
@@ -202,6 +207,8 @@ class frm_Pondera : public QMainWindow {
     void mnuXAxis_Click() { ViewToggle({kModule, __func__}, ShowXAxis, mnuXAxis); }
     void mnuYAxis_Click() { ViewToggle({kModule, __func__}, ShowYAxis, mnuYAxis); }
     void mnuLabels_Click() { ViewToggle({kModule, __func__}, ShowLabels, mnuLabels); }
+    void mnuPinCurve_Click();
+    void mnuUnpin_Click();
     void mnuCopytoClipboard_Click();
     void mnuSaveChart_Click();
     void mnuCopyResults_Click();
@@ -217,7 +224,11 @@ class frm_Pondera : public QMainWindow {
     void pb_PDF_MouseDown(int button, int, double x, double) {
         DragMouseDown({kModule, __func__}, button, x);
     }
-    void pb_PDF_MouseMove(int, int, double x, double) { DragMouseMove({kModule, __func__}, x); }
+    void pb_PDF_MouseMove(int, int, double x, double) {
+        DragMouseMove({kModule, __func__}, x);
+        ShowReadout({kModule, __func__}, x);
+    }
+    void pb_PDF_MouseLeave();
     void pb_PDF_MouseUp(int, int, double, double) { DragMouseUp({kModule, __func__}); }
     void pb_Slider_MouseDown(int button, int, double x, double) {
         DragMouseDown({kModule, __func__}, button, x);
@@ -309,6 +320,10 @@ class frm_Pondera : public QMainWindow {
     void MarkerKeyDown(support::Label label, int marker, int key, int shift);
     void MarkerKeyUp(support::Label label);
     void ViewToggle(support::Label label, bool& flag, const QAction* item);
+    // The readout under the pointer at x in panel 2; nothing outside the plot.
+    void ShowReadout(support::Label label, double x);
+    // The range widened to the data's values and the pinned curve.
+    std::pair<double, double> WithOthersShown(std::pair<double, double> range) const;
 
     // Where the arrow keys have moved the pointer of a keyboard drag.
     double keyPointerX_ = 0;
@@ -321,4 +336,7 @@ class frm_Pondera : public QMainWindow {
     // The last fit drawn in moments mode (the exact values, not the shown
     // text); empty when it had no curve.
     std::optional<MomentsStep::Fit> fit_;
+    // The distribution of the curve drawn last, for the readout; empty when
+    // the last drawing had no curve.
+    std::optional<PlotPipeline::PncSource> drawnSource_;
 };

@@ -1,5 +1,5 @@
-// Fitting to data, the window's side: the bins against a hand count, the outline
-// on the chart, and which moments a run fits.
+// Fitting to data, the window's side: the bins against a hand count and which
+// moments a run fits.
 #include "ui/main/DataStep.h"
 
 #include <gtest/gtest.h>
@@ -22,20 +22,6 @@ TEST(DataStep, BinsAgainstAHandCount) {
     EXPECT_DOUBLE_EQ(sturges.Width, 1);
     EXPECT_EQ(sturges.Counts, (std::vector<std::size_t>{7, 0, 0, 1}));
     EXPECT_TRUE(Bins({2, 2, 2}).Counts.empty());
-}
-
-TEST(DataStep, OutlineStaysOnTheChart) {
-    DensityChart::Geometry g = DensityChart::Geometry::ForSize(400, 300);
-    const std::vector<double> x{0, 0, 4}, y{0, 0, 0.1}; // x 0..4, density 0..0.1
-    g.SetRanges(x, y);
-    const PlotPipeline::Curve dots = Outline(Bins({1, 2, 3, 4, 5, 6, 7, 8}), g);
-    ASSERT_GT(dots.X.size(), 400u);
-    EXPECT_EQ(dots.X.size(), dots.Y.size());
-    // Up from (1, 0) on the left edge; nothing beyond x = 4 or above the surface.
-    EXPECT_DOUBLE_EQ(dots.X[1], 1);
-    EXPECT_DOUBLE_EQ(dots.Y[1], 0);
-    EXPECT_LE(*std::max_element(dots.X.begin() + 1, dots.X.end()), 4);
-    EXPECT_LE(*std::max_element(dots.Y.begin() + 1, dots.Y.end()), 0.1 * 0.85 / 0.7);
 }
 
 TEST(DataStep, FieldsStillShowingTheDataFitItsExactMoments) {

@@ -86,6 +86,12 @@ TEST(DensityGeometry, MapsValuesToPixelsAndBack) {
     // The drag's inverse: range low + (x - x0) * x range / plot width.
     for (double v : {2.0, 3.7, 6.0, 10.0, -5.0, 15.5})
         EXPECT_NEAR(g.ValueAtPixel(g.Px(v)), v, 1e-12);
+    // Widening to what else is drawn keeps the far ends, on either side alone.
+    g.Cover(-2, 9, 0.5);
+    EXPECT_EQ(std::pair(g.XLow, g.XRange), std::pair(-2.0, 12.0));
+    g.Cover(0, 12, 1.3);
+    EXPECT_EQ(std::pair(g.XLow, g.XRange), std::pair(-2.0, 14.0));
+    EXPECT_NEAR(g.YLow + g.YRange, 1.3, 1e-15);
 }
 
 TEST(DensityGeometry, FlatCurveKeepsThePreviousPyAndAZeroCurveLiesOnTheBaseline) {
@@ -167,6 +173,27 @@ TEST_F(DensityChartTest, AxisFlagsDecideTicksAndLabelsOnly) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
+// The data's bins take part in the axes: one past the curve's end and one
+// taller than its peak are drawn whole inside the plot, translucent.
+TEST_F(DensityChartTest, HistogramBarsWidenTheAxesAndLetTheShadingShowThrough) {
+    const Curve c = NormalCurve(300); // -3 .. 2.98, peak 0.399
+    const std::vector<double> heights = {0.1, 0.05, 0.6, 0.02};
+    DensityChart::Input in = Standard(c);
+    in.Bins = {-4, 2.25, heights}; // -4 .. 5, the tallest from 0.5 to 2.75
+    Geometry g = DrawWith(in).Geom;
+    ASSERT_TRUE(ErrorLabels().empty());
+    EXPECT_DOUBLE_EQ(g.XLow, -4);
+    EXPECT_DOUBLE_EQ(g.XLow + g.XRange, 5);
+    EXPECT_DOUBLE_EQ(g.YLow + g.YRange, 0.6);
+    // Over the blue shading a bar lets the blue show through its green.
+    const uint32_t bar = box.GetPixel(Round(g.Px(1)), static_cast<int>(g.Y0) - 3);
+    EXPECT_TRUE((bar >> 8 & 0xFF) > (bar & 0xFF) && (bar >> 16 & 0xFF) > 0x7D) << std::hex << bar;
+    // The tallest bar reaches the plot's top edge and nothing above it.
+    const int top = Round(g.Py(0.6));
+    EXPECT_EQ(top, Round(0.15 * 300));
+    EXPECT_EQ(CountNot(Round(g.Px(0.6)), 16, Round(g.Px(2.65)), top - 2, kWhite), 0);
+}
+
 // A drag step redraws only a strip; the picture after any run of steps must
 // be, pixel for pixel, the one a whole drawing of the last state makes.
 TEST_F(DensityChartTest, DragStepsLeaveThePictureOfAWholeDrawing) {
@@ -183,10 +210,18 @@ TEST_F(DensityChartTest, DragStepsLeaveThePictureOfAWholeDrawing) {
         {"LSL right across the target", 2, true, {-0.8, 0.26, 0.6}},
         {"USL at ratio 1.25", 1.25, false, {1.49, 1.3, 1.8}},
     };
+    // A histogram and a pinned curve (the curve itself, raised) under the strips too.
     const Curve c = NormalCurve(75);
+    std::vector<double> raised = c.Y;
+    for (double& y : raised)
+        y *= 1.2;
+    const std::vector<double> bins = {0.1, 0.3, 0.2};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.Name);
         DensityChart::Input in = Standard(c);
+        in.Bins = {-1.5, 1, bins};
+        in.PinnedX = c.X;
+        in.PinnedY = raised;
         in.LSL = {true, -1};
         in.Target = {true, 0.25};
         in.USL = {true, 1.5};

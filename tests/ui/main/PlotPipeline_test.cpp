@@ -206,3 +206,21 @@ TEST(PlotPipeline, CapabilityBoxes) {
     EXPECT_EQ(none.Pp + none.Ppk, "");
     EXPECT_EQ(none.Ppm, "0.000000");
 }
+
+// The readout under the pointer against the normal's closed form, the upper
+// tail to its own digits far out.
+TEST(Readout, DensityAndBothSidesAtAPointAgainstTheNormal) {
+    PncSource normal;
+    normal.Code = 1;
+    normal.Params = {1.0, 2.0, std::nullopt, std::nullopt};
+    for (double x : {-5.0, 1.0, 4.0, 13.0, 21.0}) {
+        const double z = (x - 1) / 2;
+        const Readout r = ReadoutAt(normal, x);
+        EXPECT_EQ(r.X, x);
+        EXPECT_LT(RelErr(r.Density, reference::NormalDensity(z) / 2), 1e-12) << x;
+        EXPECT_LT(RelErr(r.Below, reference::NormalCdf(z)), 1e-12) << x;
+        EXPECT_LT(RelErr(r.Above, reference::NormalCdf(-z)), 1e-9) << x;
+    }
+    EXPECT_EQ(ReadoutText({1.5, 0.25, 0.125, 0.875}, "0.000"),
+              "x = 1.500    density = 0.250    P(X \u2264 x) = 0.125    P(X > x) = 0.875");
+}

@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QMouseEvent>
 #include <QPlainTextEdit>
 
 using reference::NormalCdf;
@@ -208,10 +209,92 @@ TEST_F(WindowTest, FittingToDataDrawsTheCurveOverItsHistogram) {
               (Strings{"4.500000E+00", "2.449490E+00", "0.000000E+00", "1.761905E+00"}));
     EXPECT_DOUBLE_EQ(w->Current.StDev, std::sqrt(6.0)); // fitted exactly, not as shown
     EXPECT_EQ(w->dd_Distribution->Text(), "Johnson SB");
-    EXPECT_GT(w->Overlay.X.size(), 100u);
+    // Two bins of four over 1..8, each 4 / (8 x 3.5) high.
+    EXPECT_EQ(w->HistogramHeights, (std::vector<double>{4 / 28.0, 4 / 28.0}));
     EXPECT_TRUE(w->sh_DataPoint->Visible());
     w->mnuClearData->trigger();
-    EXPECT_TRUE(w->Overlay.X.empty());
+    EXPECT_TRUE(w->HistogramHeights.empty());
     EXPECT_FALSE(w->sh_DataPoint->Visible() || w->mnuClearData->isEnabled());
     EXPECT_TRUE(ErrorLabels().empty());
+}
+
+// The chart's paths end to end; the suite also runs under a real X server.
+class EndToEndChart : public WindowTest {
+  protected:
+    // The pointer moved over the chart with no button held, delivered at once
+    // (on a real X server QTest's move arrives later, through the server).
+    void Hover(QPoint p) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(p), QPointF(w->pb_PDF->mapToGlobal(p)),
+                         Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(w->pb_PDF, &move);
+    }
+    // A mid-grey pixel (not the black curve, not the background) within two
+    // rows of (x, y) on the chart.
+    bool GreyNear(double x, double y) {
+        for (int dy = -2; dy <= 2; ++dy) {
+            const uint32_t p = w->pb_PDF->GetPixel(static_cast<int>(std::lround(x)),
+                                                   static_cast<int>(std::lround(y)) + dy);
+            const int r = p & 0xFF, g = p >> 8 & 0xFF, b = p >> 16 & 0xFF;
+            if (r > 0x40 && r < 0xE0 && std::abs(r - g) < 8 && std::abs(g - b) < 8) return true;
+        }
+        return false;
+    }
+};
+
+TEST_F(EndToEndChart, TheReadoutFollowsThePointerWithoutRedrawing) {
+    const DensityChart::Geometry g = w->ChartGeometry;
+    const uint64_t drawn = w->pb_PDF->Generation();
+    const int px = static_cast<int>(g.X0 + 0.9 * g.PlotWidth); // the upper tail, x near 2
+    Hover(QPoint(px, 100));
+    const double x = g.ValueAtPixel(px);
+    const std::string shown = w->StatusPanel2->text().toStdString();
+    for (double v : {x, reference::NormalDensity(x), NormalCdf(x), NormalCdf(-x)})
+        EXPECT_NE(shown.find(support::Format(v, DisplayOptions::Pattern())), std::string::npos)
+            << v << " in " << shown;
+    EXPECT_EQ(w->pb_PDF->Generation(), drawn);
+    // Nothing left of the plot, nothing once the pointer has left.
+    Hover(QPoint(static_cast<int>(g.X0) - 5, 100));
+    EXPECT_TRUE(w->StatusPanel2->text().isEmpty());
+    Hover(QPoint(px, 100));
+    EXPECT_FALSE(w->StatusPanel2->text().isEmpty());
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(w->pb_PDF, &leave);
+    EXPECT_TRUE(w->StatusPanel2->text().isEmpty());
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEndChart, APinnedCurveStaysUnderAChangedOne) {
+    EXPECT_FALSE(w->mnuUnpin->isEnabled());
+    w->mnuPinCurve->trigger();
+    EXPECT_TRUE(w->mnuUnpin->isEnabled());
+    Type(w->tb_Param1, "4");
+    PressPlot();
+    // The axes take in the pinned curve (-2.6 .. 2.6) and the new one (1.4 .. 6.6).
+    EXPECT_DOUBLE_EQ(w->RangeLow, -2.6);
+    EXPECT_DOUBLE_EQ(w->RangeHigh, 6.6);
+    DensityChart::Geometry g = w->ChartGeometry;
+    EXPECT_TRUE(GreyNear(g.Px(0), g.Py(reference::NormalDensity(0))));
+    w->mnuUnpin->trigger();
+    EXPECT_DOUBLE_EQ(w->RangeLow, 1.4);
+    EXPECT_FALSE(w->mnuUnpin->isEnabled());
+    g = w->ChartGeometry;
+    EXPECT_FALSE(GreyNear(g.Px(1.5), g.Py(reference::NormalDensity(1.5))));
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEndChart, TheHistogramTakesInAValueAboveTheUSL) {
+    Tick(w->cb_USL, w->tb_USL, "9");
+    w->mnuFitToData->trigger();
+    frm_Data* d = w->DataDialog();
+    ASSERT_TRUE(d);
+    d->tb_Data->setPlainText("1\n2\n3\n4\n5\n6\n7\n8\n30\n");
+    Click(d->but_Buttons->button(QDialogButtonBox::Ok));
+    ASSERT_FALSE(w->HistogramHeights.empty());
+    DensityChart::Geometry g = w->ChartGeometry;
+    EXPECT_GE(w->RangeHigh, 30);
+    EXPECT_GE(g.XLow + g.XRange, 30);
+    const double tallest =
+        *std::max_element(w->HistogramHeights.begin(), w->HistogramHeights.end());
+    EXPECT_GE(g.YLow + g.YRange, tallest);
+    testing_support::ExpectErrorLogEmpty();
 }

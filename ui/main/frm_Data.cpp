@@ -32,7 +32,7 @@ constexpr const char* kaccept = "Pondera.frm_Data.accept";
 constexpr qint64 kLargestFile = 8 * 1024 * 1024;
 
 DataStep::Sample ReadField(const QPlainTextEdit* field) {
-    return DataStep::Read(field->toPlainText().toStdString(), support::DecimalSeparator());
+    return DataStep::Read(field->toPlainText().toStdString(), {support::DecimalSeparator(), {}});
 }
 
 } // namespace

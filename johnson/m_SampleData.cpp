@@ -191,16 +191,16 @@ void Reader::Row() {
         StartColumns(header);
         if (header || Failed()) return;
     }
-    const std::string where = "line " + std::to_string(line_) + ": ";
+    auto where = [&] { return "line " + std::to_string(line_) + ": "; };
     if (fieldCount_ > columns_)
-        return Refuse(where + std::to_string(fieldCount_) + " fields where the " +
+        return Refuse(where() + std::to_string(fieldCount_) + " fields where the " +
                           (header_ ? "header has " : "first line has ") + std::to_string(columns_),
                       line_);
     if (chosen_ >= fieldCount_ || fields_[chosen_].empty())
-        return Refuse(where + "no value in column " + Quoted(Out.ColumnNames[chosen_]), line_);
+        return Refuse(where() + "no value in column " + Quoted(Out.ColumnNames[chosen_]), line_);
     const std::string& field = fields_[chosen_];
     const std::optional<double> v = support::ParseNumber(field, options_.Decimal);
-    if (!v) return Refuse(where + Quoted(field) + " is not a number", line_);
+    if (!v) return Refuse(where() + Quoted(field) + " is not a number", line_);
     Out.Values.push_back(*v);
 }
 

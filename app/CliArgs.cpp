@@ -3,8 +3,10 @@
 
 #include "app/CliJson.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <iostream>
 
 namespace cli {
@@ -99,6 +101,14 @@ int Run(CLI::App& program, int argc, char** argv, const int& status) {
     if (program.get_subcommands().empty()) {
         std::cerr << program.help();
         return 2;
+    }
+    // An answer that did not reach its reader (a full disk, a closed pipe) is
+    // no answer.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::fprintf(stderr, "pondera-cli %s: cannot write the answer: %s\n",
+                     program.get_subcommands().back()->get_name().c_str(),
+                     std::strerror(errno ? errno : EIO));
+        return 1;
     }
     return status;
 }

@@ -22,5 +22,8 @@ void AddPlot(CLI::App& program, int& status);    // plot --dist NAME ... (the wi
 // The "capability" object of pnc and data for a distribution code and Param1..Param4.
 std::string CapabilityJson(int code, const double (&p)[4], std::optional<double> lsl,
                            std::optional<double> usl);
+// True, with a message recorded for the answer, when both limits are given and
+// the LSL is not below the USL: then there are no figures.
+bool LimitsCrossed(std::optional<double> lsl, std::optional<double> usl);
 
 } // namespace cli

@@ -57,10 +57,19 @@ std::string CapabilityJson(int code, const double (&p)[4], std::optional<double>
     return Capability(m_Capability::PercentilePoints(code, p[0], p[1], p[2], p[3]), lsl, usl);
 }
 
+bool LimitsCrossed(std::optional<double> lsl, std::optional<double> usl) {
+    if (!lsl || !usl || *lsl < *usl) return false;
+    // As the window empties its boxes, the answer has no figures, and says why.
+    support::MsgBox("The LSL is not below the USL: there is no fraction nonconforming.",
+                    "Pondera Warning");
+    return true;
+}
+
 namespace {
 
 struct DataRequest {
     std::string Path;
+    std::optional<std::string> Column;
     std::optional<double> LSL, USL, Target;
 };
 
@@ -70,8 +79,12 @@ int RunData(const DataRequest& r) {
     // part in the fraction nonconforming or the capability figures.
 
     // Scripts read the same file the same way everywhere: "." is the decimal point.
-    const m_SampleData::Parsed data = m_SampleData::ReadFile(r.Path);
-    if (!data.Problem.empty()) return Fail("data", data.Problem);
+    const m_SampleData::Parsed data = m_SampleData::ReadFile(r.Path, {'.', r.Column.value_or("")});
+    if (!data.Problem.empty()) {
+        if (!r.Column && data.ColumnNames.size() > 1)
+            return Fail("data", data.Problem + " with --column N|NAME");
+        return Fail("data", data.Problem);
+    }
     m_SampleData::Summary s;
     if (const std::string problem = m_SampleData::Describe(data.Values, s); !problem.empty())
         return Fail("data", problem);
@@ -99,7 +112,8 @@ int RunData(const DataRequest& r) {
         const std::optional<int> code = CodeOfFit(fit.JDistribution);
         const double p[4] = {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi};
         double lower = kUndefined, upper = kUndefined;
-        if (code) {
+        const bool crossed = LimitsCrossed(lsl, usl);
+        if (code && !crossed) {
             namespace pc = m_PercentCertainty;
             pc::CurrentDistribution = *code;
             pc::Param1 = p[0], pc::Param2 = p[1], pc::Param3 = p[2], pc::Param4 = p[3];
@@ -113,10 +127,12 @@ int RunData(const DataRequest& r) {
                 upper = pc::CalcUSLPNC();
             }
         }
-        if (code && lsl && usl) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
+        if (code && lsl && usl && !crossed) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
         out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
-        out.AddRaw("capability",
-                   code ? CapabilityJson(*code, p, lsl, usl) : Capability(std::nullopt, lsl, usl));
+        // Crossed limits leave the curve's percentiles but no figures.
+        out.AddRaw("capability", !code     ? Capability(std::nullopt, lsl, usl)
+                                 : crossed ? CapabilityJson(*code, p, {}, {})
+                                           : CapabilityJson(*code, p, lsl, usl));
     }
     out.AddRecorded();
     PrintLine(out);
@@ -131,6 +147,9 @@ void AddData(CLI::App& program, int& status) {
         "data", "Moments of a sample (one value per line), the Johnson curve fitted to them, its "
                 "fraction nonconforming and capability figures.");
     command->add_option("FILE", r->Path, "the values, or - for standard input")->required();
+    AddText(command, "--column", r->Column,
+            "the column to read, by number from 1 or by its header's name (needed when there "
+            "are several)");
     AddNumber(command, "--lsl", r->LSL, "the lower spec limit (absent: unticked)");
     AddNumber(command, "--usl", r->USL, "the upper spec limit (absent: unticked)");
     AddNumber(command, "--target", r->Target, "the target (checked; takes no part in the figures)");

@@ -70,8 +70,17 @@ JsonObject Pnc(const Request& r) {
     support::Recorder().Clear();
     {
         support::ActionScope action;
-        if (ParametersPass(r)) {
-            const int code = Families::ByName(r.Dist)->Code;
+        const Families::Family* family = Families::ByName(r.Dist);
+        // Parameters the calculator refuses give no figures, as the checks' do.
+        const bool pass = ParametersPass(r);
+        const Families::Rule* broken = pass ? family->Refusal(r.P) : nullptr;
+        if (broken) support::Face().SetStatusText(broken->Message);
+        if (pass && !broken && LimitsCrossed(r.LSL, r.USL)) {
+            const double none = std::nan("");
+            out.Add("lower", none).Add("upper", none).Add("total", none);
+            out.AddRaw("capability", CapabilityJson(family->Code, r.P, {}, {}));
+        } else if (pass && !broken) {
+            const int code = family->Code;
             m_PercentCertainty::CurrentDistribution = code;
             m_PercentCertainty::Param1 = r.P[0];
             m_PercentCertainty::Param2 = r.P[1];

@@ -15,8 +15,19 @@ namespace cli {
 
 std::string Quote(std::string_view text) {
     std::string out = "\"";
-    for (const char ch : text) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char ch = text[i];
         const auto c = static_cast<unsigned char>(ch);
+        if (c >= 0x80) {
+            // Well-formed UTF-8 passes through; any other byte is no character.
+            if (const size_t length = support::Utf8Length(text, i)) {
+                out += text.substr(i, length);
+                i += length - 1;
+            } else {
+                out += "\\ufffd";
+            }
+            continue;
+        }
         switch (c) {
         case '"':
             out += "\\\"";
@@ -45,7 +56,7 @@ std::string Quote(std::string_view text) {
                 std::snprintf(buf, sizeof buf, "\\u%04x", c);
                 out += buf;
             } else {
-                out += ch; // UTF-8 passes through
+                out += ch;
             }
         }
     }
@@ -53,13 +64,7 @@ std::string Quote(std::string_view text) {
 }
 
 std::string Excerpt(std::string_view text) {
-    constexpr size_t kMaxCharacters = 80;
-    size_t characters = 0;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue; // UTF-8 continuation
-        if (characters++ == kMaxCharacters) return std::string(text.substr(0, i)) + "\u2026";
-    }
-    return std::string(text);
+    return support::Excerpt(text, 80);
 }
 
 std::string Number(double value) {
@@ -158,7 +163,8 @@ int Fail(const std::string& command, const std::string& problem) {
 }
 
 void PrintLine(const JsonObject& out) {
-    std::printf("%s\n", out.Str().c_str());
+    const std::string line = out.Str() + "\n";
+    std::fwrite(line.data(), 1, line.size(), stdout);
 }
 
 // A caller that waits for each answer before it writes the next line must get
@@ -182,6 +188,7 @@ int AnswerLines(const char* command, const std::function<std::string(const std::
             status = 2;
         }
         FlushBeforeWaiting();
+        if (std::ferror(stdout)) break; // the answers cannot be written: Run says so
     }
     std::fflush(stdout);
     if (status) Usage();

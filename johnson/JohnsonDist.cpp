@@ -332,31 +332,59 @@ void JohnsonDist::MOMENT(const std::vector<double>& data, double& ave, double& s
         fault = true;
         const std::size_t n = data.size();
         if (n < 2) return;
-        double sum = 0;
+        // Sums with Neumaier's compensation: the rounding of each addition is
+        // carried along, so a million values lose no more than a few.
+        struct Sum {
+            double S = 0, C = 0;
+            void Add(double x) {
+                const double t = S + x;
+                C += std::fabs(S) >= std::fabs(x) ? (S - t) + x : (x - t) + S;
+                S = t;
+            }
+            double Value() const { return S + C; }
+        };
+        // The central moments are taken about an accurate mean, on deviations
+        // scaled by a power of two near the largest: a shifted sample keeps its
+        // shape however far it sits from zero, and the fourth powers of a tiny
+        // spread neither underflow nor those of a huge one overflow.
+        double largest = 0;
         for (double x : data)
-            sum += x;
-        const double mean = ck(sum / n);
-        // Second pass about the mean; ep corrects the round-off in the mean.
-        double ep = 0, s2 = 0, s3 = 0, s4 = 0;
+            largest = std::max(largest, std::fabs(x));
+        if (!std::isfinite(largest)) return;
+        // Room for the sum of n values: scale by 2^-k when the largest is near the top.
+        const int k = largest > 0 ? std::max(0, std::ilogb(largest) + 64 - 1000) : 0;
+        Sum total;
+        for (double x : data)
+            total.Add(std::ldexp(x, -k));
+        const double first = std::ldexp(total.Value() / static_cast<double>(n), k);
+        Sum shift;
+        double spread = 0;
         for (double x : data) {
-            const double d = x - mean;
-            const double d2 = d * d;
-            ep += d;
-            s2 += d2;
-            s3 += d2 * d;
-            s4 += d2 * d2;
+            shift.Add(x - first);
+            spread = std::max(spread, std::fabs(x - first));
         }
-        ck(s4);
-        const double ss = ck(s2 - ep * ep / n);
-        if (!(ss > 0)) return; // no spread
+        const double correction = shift.Value() / static_cast<double>(n);
+        spread += std::fabs(correction);
+        if (!(spread > 0) || !std::isfinite(spread)) return; // no spread
+        const int e = std::ilogb(spread);
+        Sum s2, s3, s4;
+        for (double x : data) {
+            const double u = std::ldexp((x - first) - correction, -e);
+            const double u2 = u * u;
+            s2.Add(u2);
+            s3.Add(u2 * u);
+            s4.Add(u2 * u2);
+        }
+        const double ss = s2.Value();
+        if (!(ss > 0)) return;
         // Standard deviation with the divisor n - 1 (the sample estimate); skewness
         // and kurtosis from the central moments with divisor n, so that a sample's
         // own shape always satisfies beta2 >= beta1 + 1.
-        const double m2 = ss / n;
-        ave = mean;
-        sdev = ck(std::sqrt(ss / (n - 1)));
-        skew = ck((s3 / n) / (m2 * std::sqrt(m2)));
-        curt = ck((s4 / n) / (m2 * m2));
+        const double m2 = ss / static_cast<double>(n);
+        ave = ck(first + correction);
+        sdev = ck(std::ldexp(std::sqrt(ss / static_cast<double>(n - 1)), e));
+        skew = ck((s3.Value() / static_cast<double>(n)) / (m2 * std::sqrt(m2)));
+        curt = ck((s4.Value() / static_cast<double>(n)) / (m2 * m2));
         fault = false;
     });
 }

@@ -76,19 +76,24 @@ Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<d
                 double pncTotal) {
     Figures f;
     support::Trap({kModule, __func__}, [&] {
-        auto quotient = [](double above, double below) -> std::optional<double> {
+        // (a - b) / (c - d); halved first when a difference leaves the double
+        // range, so limits at +-1e308 still give their figure.
+        auto quotient = [](double a, double b, double c, double d) -> std::optional<double> {
+            double above = a - b, below = c - d;
+            if (!std::isfinite(above) || !std::isfinite(below))
+                above = a / 2 - b / 2, below = c / 2 - d / 2;
             const double r = above / below;
             if (below > 0 && std::isfinite(r)) return r;
             return std::nullopt;
         };
-        if (lsl && usl) f.Pp = quotient(*usl - *lsl, x.X99865 - x.X0135);
-        if (lsl) f.Ppl = quotient(x.X50 - *lsl, x.X50 - x.X0135);
-        if (usl) f.Ppu = quotient(*usl - x.X50, x.X99865 - x.X50);
+        if (lsl && usl) f.Pp = quotient(*usl, *lsl, x.X99865, x.X0135);
+        if (lsl) f.Ppl = quotient(x.X50, *lsl, x.X50, x.X0135);
+        if (usl) f.Ppu = quotient(*usl, x.X50, x.X99865, x.X50);
         if (f.Ppl && f.Ppu)
             f.Ppk = std::min(*f.Ppl, *f.Ppu);
         else
             f.Ppk = f.Ppl ? f.Ppl : f.Ppu;
-        if (lsl || usl) f.Ppm = quotient(pncTotal, 1e-6);
+        if (lsl || usl) f.Ppm = quotient(pncTotal, 0, 1e-6, 0);
         Quiet();
     });
     return f;

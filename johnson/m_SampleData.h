@@ -1,28 +1,55 @@
-// Measurements pasted or read from a text file, and their sample moments, for
-// fitting a Johnson curve to data.
+// Measurements pasted or read from a text or CSV file, and their sample
+// moments, for fitting a curve to data.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace m_SampleData {
 
-// What was read: the values in order, or the first problem (then no values).
+struct ReadOptions {
+    char Decimal = '.'; // the user's decimal separator; "." is always accepted too
+    // "" = the only column; "3" = the third (1-based); else a header's name. A
+    // header name matches before a number does.
+    std::string Column;
+};
+
+// What was read: the chosen column's values in order, or the first problem
+// (then no values).
 struct Parsed {
     std::vector<double> Values;
     std::string Problem; // e.g. line 4: "abc" is not a number
     int Line = 0;        // the line of the problem, 0 when it has none
+    // The header's names, or "1", "2", ... without a header; kept with a problem
+    // once they are known, so a caller can offer the choice.
+    std::vector<std::string> ColumnNames;
+    std::string Column; // the chosen column's name; empty for one unnamed column
 };
 
-// One value per line, or several separated by tabs, semicolons or spaces; blank
-// lines are skipped and a first line that does not start with a number is a
-// header. `decimal` is the decimal separator of the user's locale; "." is always
-// accepted too, thousands separators never.
-Parsed Parse(std::string_view text, char decimal = '.');
-// The same for a file ("-" is standard input).
-Parsed ReadFile(const std::string& path, char decimal = '.');
+// Fields are separated by tabs, semicolons, commas (when the decimal separator
+// is ".") or runs of spaces: the first of those found in the first two lines
+// with text. Quoted fields ("Diameter, mm") are read as CSV. Blank lines are
+// skipped; the first line with text is a header when it does not start like a
+// number. Columns are never pooled: several without a choice are refused.
+Parsed Parse(std::string_view text, const ReadOptions& options = {});
+// The same for a file ("-" is standard input), read in pieces: any size up to
+// kMaxInput bytes. A read that fails or runs out of memory is a problem.
+Parsed ReadFile(const std::string& path, const ReadOptions& options = {});
+
+inline constexpr std::uint64_t kMaxInput = std::uint64_t{1} << 31; // bytes, per input and line
+
+// The start of a file for showing it: at most `lines` whole lines and `bytes`
+// bytes. Whole when that is the entire file.
+struct Head {
+    std::string Text;
+    bool Whole = false;
+    std::uint64_t Size = 0; // of the file, in bytes
+    std::string Problem;
+};
+Head ReadHead(const std::string& path, std::size_t lines, std::size_t bytes);
 
 // The sample as JohnsonDist::MOMENT sees it: standard deviation with divisor
 // n - 1, skewness and kurtosis (beta2) from the central moments with divisor n.

@@ -7,7 +7,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libgl-dev
   libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xclip fonts-wine locales
-  libcli11-dev nlohmann-json3-dev
+  libcli11-dev nlohmann-json3-dev libcsv-dev
   desktop-file-utils appstream man-db file gzip dpkg-dev fakeroot lintian
 )
 missing=()

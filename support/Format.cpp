@@ -254,4 +254,35 @@ double Val(std::string_view text) {
     return ParseNumber(text).value_or(0.0);
 }
 
+std::size_t Utf8Length(std::string_view text, std::size_t at) {
+    auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+    const unsigned char c = byte(at);
+    if (c < 0x80) return 1;
+    // The second byte's range rules out overlong forms, surrogates and values
+    // beyond U+10FFFF (RFC 3629's table).
+    std::size_t length = 0;
+    unsigned char low = 0x80, high = 0xBF;
+    if (c >= 0xC2 && c <= 0xDF)
+        length = 2;
+    else if (c >= 0xE0 && c <= 0xEF)
+        length = 3, low = c == 0xE0 ? 0xA0 : 0x80, high = c == 0xED ? 0x9F : 0xBF;
+    else if (c >= 0xF0 && c <= 0xF4)
+        length = 4, low = c == 0xF0 ? 0x90 : 0x80, high = c == 0xF4 ? 0x8F : 0xBF;
+    else
+        return 0;
+    if (at + length > text.size() || byte(at + 1) < low || byte(at + 1) > high) return 0;
+    for (std::size_t k = at + 2; k < at + length; ++k)
+        if ((byte(k) & 0xC0) != 0x80) return 0;
+    return length;
+}
+
+std::string Excerpt(std::string_view text, std::size_t characters) {
+    std::size_t at = 0;
+    for (std::size_t count = 0; at < text.size(); ++count) {
+        if (count == characters) return std::string(text.substr(0, at)) + "\u2026";
+        at += std::max<std::size_t>(1, Utf8Length(text, at));
+    }
+    return std::string(text);
+}
+
 } // namespace support

@@ -54,4 +54,11 @@ inline bool IsNumeric(std::string_view text) {
 // are read without a check: the number, or 0 when the text is not one.
 double Val(std::string_view text);
 
+// The length of the well-formed UTF-8 character at text[at], or 0 when the byte
+// there starts none (a stray, overlong or surrogate sequence).
+std::size_t Utf8Length(std::string_view text, std::size_t at);
+// At most `characters` characters of a text quoted back to the user, then an
+// ellipsis; a byte that starts no character counts as one.
+std::string Excerpt(std::string_view text, std::size_t characters = 80);
+
 } // namespace support

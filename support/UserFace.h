@@ -21,7 +21,7 @@ struct ErrorEntry {
     std::string LogProblem = {};
 };
 
-enum class BoxIcon { Information, Critical };
+enum class BoxIcon { Information, Critical, Warning };
 
 class UserFace {
   public:

@@ -130,4 +130,48 @@ TEST(CliData, AnswersWithMomentsFitPncAndCapability) {
     EXPECT_EQ(bad.Err.rfind("pondera-cli data: line 4:", 0), 0u) << bad.Err;
 }
 
+TEST(CliData, ReadsTheChosenColumnOrNamesTheColumns) {
+    const std::string csv = "Part,Diameter\n1,10.1\n2,10.3\n3,9.8\n4,10.0\n5,10.6\n";
+    const Value byName = Cli({"data", "-", "--column", "Diameter"}, csv).Objects.at(0);
+    EXPECT_EQ(byName["n"], 5);
+    EXPECT_NEAR(byName["mean"], 10.16, 1e-12);
+    EXPECT_EQ(Cli({"data", "-", "--column", "2"}, csv).Objects.at(0), byName);
+    const CliRun several = Cli({"data", "-"}, csv);
+    EXPECT_EQ(several.Status, 2);
+    EXPECT_TRUE(several.Out.empty());
+    EXPECT_NE(several.Err.find("2 columns (\"Part\", \"Diameter\"): choose one with --column"),
+              std::string::npos)
+        << several.Err;
+}
+
+// Answers that would mislead are refused: crossed limits and parameters the
+// calculator rejects give no figures, in every command that computes them.
+TEST(CliEngine, RefusalsCarryNoFigures) {
+    const std::string crossed = "The LSL is not below the USL: there is no fraction nonconforming.";
+    const Value pnc = Cli({"pnc", "Normal", "10", "1", "--lsl", "12", "--usl", "8"}).Objects.at(0);
+    EXPECT_TRUE(pnc["total"].is_null() && pnc["lower"].is_null() &&
+                pnc["capability"]["pp"].is_null());
+    EXPECT_EQ(pnc["messages"].at(0)["text"], crossed);
+    EXPECT_EQ(Cli({"pnc"}, "Normal|10|1|||12|8\n").Objects.at(0), pnc);
+    const Value data = Cli({"data", "-", "--lsl", "3", "--usl", "3"}, "1\n2\n3\n5\n").Objects.at(0);
+    EXPECT_TRUE(data["total"].is_null() && data["capability"]["ppk"].is_null());
+    EXPECT_EQ(data["messages"].at(0)["text"], crossed);
+
+    const Value sb =
+        Cli({"pnc", "Johnson SB", "1", "0", "-2", "0", "--lsl", "-1", "--usl", "1"}).Objects.at(0);
+    EXPECT_FALSE(sb.contains("total"));
+    EXPECT_EQ(sb["status"], "Lamda must be greater than zero for a Johnson SB distribution.");
+}
+
+TEST(CliEngine, EchoedTextIsValidJsonAndAWriteErrorIsAnError) {
+    const CliRun r = Cli({"pnc"}, "Normal|\xff\xc0\xaf|1\n");
+    EXPECT_EQ(r.Objects.at(0)["invalid"], "parameter \"\ufffd\ufffd\ufffd\" is not a number");
+    for (const char* command : {"fit 0 1 0 3", "pnc Normal 0 1", "moments Normal 0 1"}) {
+        const std::string cmd =
+            std::string(PONDERA_CLI) + " " + command + " >/dev/full 2>/dev/null";
+        const int raw = std::system(cmd.c_str());
+        EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, 1) << command;
+    }
+}
+
 } // namespace

@@ -33,6 +33,9 @@ TEST_F(CliJsonTest, StringsAreEscaped) {
     const std::string nasty = "a\"b\\c\nd\te\x01 \xc3\xa9";
     EXPECT_EQ(cli::Quote(nasty), "\"a\\\"b\\\\c\\nd\\te\\u0001 \xc3\xa9\"");
     EXPECT_EQ(nlohmann::json::parse(cli::JsonObject().AddString("k", nasty).Str())["k"], nasty);
+    // Bytes that are not UTF-8 (stray, overlong, surrogate, cut short) become U+FFFD.
+    EXPECT_EQ(cli::Quote("\xff|\xc0\xaf|\xed\xa0\x80|\xe2\x82"),
+              "\"\\ufffd|\\ufffd\\ufffd|\\ufffd\\ufffd\\ufffd|\\ufffd\\ufffd\"");
 }
 
 TEST_F(CliJsonTest, OffendingTextIsQuotedToEightyCharactersAndAnEllipsis) {
@@ -42,6 +45,8 @@ TEST_F(CliJsonTest, OffendingTextIsQuotedToEightyCharactersAndAnEllipsis) {
         {std::string(10'000'000, 'a'), std::string(80, 'a') + "\u2026"},
         // Whole characters are counted, not bytes.
         {Repeat("\u00e9", 90), Repeat("\u00e9", 80) + "\u2026"},
+        // A byte that starts no character counts as one.
+        {std::string(1'000'000, '\x80'), std::string(80, '\x80') + "\u2026"},
     };
     for (const auto& [text, quoted] : rows)
         EXPECT_EQ(cli::Excerpt(text), quoted) << text.size() << " bytes";

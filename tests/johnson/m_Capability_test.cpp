@@ -32,6 +32,9 @@ const IndexRow kIndexRows[] = {
      nullopt},
     {"uniform_both", kUniform, 0, 10, 1, 9, 8 / (10 - 20 * kTail), 4 / (5 - 10 * kTail),
      4 / (5 - 10 * kTail), 4 / (5 - 10 * kTail), 2700},
+    // USL - LSL beyond the double range still gives Pp = 2e308 / 6.
+    {"normal_limits_at_the_ends", kNormal, 0, 1, -1e308, 1e308, 1e308 / 3, 1e308 / 3, 1e308 / 3,
+     1e308 / 3, 2700},
     // A point mass has no spread: nothing to divide by.
     {"uniform_point_mass", kUniform, 5, 5, 4, 6, nullopt, nullopt, nullopt, nullopt, 2700},
 };

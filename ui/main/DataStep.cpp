@@ -23,9 +23,13 @@ double Quantile(const std::vector<double>& sorted, double p) {
 
 } // namespace
 
-Sample Read(std::string_view text, char decimal) {
+Sample Read(std::string_view text, const m_SampleData::ReadOptions& options) {
+    return Read(m_SampleData::Parse(text, options));
+}
+
+Sample Read(m_SampleData::Parsed parsed) {
     Sample s;
-    m_SampleData::Parsed parsed = m_SampleData::Parse(text, decimal);
+    s.ColumnNames = std::move(parsed.ColumnNames);
     s.Problem = parsed.Problem;
     s.Line = parsed.Line;
     if (s.Ok()) s.Problem = m_SampleData::Describe(parsed.Values, s.Summary);

@@ -20,9 +20,12 @@ struct Sample {
     m_SampleData::Summary Summary;
     std::string Problem;
     int Line = 0;
+    std::vector<std::string> ColumnNames; // as the reader names them
     bool Ok() const { return Problem.empty(); }
 };
-Sample Read(std::string_view text, char decimal);
+Sample Read(std::string_view text, const m_SampleData::ReadOptions& options);
+// The same for what the reader made of a file.
+Sample Read(m_SampleData::Parsed parsed);
 
 // The dialog's summary: n and the four sample moments in the display pattern.
 std::string SummaryText(const m_SampleData::Summary& s, const std::string& pattern);

@@ -23,8 +23,9 @@ void QtFace::ShowMessage(const std::string& title, const std::string& text, supp
         heldMessages_.push_back({title, text, icon});
         return;
     }
-    QMessageBox box(icon == support::BoxIcon::Critical ? QMessageBox::Critical
-                                                       : QMessageBox::Information,
+    QMessageBox box(icon == support::BoxIcon::Critical  ? QMessageBox::Critical
+                    : icon == support::BoxIcon::Warning ? QMessageBox::Warning
+                                                        : QMessageBox::Information,
                     QString::fromStdString(title), QString::fromStdString(text), QMessageBox::Ok,
                     Owner(parent_));
     box.setObjectName("PonderaMessageBox");

@@ -841,6 +841,12 @@ void frm_Pondera::mnuFitToData_Click() {
             connect(dataDialog_, &QDialog::accepted, this,
                     [this] { RunAsAction([&] { ApplyData(); }); });
         }
+        // The limits to draw the fit against start as the window's ticked ones.
+        auto ticked = [](const QCheckBox* check, const QLineEdit* box) {
+            return check->isChecked() ? box->text() : QString();
+        };
+        dataDialog_->SetLimits(
+            {ticked(cb_LSL, tb_LSL), ticked(cb_Target, tb_Target), ticked(cb_USL, tb_USL)});
         const ToolkitWork toolkit;
         dataDialog_->open();
     });
@@ -853,6 +859,15 @@ void frm_Pondera::ApplyData() {
         DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
         mnuClearData->setEnabled(true);
         SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}, DataMoments->Shown);
+        // The dialog's limits, ticked where given; the plot below draws with them.
+        const std::array<QString, 3> limits = dataDialog_->Limits();
+        const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
+            {{cb_LSL, tb_LSL}, {cb_Target, tb_Target}, {cb_USL, tb_USL}}};
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
+            fields[i].first->setChecked(!limits[i].isEmpty());
+            fields[i].second->setEnabled(!limits[i].isEmpty());
+        }
         NumPoints = 300;
         // Switching to moments mode plots; in moments mode the fit follows at once.
         if (cb_DrawbyMoments->isChecked()) {

@@ -201,7 +201,7 @@ TEST_F(WindowTest, FittingToDataDrawsTheCurveOverItsHistogram) {
     EXPECT_FALSE(w->cb_DrawbyMoments->isChecked());
 
     // 1..8: mean 4.5, s = sqrt(6), skewness 0, kurtosis 48.5625 / 5.25^2.
-    d->tb_Data->setPlainText("width\n1\n2\n3\n4\n\n5;6\n7 8\n");
+    d->tb_Data->setPlainText("width\n1\n2\n3\n4\n\n5\n6\n7\n8\n");
     Click(d->but_Buttons->button(QDialogButtonBox::Ok));
     EXPECT_FALSE(d->isVisible());
     EXPECT_TRUE(w->cb_DrawbyMoments->isChecked());

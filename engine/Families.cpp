@@ -216,15 +216,33 @@ double WeibullG(int n, double k) {
     return g;
 }
 
-// u^k for u > 0, k > 0: the exact power where it is representable, else a value
-// large or small enough that exp(-t) and expm1(-t) come out right.
-inline double WeibullPower(double u, double k) {
-    if (u == 0) return 0; // d / eta below the double range
+// ln(d / eta) for d, eta > 0, also where d / eta leaves the double range; near
+// 1 from the exact difference d - eta, so a steep curve (shape in the
+// thousands) keeps its digits there.
+inline double WeibullLogRatio(double d, double eta) {
+    if (d >= 0.5 * eta && d <= 2 * eta) return std::log1p((d - eta) / eta);
+    return LogRatio(d, eta);
+}
+
+// True when d / eta is a normal double and u^k surely lies below e^700, so the
+// quotient and the exact power serve.
+inline bool WeibullPlainPower(double d, double eta, double k, double& u) {
+    const int de = std::ilogb(d) - std::ilogb(eta);
+    if (de < -1000 || de > 1000) return false;
+    u = d / eta;
     // |ln u| < (|ilogb u| + 1) ln 2, so this bounds |ln u^k| without a logarithm.
     const int e = std::ilogb(u);
-    if (k <= 700 / (((e < 0 ? -e : e) + 1) * kLn2)) return std::pow(u, k);
-    const double lt = MulZ(k, std::log(u));
-    if (lt > 0) return kZFar;
+    return k <= 700 / (((e < 0 ? -e : e) + 1) * kLn2);
+}
+
+// (d / eta)^k for d, eta, k > 0: the exact power where it is representable, else
+// through logarithms, a value large or small enough that exp(-t) and expm1(-t)
+// come out right.
+inline double WeibullPower(double d, double eta, double k) {
+    double u;
+    if (WeibullPlainPower(d, eta, k, u)) return std::pow(u, k);
+    const double lt = MulZ(k, WeibullLogRatio(d, eta));
+    if (lt > 700) return kZFar;
     return std::exp(lt); // below e^-700: the power itself is what the lower tail needs
 }
 
@@ -248,15 +266,13 @@ struct Weibull {
         const double k = p[0], eta = p[1], d = Gap(x, p[2]);
         if (d < 0) return 0;
         if (d == 0) return k == 1 ? 1 / eta : 0; // a pole (k < 1) is drawn as 0
-        const double u = DivZ(d, eta);
-        if (u == 0) return k == 1 ? 1 / eta : 0; // d / eta below the double range
-        const int e = std::ilogb(u);
-        if (k <= 200 / (((e < 0 ? -e : e) + 1) * kLn2) && u >= 1e-100 && u <= 1e100 && k >= 1e-50 &&
-            k <= 1e50 && eta >= 1e-50 && eta <= 1e50) {
+        double u;
+        if (WeibullPlainPower(d, eta, k, u) && u >= 1e-100 && u <= 1e100 && k >= 1e-50 &&
+            k <= 1e50 && eta >= 1e-50 && eta <= 1e50 && k * std::fabs(std::log(u)) <= 200) {
             const double t = std::pow(u, k); // below e^200
             return (k / eta) * (t / u) * std::exp(-t);
         }
-        const double lu = std::log(u);
+        const double lu = WeibullLogRatio(d, eta);
         const double lt = MulZ(k, lu);
         if (lt > 200) return 0; // u^k > 7e86: exp(-u^k) is 0
         const double t = lt < -700 ? 0.0 : std::exp(lt);
@@ -268,7 +284,7 @@ struct Weibull {
     static double Tail(const Params& p, double x, bool upper) {
         const double d = Gap(x, p[2]);
         if (!(d > 0)) return upper ? 1 : 0;
-        const double t = WeibullPower(DivZ(d, p[1]), p[0]);
+        const double t = WeibullPower(d, p[1], p[0]);
         return upper ? std::exp(-t) : -std::expm1(-t);
     }
     static void Grid(const Params& p, double low, double high, int n, double* out) {

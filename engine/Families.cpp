@@ -30,6 +30,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <limits>
 
 namespace Families {
 
@@ -359,15 +360,17 @@ struct Triangular {
         return ck(std::sqrt(TriangularSpread(p1, p2, p3) / 18));
     }
     static double Skewness(double a, double c, double b) {
-        // Scale-free, so the differences are taken relative to the largest one;
-        // with no spread at all this is 0/0, an invalid operation.
+        // Scale-free, so the differences are taken relative to the largest one.
+        // With no spread at all (a point) there is no skewness: NaN, shown as undefined.
         const double s = std::max({std::fabs(a - b), std::fabs(b - c), std::fabs(c - a)});
-        const double scale = s > 0 ? s : 1;
-        const double u = (a - b) / scale, v = (c - b) / scale, w = (a - c) / scale;
+        if (!(s > 0)) return std::numeric_limits<double>::quiet_NaN();
+        const double u = (a - b) / s, v = (c - b) / s, w = (a - c) / s;
         const double q = (std::pow(u, 2) + std::pow(v, 2) + std::pow(w, 2)) / 2;
         return ck(std::sqrt(2.0) * (u + v) * (w + u) * (w - v) / (5 * std::pow(q, 1.5)));
     }
-    static double Kurtosis(double, double, double) { return 2.4; }
+    static double Kurtosis(double a, double, double b) {
+        return a == b ? std::numeric_limits<double>::quiet_NaN() : 2.4; // a point: undefined
+    }
     static bool NoSpread(const Params& p) { return p[0] == p[2]; }
     static double Density(const Params& p, double x) {
         const double a = p[0], c = p[1], b = p[2];

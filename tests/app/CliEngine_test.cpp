@@ -58,6 +58,10 @@ TEST(CliEngine, EachCommandAnswersWithItsFigures) {
     const Value normal = Cli({"moments", "Normal", "-3", "2"}).Objects.at(0);
     EXPECT_EQ(normal["mean"], -3);
     EXPECT_EQ(normal["stdev"], 2);
+    // A triangle without spread: no skewness or kurtosis, and no error.
+    const Value point = Cli({"moments", "Triangular", "1", "1", "1"}).Objects.at(0);
+    EXPECT_TRUE(point["skewness"].is_null() && point["kurtosis"].is_null());
+    EXPECT_TRUE(point["errors"].empty());
     const Value fit = Cli({"fit", "0", "1", "0.5", "2.8"}).Objects.at(0);
     EXPECT_EQ(fit["type"], "SB");
     EXPECT_EQ(fit["message"], "Success");

@@ -17,10 +17,16 @@
 //       about xi, and there CDF = Phi(-z)
 //   normal form  z = gamma + delta x.
 //
-// Quantiles (for the percentile method): normal mu + sigma z; log-normal min +
-// exp(mu + sigma z); exponential (Param1 a rate) min + H / rate and Weibull
-// min + scale H^(1/shape) with the cumulative hazard H = -ln(1 - p); uniform
-// and triangular by inverting their piecewise cumulative functions.
+// Quantiles, each from the smaller of its two tails so both keep their digits:
+// normal mu + sigma z; log-normal min + exp(mu + sigma z); exponential (Param1
+// a rate) min + H / rate and Weibull min + scale H^(1/shape) with the
+// cumulative hazard H = -ln(1 - p); uniform and triangular by inverting their
+// piecewise cumulative functions, the far side of the likeliest value written
+// without cancellation; the Johnson forms by AS 100's inverse transform with
+// w = (z - gamma) / delta: SB xi + lamda / (1 + e^-w), SU xi + lamda sinh w,
+// SL xi + lamda e^w (z negated for the mirrored curve), normal form w.
+// A quantile beyond the double range comes out infinite; the caller clears
+// the overflow it raised.
 #include "engine/Families.h"
 
 #include "engine/m_Distributions.h"
@@ -319,7 +325,11 @@ struct Weibull {
         });
     }
     static double Quantile(const Params& p, double, double lower, double upper) {
-        return p[2] + p[1] * std::pow(Hazard(lower, upper), 1 / p[0]);
+        const double k = p[0], eta = p[1], h = Hazard(lower, upper);
+        const double d = eta * std::pow(h, 1 / k);
+        if (std::isfinite(d) && d >= DBL_MIN) return p[2] + d;
+        // H^(1/k) or the product leaves the double range: in logarithms.
+        return p[2] + std::exp(std::log(eta) + std::log(h) / k);
     }
 };
 
@@ -343,7 +353,9 @@ struct Uniform {
         return upper ? HalfDiff(p[1], x) / hw : HalfDiff(x, p[0]) / hw;
     }
     static double Quantile(const Params& p, double, double lower, double upper) {
-        return lower < upper ? p[0] + lower * (p[1] - p[0]) : p[1] - upper * (p[1] - p[0]);
+        const double hw = HalfDiff(p[1], p[0]);
+        if (lower < upper) return p[0] + lower * hw + lower * hw;
+        return p[1] - upper * hw - upper * hw;
     }
 };
 
@@ -396,16 +408,37 @@ struct Triangular {
         if (upper) return r * r * s;
         return hca / hw + s * (HalfDiff(x, c) / hbc) * (1 + r);
     }
+    // F = left r^2 below the likeliest value (r = (x - a) / (c - a)), 1 - right r^2
+    // above it; the side is chosen by the smaller tail, which alone is exact, and
+    // past the likeliest value 1 - sqrt(t) is written as (1 - t) / (1 + sqrt(t)).
     static double Quantile(const Params& p, double, double lower, double upper) {
         const double a = p[0], c = p[1], b = p[2];
         if (a == b) return a;
-        const double width = b - a;
-        if (lower * width <= c - a) return a + std::sqrt(lower * width * (c - a));
-        return b - std::sqrt(upper * width * (b - c));
+        const double hw = HalfDiff(b, a), hca = HalfDiff(c, a), hbc = HalfDiff(b, c);
+        const double left = hca / hw, right = hbc / hw; // the shares below and above c
+        if (lower <= upper) {
+            if (lower <= left) {
+                const double q = hw * std::sqrt(lower * left);
+                return a + q + q;
+            }
+            const double q = hbc * ((lower - left) / right) / (1 + std::sqrt(upper / right));
+            return c + q + q;
+        }
+        if (upper <= right) {
+            const double q = hw * std::sqrt(upper * right);
+            return b - q - q;
+        }
+        const double q = hca * ((upper - right) / left) / (1 + std::sqrt(lower / left));
+        return c - q - q;
     }
 };
 
 // ---- Johnson forms: delta p1, gamma p2, lamda p3, xi p4 --------------------------
+// The normal deviate's Johnson counterpart w = (z - gamma) / delta.
+inline double JohnsonW(const Params& p, double z) {
+    return (z - p[1]) / p[0];
+}
+
 struct JohnsonSB {
     static double Density(const Params& p, double x) {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = Gap(x, p[3]), v = Gap(lamda, d);
@@ -417,6 +450,16 @@ struct JohnsonSB {
         if (!(d > 0)) return upper ? 1 : 0;
         if (!(v > 0)) return upper ? 0 : 1;
         return NormalTail(LinearZ(p[1], p[0], LogRatio(d, v)), upper);
+    }
+    static double Quantile(const Params& p, double z, double, double) {
+        const double w = JohnsonW(p, z), lamda = p[2], xi = p[3];
+        // From the nearer end, so a point next to either end keeps its distance to it.
+        if (w <= 0) {
+            const double r = std::exp(w);
+            return xi + lamda * (r / (1 + r));
+        }
+        const double r = std::exp(-w);
+        return (xi + lamda) - lamda * (r / (1 + r));
     }
     static void Grid(const Params& p, double low, double high, int n, double* out) {
         const double delta = p[0], gamma = p[1], lamda = p[2], xi = p[3];
@@ -443,6 +486,9 @@ struct JohnsonSU {
     }
     static double Tail(const Params& p, double x, bool upper) {
         return NormalTail(LinearZ(p[1], p[0], AsinhRatio(Gap(x, p[3]), p[2])), upper);
+    }
+    static double Quantile(const Params& p, double z, double, double) {
+        return p[3] + p[2] * std::sinh(JohnsonW(p, z));
     }
     static void Grid(const Params& p, double low, double high, int n, double* out) {
         const double delta = p[0], gamma = p[1], lamda = p[2], xi = p[3];
@@ -479,6 +525,10 @@ struct JohnsonSL {
         const double z = LinearZ(p[1], p[0], LogRatio(std::fabs(d), std::fabs(lamda)));
         return NormalTail(lamda > 0 ? z : -z, upper); // mirrored: x falls as z rises
     }
+    static double Quantile(const Params& p, double z, double, double) {
+        const double lamda = p[2];
+        return p[3] + lamda * std::exp(JohnsonW(p, lamda > 0 ? z : -z));
+    }
     static void Grid(const Params& p, double low, double high, int n, double* out) {
         const double delta = p[0], gamma = p[1], lamda = p[2], xi = p[3];
         if (!Moderate(delta) || !Moderate(std::fabs(lamda)) || !(std::fabs(gamma) < 1e100) ||
@@ -503,6 +553,7 @@ struct JohnsonNormal {
     static double Tail(const Params& p, double x, bool upper) {
         return NormalTail(LinearZ(p[1], p[0], x), upper);
     }
+    static double Quantile(const Params& p, double z, double, double) { return JohnsonW(p, z); }
 };
 
 // ---- The table ----------------------------------------------------------------------
@@ -513,8 +564,8 @@ template <class F> Family With(Family f) {
         f.StDev = F::StDev;
         f.Skewness = F::Skewness;
         f.Kurtosis = F::Kurtosis;
-        f.Quantile = F::Quantile;
     }
+    f.Quantile = F::Quantile;
     f.Density = DensityOf<F>;
     f.Tail = F::Tail;
     if constexpr (requires { &F::Grid; })

@@ -50,6 +50,10 @@ frm_LimitsFromProbability::frm_LimitsFromProbability(Solver limits, QWidget* par
     layout->addWidget(but_Buttons);
     connect(but_Buttons, &QDialogButtonBox::accepted, this, &frm_LimitsFromProbability::accept);
     connect(but_Buttons, &QDialogButtonBox::rejected, this, &frm_LimitsFromProbability::reject);
+}
+
+void frm_LimitsFromProbability::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
     tb_Probability->setFocus();
     tb_Probability->selectAll();
 }

@@ -35,6 +35,10 @@ class frm_LimitsFromProbability : public QDialog {
 
     void accept() override;
 
+  protected:
+    // Each opening starts in the probability, its text selected.
+    void showEvent(QShowEvent* event) override;
+
   private:
     Solver limits_;
     ProbabilityLimits::Outcome result_;

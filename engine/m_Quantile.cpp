@@ -82,13 +82,24 @@ Limit FromTail(int code, const double (&params)[4], double probability, bool upp
             limit.Message = kBeyondRange;
             return;
         }
-        const double reached = family.Tail(params, x, upper);
-        if (!(std::fabs(reached - probability) <= kReached * probability)) {
+        // The closed forms land within an ulp or two: of the neighbours, the one
+        // whose tail comes nearest is the answer.
+        auto miss = [&](double at) {
+            return std::fabs(family.Tail(params, at, upper) - probability);
+        };
+        double best = x, nearest = miss(x);
+        for (double toward : {HUGE_VAL, -HUGE_VAL})
+            for (double y = std::nextafter(best, toward); std::isfinite(y) && miss(y) < nearest;
+                 y = std::nextafter(y, toward)) {
+                best = y;
+                nearest = miss(y);
+            }
+        if (!(nearest <= kReached * probability)) {
             limit.Message = kUnreachable;
             return;
         }
         limit.Found = true;
-        limit.X = x;
+        limit.X = best;
     });
     return limit;
 }

@@ -17,8 +17,8 @@ inline constexpr const char* kNoSpread =
 inline constexpr const char* kBeyondRange =
     "The limit for so small a tail lies beyond the range of numbers.";
 inline constexpr const char* kUnreachable =
-    "No limit gives so small a tail on this curve: it would lie closer to the curve's end than "
-    "numbers can tell apart.";
+    "No limit gives that tail on this curve: it would fall between two neighbouring numbers "
+    "(too near the curve's end, or the curve too steep there).";
 
 struct Limit {
     bool Found = false;

@@ -18,6 +18,8 @@ void AddPnc(CLI::App& program, int& status);     // pnc DIST P1..P4 [--lsl X] [-
 void AddFit(CLI::App& program, int& status);     // fit MEAN SD SKEW KURT, or lines on stdin
 void AddData(CLI::App& program, int& status);    // data FILE|- [--lsl X] [--usl X] [--target X]
 void AddPlot(CLI::App& program, int& status);    // plot --dist NAME ... (the window, headless)
+// quantile DIST P1..P4 --lower P | --upper P
+void AddQuantile(CLI::App& program, int& status);
 
 // The "capability" object of pnc and data for a distribution code and Param1..Param4.
 std::string CapabilityJson(int code, const double (&p)[4], std::optional<double> lsl,

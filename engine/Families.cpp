@@ -17,10 +17,16 @@
 //       about xi, and there CDF = Phi(-z)
 //   normal form  z = gamma + delta x.
 //
-// Quantiles (for the percentile method): normal mu + sigma z; log-normal min +
-// exp(mu + sigma z); exponential (Param1 a rate) min + H / rate and Weibull
-// min + scale H^(1/shape) with the cumulative hazard H = -ln(1 - p); uniform
-// and triangular by inverting their piecewise cumulative functions.
+// Quantiles, each from the smaller of its two tails so both keep their digits:
+// normal mu + sigma z; log-normal min + exp(mu + sigma z); exponential (Param1
+// a rate) min + H / rate and Weibull min + scale H^(1/shape) with the
+// cumulative hazard H = -ln(1 - p); uniform and triangular by inverting their
+// piecewise cumulative functions, the far side of the likeliest value written
+// without cancellation; the Johnson forms by AS 100's inverse transform with
+// w = (z - gamma) / delta: SB xi + lamda / (1 + e^-w), SU xi + lamda sinh w,
+// SL xi + lamda e^w (z negated for the mirrored curve), normal form w.
+// A quantile beyond the double range comes out infinite; the caller clears
+// the overflow it raised.
 #include "engine/Families.h"
 
 #include "engine/m_Distributions.h"
@@ -30,6 +36,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <limits>
 
 namespace Families {
 
@@ -216,15 +223,33 @@ double WeibullG(int n, double k) {
     return g;
 }
 
-// u^k for u > 0, k > 0: the exact power where it is representable, else a value
-// large or small enough that exp(-t) and expm1(-t) come out right.
-inline double WeibullPower(double u, double k) {
-    if (u == 0) return 0; // d / eta below the double range
+// ln(d / eta) for d, eta > 0, also where d / eta leaves the double range; near
+// 1 from the exact difference d - eta, so a steep curve (shape in the
+// thousands) keeps its digits there.
+inline double WeibullLogRatio(double d, double eta) {
+    if (d >= 0.5 * eta && d <= 2 * eta) return std::log1p((d - eta) / eta);
+    return LogRatio(d, eta);
+}
+
+// True when d / eta is a normal double and u^k surely lies below e^700, so the
+// quotient and the exact power serve.
+inline bool WeibullPlainPower(double d, double eta, double k, double& u) {
+    const int de = std::ilogb(d) - std::ilogb(eta);
+    if (de < -1000 || de > 1000) return false;
+    u = d / eta;
     // |ln u| < (|ilogb u| + 1) ln 2, so this bounds |ln u^k| without a logarithm.
     const int e = std::ilogb(u);
-    if (k <= 700 / (((e < 0 ? -e : e) + 1) * kLn2)) return std::pow(u, k);
-    const double lt = MulZ(k, std::log(u));
-    if (lt > 0) return kZFar;
+    return k <= 700 / (((e < 0 ? -e : e) + 1) * kLn2);
+}
+
+// (d / eta)^k for d, eta, k > 0: the exact power where it is representable, else
+// through logarithms, a value large or small enough that exp(-t) and expm1(-t)
+// come out right.
+inline double WeibullPower(double d, double eta, double k) {
+    double u;
+    if (WeibullPlainPower(d, eta, k, u)) return std::pow(u, k);
+    const double lt = MulZ(k, WeibullLogRatio(d, eta));
+    if (lt > 700) return kZFar;
     return std::exp(lt); // below e^-700: the power itself is what the lower tail needs
 }
 
@@ -248,15 +273,13 @@ struct Weibull {
         const double k = p[0], eta = p[1], d = Gap(x, p[2]);
         if (d < 0) return 0;
         if (d == 0) return k == 1 ? 1 / eta : 0; // a pole (k < 1) is drawn as 0
-        const double u = DivZ(d, eta);
-        if (u == 0) return k == 1 ? 1 / eta : 0; // d / eta below the double range
-        const int e = std::ilogb(u);
-        if (k <= 200 / (((e < 0 ? -e : e) + 1) * kLn2) && u >= 1e-100 && u <= 1e100 && k >= 1e-50 &&
-            k <= 1e50 && eta >= 1e-50 && eta <= 1e50) {
+        double u;
+        if (WeibullPlainPower(d, eta, k, u) && u >= 1e-100 && u <= 1e100 && k >= 1e-50 &&
+            k <= 1e50 && eta >= 1e-50 && eta <= 1e50 && k * std::fabs(std::log(u)) <= 200) {
             const double t = std::pow(u, k); // below e^200
             return (k / eta) * (t / u) * std::exp(-t);
         }
-        const double lu = std::log(u);
+        const double lu = WeibullLogRatio(d, eta);
         const double lt = MulZ(k, lu);
         if (lt > 200) return 0; // u^k > 7e86: exp(-u^k) is 0
         const double t = lt < -700 ? 0.0 : std::exp(lt);
@@ -268,7 +291,7 @@ struct Weibull {
     static double Tail(const Params& p, double x, bool upper) {
         const double d = Gap(x, p[2]);
         if (!(d > 0)) return upper ? 1 : 0;
-        const double t = WeibullPower(DivZ(d, p[1]), p[0]);
+        const double t = WeibullPower(d, p[1], p[0]);
         return upper ? std::exp(-t) : -std::expm1(-t);
     }
     static void Grid(const Params& p, double low, double high, int n, double* out) {
@@ -302,7 +325,11 @@ struct Weibull {
         });
     }
     static double Quantile(const Params& p, double, double lower, double upper) {
-        return p[2] + p[1] * std::pow(Hazard(lower, upper), 1 / p[0]);
+        const double k = p[0], eta = p[1], h = Hazard(lower, upper);
+        const double d = eta * std::pow(h, 1 / k);
+        if (std::isfinite(d) && d >= DBL_MIN) return p[2] + d;
+        // H^(1/k) or the product leaves the double range: in logarithms.
+        return p[2] + std::exp(std::log(eta) + std::log(h) / k);
     }
 };
 
@@ -326,7 +353,9 @@ struct Uniform {
         return upper ? HalfDiff(p[1], x) / hw : HalfDiff(x, p[0]) / hw;
     }
     static double Quantile(const Params& p, double, double lower, double upper) {
-        return lower < upper ? p[0] + lower * (p[1] - p[0]) : p[1] - upper * (p[1] - p[0]);
+        const double hw = HalfDiff(p[1], p[0]);
+        if (lower < upper) return p[0] + lower * hw + lower * hw;
+        return p[1] - upper * hw - upper * hw;
     }
 };
 
@@ -343,15 +372,17 @@ struct Triangular {
         return ck(std::sqrt(TriangularSpread(p1, p2, p3) / 18));
     }
     static double Skewness(double a, double c, double b) {
-        // Scale-free, so the differences are taken relative to the largest one;
-        // with no spread at all this is 0/0, an invalid operation.
+        // Scale-free, so the differences are taken relative to the largest one.
+        // With no spread at all (a point) there is no skewness: NaN, shown as undefined.
         const double s = std::max({std::fabs(a - b), std::fabs(b - c), std::fabs(c - a)});
-        const double scale = s > 0 ? s : 1;
-        const double u = (a - b) / scale, v = (c - b) / scale, w = (a - c) / scale;
+        if (!(s > 0)) return std::numeric_limits<double>::quiet_NaN();
+        const double u = (a - b) / s, v = (c - b) / s, w = (a - c) / s;
         const double q = (std::pow(u, 2) + std::pow(v, 2) + std::pow(w, 2)) / 2;
         return ck(std::sqrt(2.0) * (u + v) * (w + u) * (w - v) / (5 * std::pow(q, 1.5)));
     }
-    static double Kurtosis(double, double, double) { return 2.4; }
+    static double Kurtosis(double a, double, double b) {
+        return a == b ? std::numeric_limits<double>::quiet_NaN() : 2.4; // a point: undefined
+    }
     static bool NoSpread(const Params& p) { return p[0] == p[2]; }
     static double Density(const Params& p, double x) {
         const double a = p[0], c = p[1], b = p[2];
@@ -377,16 +408,37 @@ struct Triangular {
         if (upper) return r * r * s;
         return hca / hw + s * (HalfDiff(x, c) / hbc) * (1 + r);
     }
+    // F = left r^2 below the likeliest value (r = (x - a) / (c - a)), 1 - right r^2
+    // above it; the side is chosen by the smaller tail, which alone is exact, and
+    // past the likeliest value 1 - sqrt(t) is written as (1 - t) / (1 + sqrt(t)).
     static double Quantile(const Params& p, double, double lower, double upper) {
         const double a = p[0], c = p[1], b = p[2];
         if (a == b) return a;
-        const double width = b - a;
-        if (lower * width <= c - a) return a + std::sqrt(lower * width * (c - a));
-        return b - std::sqrt(upper * width * (b - c));
+        const double hw = HalfDiff(b, a), hca = HalfDiff(c, a), hbc = HalfDiff(b, c);
+        const double left = hca / hw, right = hbc / hw; // the shares below and above c
+        if (lower <= upper) {
+            if (lower <= left) {
+                const double q = hw * std::sqrt(lower * left);
+                return a + q + q;
+            }
+            const double q = hbc * ((lower - left) / right) / (1 + std::sqrt(upper / right));
+            return c + q + q;
+        }
+        if (upper <= right) {
+            const double q = hw * std::sqrt(upper * right);
+            return b - q - q;
+        }
+        const double q = hca * ((upper - right) / left) / (1 + std::sqrt(lower / left));
+        return c - q - q;
     }
 };
 
 // ---- Johnson forms: delta p1, gamma p2, lamda p3, xi p4 --------------------------
+// The normal deviate's Johnson counterpart w = (z - gamma) / delta.
+inline double JohnsonW(const Params& p, double z) {
+    return (z - p[1]) / p[0];
+}
+
 struct JohnsonSB {
     static double Density(const Params& p, double x) {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = Gap(x, p[3]), v = Gap(lamda, d);
@@ -398,6 +450,16 @@ struct JohnsonSB {
         if (!(d > 0)) return upper ? 1 : 0;
         if (!(v > 0)) return upper ? 0 : 1;
         return NormalTail(LinearZ(p[1], p[0], LogRatio(d, v)), upper);
+    }
+    static double Quantile(const Params& p, double z, double, double) {
+        const double w = JohnsonW(p, z), lamda = p[2], xi = p[3];
+        // From the nearer end, so a point next to either end keeps its distance to it.
+        if (w <= 0) {
+            const double r = std::exp(w);
+            return xi + lamda * (r / (1 + r));
+        }
+        const double r = std::exp(-w);
+        return (xi + lamda) - lamda * (r / (1 + r));
     }
     static void Grid(const Params& p, double low, double high, int n, double* out) {
         const double delta = p[0], gamma = p[1], lamda = p[2], xi = p[3];
@@ -424,6 +486,9 @@ struct JohnsonSU {
     }
     static double Tail(const Params& p, double x, bool upper) {
         return NormalTail(LinearZ(p[1], p[0], AsinhRatio(Gap(x, p[3]), p[2])), upper);
+    }
+    static double Quantile(const Params& p, double z, double, double) {
+        return p[3] + p[2] * std::sinh(JohnsonW(p, z));
     }
     static void Grid(const Params& p, double low, double high, int n, double* out) {
         const double delta = p[0], gamma = p[1], lamda = p[2], xi = p[3];
@@ -460,6 +525,10 @@ struct JohnsonSL {
         const double z = LinearZ(p[1], p[0], LogRatio(std::fabs(d), std::fabs(lamda)));
         return NormalTail(lamda > 0 ? z : -z, upper); // mirrored: x falls as z rises
     }
+    static double Quantile(const Params& p, double z, double, double) {
+        const double lamda = p[2];
+        return p[3] + lamda * std::exp(JohnsonW(p, lamda > 0 ? z : -z));
+    }
     static void Grid(const Params& p, double low, double high, int n, double* out) {
         const double delta = p[0], gamma = p[1], lamda = p[2], xi = p[3];
         if (!Moderate(delta) || !Moderate(std::fabs(lamda)) || !(std::fabs(gamma) < 1e100) ||
@@ -484,6 +553,7 @@ struct JohnsonNormal {
     static double Tail(const Params& p, double x, bool upper) {
         return NormalTail(LinearZ(p[1], p[0], x), upper);
     }
+    static double Quantile(const Params& p, double z, double, double) { return JohnsonW(p, z); }
 };
 
 // ---- The table ----------------------------------------------------------------------
@@ -494,8 +564,8 @@ template <class F> Family With(Family f) {
         f.StDev = F::StDev;
         f.Skewness = F::Skewness;
         f.Kurtosis = F::Kurtosis;
-        f.Quantile = F::Quantile;
     }
+    f.Quantile = F::Quantile;
     f.Density = DensityOf<F>;
     f.Tail = F::Tail;
     if constexpr (requires { &F::Grid; })

@@ -57,8 +57,10 @@ struct Family {
     void (*Grid)(const Params& p, double low, double high, int n, double* out) = nullptr;
     // True where all the probability sits at one point (minimum = maximum).
     bool (*NoSpread)(const Params& p) = nullptr;
-    // The quantile of the classical families, given z and its two normal tails
-    // P(Z <= z) and P(Z > z) (the far one keeps its digits); nullptr for Johnson.
+    // The quantile given z and its two normal tails P(Z <= z) and P(Z > z): the
+    // x with P(X <= x) = lower, worked from the smaller of the two tails, which
+    // alone need be exact. Beyond the double range it is infinite (with the
+    // overflow flag raised, for the caller to clear).
     double (*Quantile)(const Params& p, double z, double lower, double upper) = nullptr;
 
     // The first rule the parameters break, or nullptr.

@@ -48,6 +48,10 @@ double StDev(int code, double p1, double p2, double p3);
 double Skewness(int code, double p1, double p2, double p3);
 double Kurtosis(int code, double p1, double p2, double p3);
 
+// The text for a moment a distribution does not have (NaN from the functions
+// above: the skewness and kurtosis of a triangle without spread).
+inline constexpr const char* kUndefinedMoment = "Undefined";
+
 struct MomentSet {
     double Mean = 0, StDev = 0, Skewness = 0, Kurtosis = 0;
 };

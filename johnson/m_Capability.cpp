@@ -1,16 +1,14 @@
 // Percentile points and performance indices (ISO 22514-2, percentile method).
-// The classical families' quantiles are their records' own (engine/Families.h);
-// the Johnson forms go through AS 100's inverse transform.
+// The quantiles are the family records' own (engine/Families.h), the Johnson
+// forms' by AS 100's inverse transform.
 #include "johnson/m_Capability.h"
 
 #include "engine/Families.h"
-#include "johnson/JohnsonDist.h"
 #include "support/ErrorTrap.h"
 
 #include <algorithm>
 #include <cfenv>
 #include <cmath>
-#include <utility>
 
 namespace m_Capability {
 
@@ -35,19 +33,7 @@ std::optional<double> Quantile(int code, double p1, double p2, double p3, double
     const Families::Family& family = Families::ByCode(code);
     const double params[4] = {p1, p2, p3, p4};
     if (family.Refusal(params)) return std::nullopt;
-    if (family.Quantile) return family.Quantile(params, p.Z, p.Lower, p.Upper);
-    // The transform reports its own faults and answers 0, which would pass for a
-    // quantile: a point beyond the double range is left out first.
-    const int type = family.As99Type;
-    const double w = std::fabs((p.Z - p2) / p1);
-    if (!(w < 1e300)) return std::nullopt;
-    if (type != JohnsonDist::kNormal) {
-        const double reach = type == JohnsonDist::kSB ? std::fabs(p3)
-                             : w < 700                ? std::fabs(p3) * std::exp(w)
-                                                      : HUGE_VAL;
-        if (!(reach + std::fabs(p4) < 1e300)) return std::nullopt;
-    }
-    return JohnsonDist().NormaltoJohnson(p.Z, p1, p2, p3, p4, type);
+    return family.Quantile(params, p.Z, p.Lower, p.Upper);
 }
 
 } // namespace
@@ -63,9 +49,6 @@ std::optional<Percentiles> PercentilePoints(int code, double p1, double p2, doub
             if (!q || !std::isfinite(*q)) return Quiet();
             x[i] = *q;
         }
-        // The mirrored lognormal (SL with lamda -1) falls as z rises: AS 100 then
-        // gives the upper point at z = -3.
-        if (x[0] > x[2]) std::swap(x[0], x[2]);
         result = Percentiles{x[0], x[1], x[2]};
         Quiet();
     });

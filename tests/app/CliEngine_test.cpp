@@ -58,6 +58,10 @@ TEST(CliEngine, EachCommandAnswersWithItsFigures) {
     const Value normal = Cli({"moments", "Normal", "-3", "2"}).Objects.at(0);
     EXPECT_EQ(normal["mean"], -3);
     EXPECT_EQ(normal["stdev"], 2);
+    // A triangle without spread: no skewness or kurtosis, and no error.
+    const Value point = Cli({"moments", "Triangular", "1", "1", "1"}).Objects.at(0);
+    EXPECT_TRUE(point["skewness"].is_null() && point["kurtosis"].is_null());
+    EXPECT_TRUE(point["errors"].empty());
     const Value fit = Cli({"fit", "0", "1", "0.5", "2.8"}).Objects.at(0);
     EXPECT_EQ(fit["type"], "SB");
     EXPECT_EQ(fit["message"], "Success");
@@ -74,6 +78,12 @@ TEST(CliEngine, EachCommandAnswersWithItsFigures) {
     const Value only = Cli({"pnc", "Normal", "0", "1", "--lsl=-1"}).Objects.at(0);
     EXPECT_EQ(only["upper"], 0);
     EXPECT_EQ(only["total"], only["lower"]);
+    // 2.5 % above z = 1.959963984540054 (mpmath); a probability of 1 has no limit.
+    const Value q = Cli({"quantile", "Normal", "10", "2", "--upper", "0.025"}).Objects.at(0);
+    EXPECT_NEAR(q["x"], 10 + 2 * 1.959963984540054, 4e-15);
+    const Value none = Cli({"quantile", "Normal", "0", "1", "--lower=1"}).Objects.at(0);
+    EXPECT_TRUE(none["x"].is_null());
+    EXPECT_EQ(none["messages"].size(), 1u);
 }
 
 TEST(CliEngine, AFailedCheckAnswersWithItsMessage) {

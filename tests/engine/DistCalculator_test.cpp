@@ -148,6 +148,34 @@ TEST_F(DistCalculatorTest, TailsMatchClosedFormsAndDensitiesAreTheirSlope) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
+// Weibull corners where (x - min) / scale or its power leaves the double range,
+// or a steep curve sits just above its scale. References: mpmath at 40 digits
+// (the double x taken exactly), lower = -expm1(-u^k), upper = exp(-u^k),
+// density (k/eta) u^(k-1) exp(-u^k).
+TEST_F(DistCalculatorTest, WeibullTailsHoldWhereTheRatioLeavesTheRange) {
+    const struct Row {
+        const char* Name;
+        double K, Eta, X;
+        L Lower, Upper, Density;
+    } rows[] = {
+        {"shape 2000 just above the scale", 2000, 1, 1.0001, 0.70518007861221701173L,
+         0.29481992138778298827L, 720.10851807417264416L},
+        {"ratio 1e160, small shape", 0.01, 1e-160, 1, 0.99999999999999999487L,
+         5.1336382510526146189e-18L, 2.0437381987717607849e-18L},
+        {"ratio 1e310, small shape", 0.005, 1e-300, 1e10, 0.99999999999999961037L,
+         3.896281218624702943e-16L, 6.9122637229367828673e-27L},
+        {"ratio 1e-330, tiny shape", 0.001, 1e300, 1e-30, 0.3735805856724556153L,
+         0.6264194143275443847L, 2.9299837326553789424e+26L},
+    };
+    for (const Row& r : rows) {
+        const DistCalculator calc = Make({"Weibull", {r.K, r.Eta, 0}});
+        EXPECT_NEAR(calc.CumulativeProbability(r.X), r.Lower, 1e-12L * r.Lower) << r.Name;
+        EXPECT_NEAR(calc.UpperTailProbability(r.X), r.Upper, 1e-12L * r.Upper) << r.Name;
+        EXPECT_NEAR(calc.Density(r.X), r.Density, 1e-11L * r.Density) << r.Name;
+    }
+    EXPECT_TRUE(ErrorLabels().empty());
+}
+
 TEST_F(DistCalculatorTest, UnusableParametersAreRefusedWithAMessage) {
     const std::pair<Dist, const char*> rows[] = {
         {{"Johnson", {1, 0, 0, 0}, 9}, "Lamda must not be zero for a Johnson SL distribution."},

@@ -64,8 +64,13 @@ void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments
 }
 
 std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& pattern) {
-    return {support::Format(m.Mean, pattern), support::Format(m.StDev, pattern),
-            support::Format(m.Skewness, pattern), support::Format(m.Kurtosis, pattern)};
+    // A moment the distribution does not have (a triangle without spread has no
+    // skewness or kurtosis) is NaN: it is said so, not shown as an error.
+    auto text = [&pattern](double v) {
+        return std::isnan(v) ? std::string(m_Distributions::kUndefinedMoment)
+                             : support::Format(v, pattern);
+    };
+    return {text(m.Mean), text(m.StDev), text(m.Skewness), text(m.Kurtosis)};
 }
 
 std::array<ParamRow, 4> ParamRows(const std::string& name) {

@@ -350,6 +350,10 @@ void BuildMenus(frm_Pondera& w) {
     w.mnuCopytoClipboard->setObjectName("mnuCopytoClipboard");
     w.mnuCopyResults = edit->addAction("Copy &Results");
     w.mnuCopyResults->setObjectName("mnuCopyResults");
+    edit->addSeparator();
+    w.mnuLimitsFromProbability = edit->addAction("&Limits from Probability...");
+    w.mnuLimitsFromProbability->setObjectName("mnuLimitsFromProbability");
+    w.mnuLimitsFromProbability->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
 
     QMenu* view = w.menuBar()->addMenu("&View");
     w.mnuXAxis = view->addAction("&X-Axis");
@@ -448,6 +452,8 @@ void Connect(frm_Pondera& w) {
                      act(&frm_Pondera::mnuSaveChart_Click));
     QObject::connect(w.mnuCopyResults, &QAction::triggered, self,
                      act(&frm_Pondera::mnuCopyResults_Click));
+    QObject::connect(w.mnuLimitsFromProbability, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuLimitsFromProbability_Click));
     // A focused spec-limit marker is dragged by the arrow keys.
     auto key = [self](auto member) {
         return

@@ -20,6 +20,7 @@
 #include "ui/main/WindowLayout.h"
 #include "ui/main/frm_About2.h"
 #include "ui/main/frm_Data.h"
+#include "ui/main/frm_LimitsFromProbability.h"
 #include "ui/options/frm_Options.h"
 
 #include <QAction>
@@ -876,6 +877,45 @@ void frm_Pondera::ApplyData() {
         } else {
             SetCheckValue(cb_DrawbyMoments, true, [&] { cb_DrawbyMoments_Click(); });
         }
+    });
+}
+
+void frm_Pondera::mnuLimitsFromProbability_Click() {
+    support::Trap({kModule, __func__}, [&] {
+        if (!limitsDialog_) {
+            // The curve is read when OK is pressed: the one CalcPercent would use.
+            auto curve = [this]() -> std::optional<PlotPipeline::PncSource> {
+                if (cb_DrawbyMoments->isChecked())
+                    return fit_ ? std::optional(MomentsStep::PncSourceOf(*fit_)) : std::nullopt;
+                return PlotPipeline::SourceFromFields(
+                    S(dd_Distribution->Text()),
+                    TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}));
+            };
+            limitsDialog_ = new frm_LimitsFromProbability(
+                [curve](const ProbabilityLimits::Request& r) {
+                    return ProbabilityLimits::LimitsFor(curve(), r);
+                },
+                this);
+            connect(limitsDialog_, &QDialog::accepted, this,
+                    [this] { RunAsAction([&] { ApplyProbabilityLimits(); }); });
+        }
+        const ToolkitWork toolkit;
+        limitsDialog_->open();
+    });
+}
+
+void frm_Pondera::ApplyProbabilityLimits() {
+    support::Trap({kModule, __func__}, [&] {
+        const ProbabilityLimits::Outcome& limits = limitsDialog_->Result();
+        const std::pair<const std::optional<std::string>&, std::pair<QCheckBox*, QLineEdit*>>
+            sides[] = {{limits.LSL, {cb_LSL, tb_LSL}}, {limits.USL, {cb_USL, tb_USL}}};
+        for (const auto& [text, boxes] : sides) {
+            if (!text) continue;
+            boxes.second->setText(Q(*text));
+            boxes.first->setChecked(true);
+            boxes.second->setEnabled(true);
+        }
+        Plot();
     });
 }
 

@@ -40,6 +40,7 @@ class QStatusBar;
 class TitledFrame;
 class frm_About2;
 class frm_Data;
+class frm_LimitsFromProbability;
 class frm_Options;
 
 class frm_Pondera : public QMainWindow {
@@ -113,6 +114,7 @@ class frm_Pondera : public QMainWindow {
     QAction* mnuSaveChart = nullptr;
     QAction* mnuCopytoClipboard = nullptr;
     QAction* mnuCopyResults = nullptr;
+    QAction* mnuLimitsFromProbability = nullptr;
     QAction* mnuXAxis = nullptr;
     QAction* mnuYAxis = nullptr;
     QAction* mnuLabels = nullptr;
@@ -129,6 +131,8 @@ class frm_Pondera : public QMainWindow {
     frm_Options* Options() const { return options_; }
     // The data dialog, made on first use and kept, so it shows the last data.
     frm_Data* DataDialog() const { return dataDialog_; }
+    // The limits-from-probability dialog, made on first use and kept with its last entries.
+    frm_LimitsFromProbability* LimitsDialog() const { return limitsDialog_; }
 
     // ---- Window state --------------------------------------------------------
     int NumPoints = 300;  // curve sample count N
@@ -212,6 +216,9 @@ class frm_Pondera : public QMainWindow {
     void mnuCopytoClipboard_Click();
     void mnuSaveChart_Click();
     void mnuCopyResults_Click();
+    void mnuLimitsFromProbability_Click();
+    // The accepted dialog's limits into their boxes, ticked, then Plot.
+    void ApplyProbabilityLimits();
     void mnuOptions_Click();
     void mnuAbout_Click();
     void mnuQuit_Click();
@@ -329,6 +336,7 @@ class frm_Pondera : public QMainWindow {
     double keyPointerX_ = 0;
     frm_Options* options_ = nullptr;
     frm_Data* dataDialog_ = nullptr;
+    frm_LimitsFromProbability* limitsDialog_ = nullptr;
     bool unloaded_ = false;
     bool haveChart_ = false;
     // Spec limits of the last drawing, for the redraw after a resize.

@@ -135,6 +135,10 @@ TEST(PlotPipeline, MomentsTakeTheFieldsTheWindowPasses) {
     MomentsOf("Exponential", 2, 5, 0, m); // rate 2 from 5
     EXPECT_NEAR(m.Mean, 5.5, 1e-12);
     EXPECT_NEAR(m.StDev, 0.5, 1e-12);
+    // A triangle without spread has no skewness or kurtosis: the boxes say so.
+    MomentsOf("Triangular", 3, 3, 3, m);
+    EXPECT_EQ(MomentTexts(m, "0.00"),
+              (std::array<std::string, 4>{"3.00", "0.00", "Undefined", "Undefined"}));
 }
 
 // The captions and default texts are the family table's (shown in the window

@@ -8,6 +8,7 @@
 #include "support/Version.h"
 #include "support/m_Interface.h"
 #include "ui/draw/Look.h"
+#include "ui/draw/PonderaApp.h"
 #include "ui/main/QtFace.h"
 #include "ui/main/frm_Pondera.h"
 
@@ -88,7 +89,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(support::kVersion);
     if (const int status = ReadCommandLine(argc, argv); status >= 0) return status;
 
-    QApplication app(argc, argv);
+    PonderaApp app(argc, argv);
     // Qt has set the C library's locale from the environment: numbers are read
     // and shown with the user's decimal separator.
     support::SetDecimalSeparator(support::LocaleDecimalSeparator());

@@ -792,7 +792,6 @@ void frm_Pondera::mnuFitToData_Click() {
             connect(dataDialog_, &QDialog::accepted, this,
                     [this] { RunAsAction([&] { ApplyData(); }); });
         }
-        const ToolkitWork toolkit;
         dataDialog_->open();
     });
 }

@@ -1,0 +1,127 @@
+// The paths a user takes through menus and dialogs, driven from the event loop as
+// a click is. Under xvfb-run (the EndToEndUnderX entry) they run on a real X
+// server with a window manager, where the toolkit works as on a desktop.
+#include "tests/ui/main/WindowFixture.h"
+
+#include "ui/main/frm_About2.h"
+#include "ui/main/frm_Data.h"
+#include "ui/options/frm_Options.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QIcon>
+#include <QPlainTextEdit>
+#include <QTimer>
+
+#include <filesystem>
+#include <functional>
+
+namespace {
+
+class EndToEnd : public WindowTest {
+  protected:
+    void SetUp() override {
+        // The program's icon: every new window converts it (on X, where the
+        // window manager is given it).
+        QIcon icon;
+        for (int size : {16, 32, 48, 64, 128, 256})
+            icon.addFile(QString(PONDERA_ICONS "/pondera-%1.png").arg(size), QSize(size, size));
+        QApplication::setWindowIcon(icon);
+        testing_support::ClearErrorLog();
+        WindowTest::SetUp();
+    }
+
+    // Runs a menu entry from the event loop, as a click on it does. `inDialog`
+    // acts on the modal dialog it opens, from within that dialog's own loop.
+    void RunMenu(QAction* item, std::function<void(QWidget*)> inDialog = {}) {
+        bool done = false;
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            if (!inDialog || !dialog || !dialog->isVisible()) return;
+            const auto act = std::move(inDialog);
+            inDialog = nullptr;
+            QTest::qWait(50);
+            act(dialog);
+        });
+        poll.start(20);
+        QTimer::singleShot(0, item, [&] {
+            item->trigger();
+            done = true;
+        });
+        EXPECT_TRUE(QTest::qWaitFor([&] { return done && !inDialog; }, 10000))
+            << item->text().toStdString();
+        QTest::qWait(50);
+    }
+};
+
+TEST_F(EndToEnd, About) {
+    RunMenu(w->mnuAbout, [](QWidget* dialog) {
+        auto* about = qobject_cast<frm_About2*>(dialog);
+        ASSERT_TRUE(about);
+        QTest::mouseClick(about->but_OK, Qt::LeftButton);
+    });
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEnd, OptionsApplyAndCancel) {
+    RunMenu(w->mnuOptions);
+    frm_Options* options = w->Options();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(options));
+    options->dd_Decimal->setCurrentIndex(2);
+    Click(options->but_Apply);
+    EXPECT_EQ(Text(w->tb_Mean), "0.00E+00");
+    RunMenu(w->mnuOptions);
+    options->dd_Decimal->setCurrentIndex(4);
+    Click(options->but_Cancel);
+    EXPECT_FALSE(options->isVisible());
+    EXPECT_EQ(Text(w->tb_Mean), "0.00E+00");
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEnd, SaveChartAsSavedAndCancelled) {
+    const QString folder = QString::fromStdString(std::filesystem::temp_directory_path().string());
+    const QString name = QString("pondera-e2e-%1.png").arg(QCoreApplication::applicationPid());
+    RunMenu(w->mnuSaveChart, [](QWidget* dialog) { qobject_cast<QDialog*>(dialog)->reject(); });
+    RunMenu(w->mnuSaveChart, [&](QWidget* dialog) {
+        auto* files = qobject_cast<QFileDialog*>(dialog);
+        ASSERT_TRUE(files);
+        files->setDirectory(folder);
+        auto* edit = files->findChild<QLineEdit*>("fileNameEdit"); // typed as a person does
+        ASSERT_TRUE(edit);
+        edit->selectAll();
+        QTest::keyClicks(edit, name);
+        static_cast<QDialog*>(files)->accept(); // as its Save button does
+    });
+    EXPECT_EQ(QImage(folder + "/" + name).size(), w->pb_PDF->Image().size());
+    QFile::remove(folder + "/" + name);
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEnd, FitToDataAcceptedAndCancelled) {
+    RunMenu(w->mnuFitToData);
+    frm_Data* data = w->DataDialog();
+    ASSERT_TRUE(data && QTest::qWaitForWindowExposed(data));
+    Click(data->but_Buttons->button(QDialogButtonBox::Cancel));
+    EXPECT_FALSE(data->isVisible() || w->cb_DrawbyMoments->isChecked());
+    RunMenu(w->mnuFitToData);
+    data->tb_Data->setPlainText("9.98\n10.01\n10.03\n9.99\n10.02\n10.00\n9.97\n10.05\n");
+    Click(data->but_Buttons->button(QDialogButtonBox::Ok));
+    EXPECT_FALSE(data->isVisible());
+    EXPECT_TRUE(w->cb_DrawbyMoments->isChecked());
+    testing_support::ExpectErrorLogEmpty();
+}
+
+TEST_F(EndToEnd, CopyImageAndResults) {
+    RunMenu(w->mnuCopytoClipboard);
+    EXPECT_EQ(QGuiApplication::clipboard()->image().size(), w->pb_PDF->Image().size());
+    RunMenu(w->mnuCopyResults);
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains("Normal"));
+    testing_support::ExpectErrorLogEmpty();
+}
+
+} // namespace

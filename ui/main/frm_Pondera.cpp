@@ -286,6 +286,7 @@ void frm_Pondera::ShowResults() {
 }
 
 void frm_Pondera::ShowCapability(const PlotPipeline::CapabilityView& view) {
+    Capability = view;
     tb_Pp->setText(Q(view.Pp));
     tb_Ppk->setText(Q(view.Ppk));
     tb_Ppk->setToolTip(Q(view.PpkTip));
@@ -764,6 +765,8 @@ void frm_Pondera::mnuCopyResults_Click() {
         shown.Limit = ReadLimits();
         shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
         shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
+        shown.Capability = Capability;
+        if (DataBins) shown.N = std::to_string(DataBins->N);
         if (QClipboard* clipboard = QGuiApplication::clipboard())
             clipboard->setText(Q(ResultsSheet::Text(shown)));
     });

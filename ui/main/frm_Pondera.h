@@ -148,6 +148,8 @@ class frm_Pondera : public QMainWindow {
     // texts stay in the moment fields.
     std::optional<DataStep::Histogram> DataBins;
     std::optional<DataStep::Moments> DataMoments;
+    // The capability figures as last shown.
+    PlotPipeline::CapabilityView Capability;
     // The overlay of the last drawing (1-based; empty without data).
     PlotPipeline::Curve Overlay;
 

@@ -113,14 +113,24 @@ TEST_F(EndToEnd, FitToDataAcceptedAndCancelled) {
     Click(data->but_Buttons->button(QDialogButtonBox::Ok));
     EXPECT_FALSE(data->isVisible());
     EXPECT_TRUE(w->cb_DrawbyMoments->isChecked());
+    RunMenu(w->mnuCopyResults);
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains("\nn\t8\n"));
     testing_support::ExpectErrorLogEmpty();
 }
 
 TEST_F(EndToEnd, CopyImageAndResults) {
     RunMenu(w->mnuCopytoClipboard);
     EXPECT_EQ(QGuiApplication::clipboard()->image().size(), w->pb_PDF->Image().size());
+    Tick(w->cb_LSL, w->tb_LSL, "-3");
+    Tick(w->cb_USL, w->tb_USL, "3");
     RunMenu(w->mnuCopyResults);
-    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains("Normal"));
+    // The capability figures as their boxes show them; Ppl and Ppu as Ppk.
+    const QString copied = QGuiApplication::clipboard()->text();
+    for (const QString& row :
+         {"Pp\t" + w->tb_Pp->text(), "Ppk\t" + w->tb_Ppk->text(), "Ppl\t" + w->tb_Ppk->text(),
+          "Ppu\t" + w->tb_Ppk->text(), "ppm\t" + w->tb_PPM->text()})
+        EXPECT_TRUE(copied.contains(row + "\n")) << row.toStdString();
+    EXPECT_FALSE(copied.contains("\nn\t"));
     testing_support::ExpectErrorLogEmpty();
 }
 

@@ -109,6 +109,7 @@ frm_Pondera::~frm_Pondera() {
 }
 
 bool frm_Pondera::eventFilter(QObject* watched, QEvent* event) {
+    if (WindowLayout::LimitMnemonic(*this, watched, *event)) return true;
     WindowLayout::RouteFocus(*this, watched, *event, unloaded_);
     return QMainWindow::eventFilter(watched, event);
 }
@@ -149,6 +150,8 @@ void frm_Pondera::Form_Initialize() {
         cb_DrawbyMoments_Click();
         options_->dd_Decimal->setCurrentIndex(6);
         PlotSkewKurt(4.0, -4.0);
+        // The first thing to type is the first parameter.
+        tb_Param1->setFocus(Qt::OtherFocusReason);
     });
 }
 
@@ -607,6 +610,8 @@ void frm_Pondera::DragMouseDown(support::Label label, int button, double x) {
                 continue;
             m.Armed = !m.Armed;
             m.Shape->SetFillColor(m.Armed ? look::kRed : look::kBlack);
+            // The dragged marker keeps the keyboard: the arrow keys go on from there.
+            if (m.Armed) m.Shape->setFocus(Qt::MouseFocusReason);
             NumPoints = MarkerDrag::PointsFor(m.Armed);
             Plot();
         }

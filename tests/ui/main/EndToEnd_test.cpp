@@ -134,4 +134,36 @@ TEST_F(EndToEnd, CopyImageAndResults) {
     testing_support::ExpectErrorLogEmpty();
 }
 
+TEST_F(EndToEnd, KeyboardHasNoTraps) {
+    EXPECT_EQ(QApplication::focusWidget(), w->tb_Param1);
+    // Alt+L ticks the limit and leaves its value selected, ready to be typed over.
+    QTest::keyClick(w.get(), Qt::Key_L, Qt::AltModifier);
+    EXPECT_TRUE(w->cb_LSL->isChecked());
+    EXPECT_EQ(QApplication::focusWidget(), w->tb_LSL);
+    EXPECT_EQ(w->tb_LSL->selectedText(), w->tb_LSL->text());
+    QTest::keyClicks(w->tb_LSL, "-1.5");
+    QTest::keyClick(w->tb_LSL, Qt::Key_Return);
+    EXPECT_EQ(Text(w->tb_LSL), "-1.5");
+    // A whole Tab cycle stops only at controls that show the focus.
+    std::vector<QWidget*> stops;
+    do {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        stops.push_back(QApplication::focusWidget());
+    } while (stops.back() != w->tb_LSL && stops.size() < 40);
+    EXPECT_LT(stops.size(), 40u);
+    for (QWidget* stop : stops)
+        EXPECT_TRUE(qobject_cast<QLineEdit*>(stop) || qobject_cast<QAbstractButton*>(stop) ||
+                    qobject_cast<QComboBox*>(stop) || stop == w->sh_LSL)
+            << stop->objectName().toStdString() << " " << stop->metaObject()->className();
+    // A marker dragged with the mouse keeps the keyboard.
+    const QPoint on(static_cast<int>(w->sh_LSL->Left() + w->sh_LSL->Width() / 2.0), 8);
+    PressMove(w->pb_Slider, on);
+    Release(w->pb_Slider, on + QPoint(5, 0));
+    EXPECT_EQ(QApplication::focusWidget(), w->sh_LSL);
+    const std::string dragged = Text(w->tb_LSL);
+    QTest::keyClick(w->sh_LSL, Qt::Key_Right);
+    EXPECT_NE(Text(w->tb_LSL), dragged);
+    testing_support::ExpectErrorLogEmpty();
+}
+
 } // namespace

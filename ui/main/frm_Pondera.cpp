@@ -17,6 +17,7 @@
 #include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
 #include "ui/main/ResultsSheet.h"
+#include "ui/main/SessionView.h"
 #include "ui/main/WindowLayout.h"
 #include "ui/main/frm_About2.h"
 #include "ui/main/frm_Data.h"
@@ -170,6 +171,7 @@ void frm_Pondera::Form_Unload() {
     support::Trap({kModule, __func__}, [&] {
         if (unloaded_) return;
         unloaded_ = true;
+        SessionView::Remember(*this);
         if (options_) {
             options_->close();
             delete options_;

@@ -3,6 +3,7 @@
 // server with a window manager, where the toolkit works as on a desktop.
 #include "tests/ui/main/WindowFixture.h"
 
+#include "ui/main/SessionView.h"
 #include "ui/main/frm_About2.h"
 #include "ui/main/frm_Data.h"
 #include "ui/options/frm_Options.h"
@@ -19,6 +20,8 @@
 
 #include <filesystem>
 #include <functional>
+
+using Strings = std::vector<std::string>;
 
 namespace {
 
@@ -163,6 +166,29 @@ TEST_F(EndToEnd, KeyboardHasNoTraps) {
     const std::string dragged = Text(w->tb_LSL);
     QTest::keyClick(w->sh_LSL, Qt::Key_Right);
     EXPECT_NE(Text(w->tb_LSL), dragged);
+    testing_support::ExpectErrorLogEmpty();
+}
+
+// The window a user quits comes back at the next start; a parameter set the
+// distribution does not accept comes back as its defaults, without a message.
+TEST_F(EndToEnd, TheSessionComesBackAfterARestart) {
+    Choose("Weibull");
+    Type(w->tb_Param1, "1.5");
+    Tick(w->cb_USL, w->tb_USL, "9");
+    w.reset();
+    w = std::make_unique<frm_Pondera>();
+    SessionView::Restore(*w);
+    EXPECT_EQ(w->dd_Distribution->Text(), "Weibull");
+    EXPECT_EQ(Texts({w->tb_Param1, w->tb_Param2, w->tb_USL}), (Strings{"1.5", "10", "9"}));
+    EXPECT_TRUE(w->cb_USL->isChecked() && !w->cb_LSL->isChecked());
+    EXPECT_FALSE(w->but_Plot->isEnabled()); // plotted
+
+    Type(w->tb_Param2, "-4"); // typed, never plotted
+    w.reset();
+    w = std::make_unique<frm_Pondera>();
+    SessionView::Restore(*w);
+    EXPECT_EQ(Texts({w->tb_Param1, w->tb_Param2}), (Strings{"2", "10"}));
+    EXPECT_TRUE(Rec().Messages.empty());
     testing_support::ExpectErrorLogEmpty();
 }
 

@@ -8,7 +8,9 @@
 #include "support/Version.h"
 #include "support/m_Interface.h"
 #include "ui/draw/Look.h"
+#include "ui/draw/PonderaApp.h"
 #include "ui/main/QtFace.h"
+#include "ui/main/SessionView.h"
 #include "ui/main/frm_Pondera.h"
 
 #include <QApplication>
@@ -29,7 +31,7 @@ constexpr const char* kMain = "Pondera.m_Main.Main";
 // --version work without a display. Qt's own options (-platform, -style, ...)
 // are known to the parser but left for QApplication. Returns the exit status
 // when the program is to stop here, else -1.
-int ReadCommandLine(int argc, char** argv) {
+int ReadCommandLine(int argc, char** argv, bool& fresh) {
     QStringList args;
     for (int i = 0; i < argc; ++i)
         args << QString::fromLocal8Bit(argv[i]);
@@ -40,6 +42,9 @@ int ReadCommandLine(int argc, char** argv) {
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption freshOption(
+        "fresh", "Start as a first start: the last session is not restored.");
+    parser.addOption(freshOption);
     for (const char* name : {"platform", "platformpluginpath", "platformtheme", "plugin",
                              "qwindowgeometry", "qwindowicon", "qwindowtitle", "session", "style",
                              "stylesheet", "display", "geometry", "name"}) {
@@ -71,6 +76,7 @@ int ReadCommandLine(int argc, char** argv) {
         std::printf("pondera %s\n", support::kVersion);
         return 0;
     }
+    fresh = parser.isSet(freshOption);
     return -1;
 }
 
@@ -86,9 +92,10 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("Pondera");
     QApplication::setOrganizationName("Qarvanto Labs, LLC");
     QApplication::setApplicationVersion(support::kVersion);
-    if (const int status = ReadCommandLine(argc, argv); status >= 0) return status;
+    bool fresh = false;
+    if (const int status = ReadCommandLine(argc, argv, fresh); status >= 0) return status;
 
-    QApplication app(argc, argv);
+    PonderaApp app(argc, argv);
     // Qt has set the C library's locale from the environment: numbers are read
     // and shown with the user's decimal separator.
     support::SetDecimalSeparator(support::LocaleDecimalSeparator());
@@ -110,7 +117,10 @@ int main(int argc, char** argv) {
     // What the first plot has to say (a stored range with no width) shows over the window.
     face.Hold();
     std::unique_ptr<frm_Pondera> window;
-    RunAsAction([&] { window = std::make_unique<frm_Pondera>(); });
+    RunAsAction([&] {
+        window = std::make_unique<frm_Pondera>();
+        if (!fresh) SessionView::Restore(*window);
+    });
     face.SetParent(window.get());
     face.SetStatusSink([w = window.get()](const std::string& text) { w->SetStatus(text); });
     window->show();

@@ -6,7 +6,7 @@ packages=(
   build-essential cmake pkg-config clang-format
   qt6-base-dev qt6-base-dev-tools libgl-dev
   libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb xauth xclip fonts-wine locales
+  xvfb xauth xclip openbox x11-utils fonts-wine locales
   libcli11-dev nlohmann-json3-dev libcsv-dev
   desktop-file-utils appstream man-db file gzip dpkg-dev fakeroot lintian
 )

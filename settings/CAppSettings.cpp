@@ -147,6 +147,21 @@ void CAppSettings::SaveSetting(const std::string& section, const std::string& se
     });
 }
 
+void CAppSettings::SaveSettings(const std::string& section,
+                                const std::vector<std::pair<std::string, Value>>& settings) {
+    if (RegistryStore::BeginBatch() != ERROR_SUCCESS)
+        support::Raise(kErrSaving, kOperationSource, "Failed saving the application setting");
+    try {
+        for (const auto& [setting, value] : settings)
+            SaveSetting(section, setting, value);
+    } catch (...) {
+        RegistryStore::EndBatch(false);
+        throw;
+    }
+    if (RegistryStore::EndBatch(true) != ERROR_SUCCESS)
+        support::Raise(kErrSaving, kOperationSource, "Failed saving the application setting");
+}
+
 CAppSettings::Value CAppSettings::GetSetting(const std::string& section, const std::string& setting,
                                              const Value& defaultValue) {
     Value result = defaultValue;

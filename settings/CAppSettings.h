@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -26,6 +27,9 @@ class CAppSettings {
     // decimal text (the shortest that reads back as the same double).
     // Raises "Failed saving the application setting" when the store refuses.
     void SaveSetting(const std::string& section, const std::string& setting, const Value& value);
+    // Several settings of a section saved together: all of them or none.
+    void SaveSettings(const std::string& section,
+                      const std::vector<std::pair<std::string, Value>>& settings);
     // Returns the stored text (REG_SZ), the number (REG_DWORD) or the default.
     Value GetSetting(const std::string& section, const std::string& setting,
                      const Value& defaultValue);

@@ -13,6 +13,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <pwd.h>
@@ -36,6 +37,7 @@ constexpr const char* kSource = "Pondera.RegistryStore";
 // lock does not freeze the window for good.
 constexpr int kBusyTimeoutMs = 2000;
 constexpr int kLockPatienceMs = 30000;
+constexpr int kHookedWaitMs = 100;
 constexpr int kBusyOpenRetries = 250; // with the pause: about five seconds
 constexpr int kBusyOpenPauseMs = 20;
 
@@ -82,6 +84,8 @@ struct State {
     std::map<HKEY, Handle> Handles;
     HKEY NextHandle = kFirstHandle;
     std::string LastLogged; // the same trouble is logged once, not at every read
+    bool InBatch = false;   // a batch's transaction is open
+    std::function<void()> WaitHook;
 
     ~State() {
         if (Db) sqlite3_close_v2(Db);
@@ -174,24 +178,28 @@ class Statement {
     sqlite3_stmt* stmt_ = nullptr;
 };
 
-// One transaction; rolled back unless committed.
+// One transaction; rolled back unless committed. Inside a batch's transaction it
+// is a savepoint of it, so a failed operation still leaves nothing behind.
 class Transaction {
   public:
-    Transaction(sqlite3* db, bool write) : db_(db) {
-        Exec(db, write ? "BEGIN IMMEDIATE" : "BEGIN");
+    Transaction(sqlite3* db, bool write) : db_(db), nested_(!sqlite3_get_autocommit(db)) {
+        Exec(db, nested_ ? "SAVEPOINT op" : write ? "BEGIN IMMEDIATE" : "BEGIN");
     }
     ~Transaction() {
-        if (open_) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+        if (open_)
+            sqlite3_exec(db_, nested_ ? "ROLLBACK TO op; RELEASE op" : "ROLLBACK", nullptr, nullptr,
+                         nullptr);
     }
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
     void Commit() {
-        Exec(db_, "COMMIT");
+        Exec(db_, nested_ ? "RELEASE op" : "COMMIT");
         open_ = false;
     }
 
   private:
     sqlite3* db_;
+    bool nested_;
     bool open_ = true;
 };
 
@@ -325,6 +333,7 @@ std::string MoveAside(const std::string& path) {
 }
 
 void CloseDb() {
+    S().InBatch = false; // closing the connection rolls an open batch back
     if (S().Db) sqlite3_close_v2(S().Db);
     S().Db = nullptr;
     S().CurrentMode = Mode::Closed;
@@ -427,7 +436,7 @@ LONG MapError(const DbError& e, bool write) {
 // Runs one operation under the lock with the store open. A file found damaged
 // on the way is replaced and the operation tried once more on the fresh store.
 template <class Op> LONG Run(bool write, Op&& op) {
-    std::lock_guard<std::mutex> guard(S().Lock);
+    std::unique_lock<std::mutex> guard(S().Lock);
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::milliseconds(kLockPatienceMs);
     int pauseMs = 20;
@@ -436,8 +445,9 @@ template <class Op> LONG Run(bool write, Op&& op) {
         if (write && S().CurrentMode != Mode::ReadWrite) return ERROR_ACCESS_DENIED;
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        sqlite3_busy_timeout(S().Db,
-                             static_cast<int>(std::clamp<long long>(left, 1, kBusyTimeoutMs)));
+        // With a wait hook the waits are short, so that the window paints between them.
+        const int wait = S().WaitHook ? kHookedWaitMs : kBusyTimeoutMs;
+        sqlite3_busy_timeout(S().Db, static_cast<int>(std::clamp<long long>(left, 1, wait)));
         try {
             return op(S().Db);
         } catch (const DbError& e) {
@@ -446,11 +456,17 @@ template <class Op> LONG Run(bool write, Op&& op) {
                 continue;
             }
             const int primary = e.Code & 0xFF;
-            if ((primary == SQLITE_BUSY || primary == SQLITE_LOCKED) && Clock::now() < deadline) {
+            if ((primary == SQLITE_BUSY || primary == SQLITE_LOCKED) && Clock::now() < deadline &&
+                !S().InBatch) {
+                // The hook may paint and so read the store: the store is free meanwhile.
+                const std::function<void()> hook = S().WaitHook;
+                guard.unlock();
+                if (hook) hook();
                 // Jitter, so writers that collided do not collide again in step.
                 std::this_thread::sleep_for(
                     std::chrono::milliseconds(pauseMs / 2 + std::rand() % (pauseMs / 2 + 1)));
-                pauseMs = std::min(pauseMs * 2, 1000);
+                guard.lock();
+                pauseMs = std::min(pauseMs * 2, S().WaitHook ? kHookedWaitMs : 1000);
                 --attempt;
                 continue;
             }
@@ -748,10 +764,35 @@ void Reopen() {
     S().LastLogged.clear();
 }
 
+LONG BeginBatch() {
+    if (S().InBatch) return ERROR_SUCCESS;
+    return Run(true, [](sqlite3* db) -> LONG {
+        Exec(db, "BEGIN IMMEDIATE");
+        S().InBatch = true;
+        return ERROR_SUCCESS;
+    });
+}
+
+LONG EndBatch(bool commit) {
+    std::lock_guard<std::mutex> guard(S().Lock);
+    if (!S().InBatch) return ERROR_SUCCESS;
+    S().InBatch = false;
+    if (commit && sqlite3_exec(S().Db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK)
+        return ERROR_SUCCESS;
+    sqlite3_exec(S().Db, "ROLLBACK", nullptr, nullptr, nullptr);
+    return commit ? ERROR_CANTWRITE : ERROR_SUCCESS;
+}
+
+void SetWaitHook(std::function<void()> hook) {
+    std::lock_guard<std::mutex> guard(S().Lock);
+    S().WaitHook = std::move(hook);
+}
+
 void AbandonAfterFork() {
     // The mutex may have been held by another thread at fork time; this
     // program has one thread, so it is free here.
     S().Db = nullptr; // the parent still owns that connection
+    S().InBatch = false;
     S().CurrentMode = Mode::Closed;
     S().Handles.clear();
     S().LastLogged.clear();

@@ -15,6 +15,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace RegistryStore {
@@ -87,6 +88,15 @@ LONG RegEnumValueA(HKEY key, uint32_t index, char* valueName, uint32_t* cchValue
 // Deletes a key that has no subkeys, with its values; an empty subKey deletes key.
 LONG RegDeleteKeyA(HKEY key, const std::string& subKey);
 LONG RegCloseKey(HKEY key);
+
+// The writes between BeginBatch and EndBatch are one transaction: all of them
+// are stored or none (a kill in between leaves none). BeginBatch waits for the
+// write lock as a single write does; EndBatch(false) drops the writes.
+LONG BeginBatch();
+LONG EndBatch(bool commit);
+// Called at each pause while a write waits for another program's lock (the
+// window keeps painting and shows that it waits); empty for none.
+void SetWaitHook(std::function<void()> hook);
 
 // Where the store lives, from the environment as it is now.
 std::string DefaultPath();

@@ -87,6 +87,19 @@ int& TrapDepth() {
     return depth;
 }
 
+int& CallbackDepth() {
+    thread_local int depth = -1;
+    return depth;
+}
+
+unsigned SaveFlags() {
+    return ReadFlags();
+}
+
+void RestoreFlags(unsigned flags) {
+    WriteFlags(flags);
+}
+
 void Dispatch(Label label, std::exception_ptr error) noexcept {
     try {
         std::rethrow_exception(error);

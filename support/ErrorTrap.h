@@ -106,18 +106,62 @@ class FpScope {
 // Depth of nested traps on this thread; the signal translator only throws inside one.
 int& TrapDepth();
 
+// The trap depth at which the toolkit last called back into our code (an event
+// it delivers), or -1 outside any such call.
+int& CallbackDepth();
+
+unsigned SaveFlags();
+void RestoreFlags(unsigned flags);
+
 void Dispatch(Label label, std::exception_ptr error) noexcept;
 } // namespace detail
+
+// Code that is not ours runs in this scope (the toolkit's own work). The flags it
+// raises are not faults of the procedure around it: on leaving, the flags are
+// put back as they were on entry.
+class ForeignCode {
+  public:
+    ForeignCode() : saved_(detail::SaveFlags()) {}
+    ~ForeignCode() { detail::RestoreFlags(saved_); }
+    ForeignCode(const ForeignCode&) = delete;
+    ForeignCode& operator=(const ForeignCode&) = delete;
+
+  private:
+    unsigned saved_;
+};
+
+// The toolkit delivering an event to our code: foreign code around it, and the
+// first trap opened inside it is a window procedure (see Trap).
+class ToolkitCallback {
+  public:
+    ToolkitCallback() : previous_(detail::CallbackDepth()) {
+        detail::CallbackDepth() = detail::TrapDepth();
+    }
+    ~ToolkitCallback() { detail::CallbackDepth() = previous_; }
+    ToolkitCallback(const ToolkitCallback&) = delete;
+    ToolkitCallback& operator=(const ToolkitCallback&) = delete;
+
+  private:
+    ForeignCode foreign_;
+    int previous_;
+};
 
 // The error trap of one procedure: runs body; any run-time error (also one
 // translated from a hardware fault, or a floating-point fault found at the end)
 // goes to HandleErrors with the label. Never throws.
+//
+// A window procedure (the first trap inside an event the toolkit delivers) is
+// not charged with the flags left when its body ends: its body calls the
+// toolkit, whose own code leaves flags behind (Qt's vector image conversion
+// divides by zero alpha whenever a window gets its icon, that is in every
+// dialog, menu and message box on a real display). Its own arithmetic is
+// checked where it is stored (ck) and by the traps of the procedures it calls.
 template <class Body> void Trap(Label label, Body&& body) noexcept {
     detail::FpScope fp;
-    ++detail::TrapDepth();
+    const bool windowProcedure = ++detail::TrapDepth() == detail::CallbackDepth() + 1;
     try {
         body();
-        CheckFp();
+        if (!windowProcedure) CheckFp();
     } catch (...) {
         detail::Dispatch(label, std::current_exception());
     }

@@ -28,6 +28,8 @@ class RecordingTest : public ::testing::Test {
 // End-to-end window tests end with this: no error reached the log file or a
 // report (suites named EndToEnd* also run under a real X server).
 void ExpectErrorLogEmpty();
+// Empties the error log, so that each such test reads only its own errors.
+void ClearErrorLog();
 
 // NaN, +-inf, huge, tiny, denormal, negative zero, negative, zero ...
 const std::vector<double>& BadValues();

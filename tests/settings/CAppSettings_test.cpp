@@ -6,6 +6,8 @@
 #include "tests/settings/StoreFixture.h"
 
 #include <cmath>
+#include <csignal>
+#include <sys/wait.h>
 
 using namespace RegistryStore;
 using Value = CAppSettings::Value;
@@ -147,4 +149,28 @@ TEST_F(AppSettingsTest, FailuresRaiseTheirNumberSourceAndDescription) {
     EXPECT_EQ(s.MainBranch(), "Software");
     EXPECT_EQ(s.AppName(), "MyApplication"); // Init stops at the first bad name
     EXPECT_EQ(Get("AppDecPlaces", std::string()), Value(std::string("2"))) << "nothing deleted";
+}
+
+// Settings saved together are all stored or none: a program killed in the middle
+// of them leaves the old ones, every one of them.
+TEST_F(AppSettingsTest, SettingsSavedTogetherSurviveAKillAsAllOldOrAllNew) {
+    settings_.SaveSettings(kSection, {{"AppXRange", int64_t{0}}, {"AppXMin", 1.5}});
+    const pid_t child = fork();
+    if (child == 0) {
+        RegistryStore::AbandonAfterFork();
+        RegistryStore::BeginBatch();
+        settings_.SaveSetting(kSection, "AppXRange", int64_t{1});
+        settings_.SaveSetting(kSection, "AppXMin", 7.0);
+        kill(getpid(), SIGKILL); // before the batch ends
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    RegistryStore::Reopen();
+    EXPECT_EQ(Get("AppXRange", ""), Value(std::string("0")));
+    EXPECT_EQ(Get("AppXMin", ""), Value(std::string("1.5")));
+    settings_.SaveSettings(kSection, {{"AppXRange", int64_t{1}}, {"AppXMin", 7.0}});
+    EXPECT_EQ(Get("AppXRange", ""), Value(std::string("1")));
+    EXPECT_EQ(Get("AppXMin", ""), Value(std::string("7")));
 }

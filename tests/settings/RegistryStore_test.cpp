@@ -208,7 +208,11 @@ TEST_F(StoreTest, ASaveWaitsOutAWriteLockHeldLongerThanOneWaitOfSQLite) {
     }
     char byte;
     ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    int waits = 0; // the window paints and shows that it waits meanwhile
+    RegistryStore::SetWaitHook([&] { ++waits; });
     EXPECT_EQ(SetText(key, "Late", "saved"), ERROR_SUCCESS);
+    RegistryStore::SetWaitHook(nullptr);
+    EXPECT_GT(waits, 10);
     int status = 1;
     waitpid(holder, &status, 0);
     EXPECT_EQ(status, 0) << "the other program held the lock and let go";

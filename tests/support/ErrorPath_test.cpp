@@ -63,6 +63,23 @@ TEST_F(ErrorPath, FloatingPointFaultsBecomeNumberedErrorsAndLeaveTheResult) {
     }
 }
 
+// The toolkit's own flags (raised around an event it delivers, or by its work in
+// a handler's body) are nobody's fault; a procedure the handler calls is checked.
+TEST_F(ErrorPath, AWindowProcedureIsNotChargedWithTheToolkitsFlags) {
+    volatile double toolkit = 0;
+    support::Trap("Pondera.Test.Outer", [&] {
+        {
+            const support::ToolkitCallback event;
+            support::Trap("Pondera.Test.Handler", [&] {
+                toolkit = zero / zero;
+                Divide(1, 0);
+            });
+            toolkit = zero / zero;
+        }
+    });
+    EXPECT_EQ(ErrorLabels(), std::vector<std::string>{"Pondera.Test.Divide"});
+}
+
 TEST_F(ErrorPath, OneActionGathersRepeatsIntoOneReportAndLogsEveryError) {
     {
         support::ActionScope action;

@@ -16,7 +16,7 @@ MarkerShape::MarkerShape(QWidget* parent, Kind kind, int width, int height)
     // The parent decides what a press means (it tests the marker's extent).
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAttribute(Qt::WA_TranslucentBackground);
-    resize(width, height);
+    resize(width + 2 * kRing, height + 2 * kRing);
 }
 
 void MarkerShape::SetLeft(double left) {
@@ -51,13 +51,13 @@ void MarkerShape::Place() {
         if (!std::isfinite(v)) return -100000;
         return static_cast<int>(std::lround(std::clamp(v, -100000.0, 100000.0)));
     };
-    move(pixel(left_), pixel(top_));
+    move(pixel(left_) - kRing, pixel(top_) - kRing);
 }
 
 void MarkerShape::paintEvent(QPaintEvent*) {
     QPainter p(this);
     p.setRenderHint(QPainter::Antialiasing, true);
-    const QRectF r = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QRectF r = QRectF(rect()).adjusted(kRing + 0.5, kRing + 0.5, -kRing - 0.5, -kRing - 0.5);
     QPainterPath path;
     switch (kind_) {
     case Kind::TriangleDown:
@@ -77,10 +77,13 @@ void MarkerShape::paintEvent(QPaintEvent*) {
         break;
     }
     p.fillPath(path, look::ToQColor(fillColor_));
-    // A focused marker is outlined in the highlight colour, a little heavier.
-    p.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 2)
-                        : QPen(look::ToQColor(look::kBlack), 1));
+    p.setPen(QPen(look::ToQColor(look::kBlack), 1));
     p.drawPath(path);
+    if (hasFocus()) {
+        p.setPen(QPen(palette().color(QPalette::Highlight), 2));
+        p.setBrush(Qt::NoBrush);
+        p.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 2, 2);
+    }
 }
 
 namespace {

@@ -1,7 +1,8 @@
 // The small filled shapes of the design (sh_LSL, sh_USL, sh_SkewKurt): a child
 // of a drawing surface placed in its parent's pixels. The shape lets mouse
 // events through to its parent, which decides what a press means. A shape made
-// focusable takes the keyboard (its outline then shows the focus) and reports
+// focusable takes the keyboard (a ring round it then shows the focus, as plain
+// to see as a text box's) and reports
 // the keys as the old runtime numbered them (37 left, 39 right).
 #pragma once
 
@@ -22,8 +23,8 @@ class MarkerShape : public QWidget {
     // (hit tests use them); the widget itself sits at the rounded position.
     double Left() const { return left_; }
     double Top() const { return top_; }
-    int Width() const { return width(); }
-    int Height() const { return height(); }
+    int Width() const { return width() - 2 * kRing; }
+    int Height() const { return height() - 2 * kRing; }
     void SetLeft(double left);
     void SetTop(double top);
     void Move(double left, double top);
@@ -50,6 +51,9 @@ class MarkerShape : public QWidget {
     void focusOutEvent(QFocusEvent* event) override;
 
   private:
+    // Room around the shape for the focus ring, outside the extent that hit
+    // tests and placement use.
+    static constexpr int kRing = 3;
     void Place();
 
     Kind kind_;

@@ -193,9 +193,12 @@ CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, in
     auto tip = [&](const char* name, const std::optional<double>& v) {
         return std::string(name) + (v ? support::Format(*v, pattern) : std::string("n/a"));
     };
-    return {Shown(f.Pp, pattern), Shown(f.Ppk, pattern),
+    return {Shown(f.Pp, pattern),
+            Shown(f.Ppk, pattern),
             support::Format(support::ck((lower + upper) * 1e6), pattern),
-            tip("Ppl: ", f.Ppl) + "\n" + tip("Ppu: ", f.Ppu)};
+            tip("Ppl: ", f.Ppl) + "\n" + tip("Ppu: ", f.Ppu),
+            Shown(f.Ppl, pattern),
+            Shown(f.Ppu, pattern)};
 }
 
 Readout ReadoutAt(const PncSource& source, double x) {

@@ -140,6 +140,7 @@ std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& l
 // tip, and the total fraction nonconforming in parts per million.
 struct CapabilityView {
     std::string Pp, Ppk, Ppm, PpkTip;
+    std::string Ppl, Ppu; // as Pp and Ppk are shown, for the copied results
 };
 CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, int decPlaces,
                                const std::string& pattern);

@@ -3,11 +3,10 @@
 #pragma once
 
 #include "support/ErrorReporter.h"
+#include "support/ErrorTrap.h"
 #include "support/UserFace.h"
 
 #include <QString>
-
-#include <cfenv>
 
 #include <functional>
 #include <string>
@@ -50,20 +49,9 @@ class QtFace : public support::UserFace {
     std::vector<std::vector<support::ErrorEntry>> heldReports_;
 };
 
-// The toolkit's own work (loading a font, laying out and showing a window, a
-// message box's event loop) may leave floating-point flags behind, more so on
-// a real display than off screen; they are not faults of the procedure that
-// asked for it. Keeps the caller's flags as they were around that work.
-class ToolkitWork {
-  public:
-    ToolkitWork() { std::fegetexceptflag(&saved_, FE_ALL_EXCEPT); }
-    ~ToolkitWork() { std::fesetexceptflag(&saved_, FE_ALL_EXCEPT); }
-    ToolkitWork(const ToolkitWork&) = delete;
-    ToolkitWork& operator=(const ToolkitWork&) = delete;
-
-  private:
-    std::fexcept_t saved_{};
-};
+// The toolkit's own work inside a procedure (a message box shown from a plot's
+// check): the flags it raises are not the procedure's.
+using ToolkitWork = support::ForeignCode;
 
 // Runs one event handler as one user action, so that the errors it raises are
 // gathered into a single report shown when it ends.

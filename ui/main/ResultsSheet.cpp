@@ -22,6 +22,7 @@ std::string Text(const Shown& shown) {
     const char* limits[] = {"LSL", "Target", "USL"};
     for (int i = 0; i < 3; ++i)
         if (shown.Limit[i].Ticked) row(limits[i], shown.Limit[i].Text);
+    if (!shown.N.empty()) row("n", shown.N);
     // Named apart from the parameters: a normal's parameters are also a mean
     // and a standard deviation.
     const char* moments[] = {"Moment: Mean", "Moment: Std. Deviation", "Moment: Skewness",
@@ -31,6 +32,12 @@ std::string Text(const Shown& shown) {
     const char* pnc[] = {"PNC below LSL", "PNC above USL", "Total PNC"};
     for (int i = 0; i < 3; ++i)
         row(pnc[i], shown.PNC[i]);
+    const PlotPipeline::CapabilityView& c = shown.Capability;
+    row("Pp", c.Pp);
+    row("Ppk", c.Ppk);
+    row("Ppl", c.Ppl);
+    row("Ppu", c.Ppu);
+    row("ppm", c.Ppm);
     return text;
 }
 

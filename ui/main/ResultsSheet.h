@@ -20,10 +20,12 @@ struct Shown {
     PlotPipeline::Limits Limit;         // only the ticked ones are listed
     std::array<std::string, 4> Moments; // mean, standard deviation, skewness, kurtosis
     std::array<std::string, 3> PNC;     // below LSL, above USL, total
+    PlotPipeline::CapabilityView Capability;
+    std::string N; // the sample size when data are loaded, else empty (no row)
 };
 
 // One row per line, "\n"-terminated: the distribution, its parameters, the
-// ticked limits, the moments, the PNC figures.
+// ticked limits, n, the moments, the PNC and capability figures.
 std::string Text(const Shown& shown);
 
 } // namespace ResultsSheet

@@ -283,6 +283,8 @@ void Build(frm_Pondera& w) {
     scroll->setWidget(column);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    // Only a container: no Tab stop of its own (its fields still scroll into view).
+    scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     column->setFixedWidth(kLeftColumnWidth);
     scroll->setFixedWidth(kLeftColumnWidth + scroll->verticalScrollBar()->sizeHint().width() + 2);
@@ -599,6 +601,22 @@ void SetKeyboard(frm_Pondera& w) {
         widget->setAccessibleDescription(description);
     }
     MarkMnemonics(w);
+}
+
+bool LimitMnemonic(frm_Pondera& w, QObject* watched, const QEvent& event) {
+    if (event.type() != QEvent::Shortcut) return false;
+    const std::pair<QCheckBox*, QLineEdit*> limits[] = {
+        {w.cb_LSL, w.tb_LSL}, {w.cb_Target, w.tb_Target}, {w.cb_USL, w.tb_USL}};
+    for (const auto& [check, box] : limits) {
+        if (watched != check) continue;
+        check->click();
+        // Unticked, the value cannot be typed: the focus stays on the tick.
+        QWidget* next = check->isChecked() ? static_cast<QWidget*>(box) : check;
+        next->setFocus(Qt::ShortcutFocusReason);
+        if (next == box) box->selectAll();
+        return true;
+    }
+    return false;
 }
 
 // Fresh letters for the captions, after the menu bar's.

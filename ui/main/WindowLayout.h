@@ -37,6 +37,9 @@ void ShowMode(frm_Pondera& w, bool byMoments);
 // A focus change, seen by the window's event filter, run as the field's GotFocus
 // (or tb_Param1's LostFocus while the window is not unloaded) handler.
 void RouteFocus(frm_Pondera& w, QObject* watched, const QEvent& event, bool unloaded);
+// A limit's mnemonic (Alt+L, Alt+T, Alt+U) ticks it as a click does and puts the
+// focus in its value, selected to be typed over; true when it was one.
+bool LimitMnemonic(frm_Pondera& w, QObject* watched, const QEvent& event);
 // A caption printed reading upward, centred on a small surface.
 void PaintUpright(PictureBox& pb, const QString& text, int size);
 // Inputs are white; outputs and locked fields read-only in the button-face colour.

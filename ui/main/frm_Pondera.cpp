@@ -17,6 +17,7 @@
 #include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
 #include "ui/main/ResultsSheet.h"
+#include "ui/main/SessionView.h"
 #include "ui/main/WindowLayout.h"
 #include "ui/main/frm_About2.h"
 #include "ui/main/frm_Data.h"
@@ -110,6 +111,7 @@ frm_Pondera::~frm_Pondera() {
 }
 
 bool frm_Pondera::eventFilter(QObject* watched, QEvent* event) {
+    if (WindowLayout::LimitMnemonic(*this, watched, *event)) return true;
     WindowLayout::RouteFocus(*this, watched, *event, unloaded_);
     return QMainWindow::eventFilter(watched, event);
 }
@@ -150,6 +152,8 @@ void frm_Pondera::Form_Initialize() {
         cb_DrawbyMoments_Click();
         options_->dd_Decimal->setCurrentIndex(6);
         PlotSkewKurt(4.0, -4.0);
+        // The first thing to type is the first parameter.
+        tb_Param1->setFocus(Qt::OtherFocusReason);
     });
 }
 
@@ -168,6 +172,7 @@ void frm_Pondera::Form_Unload() {
     support::Trap({kModule, __func__}, [&] {
         if (unloaded_) return;
         unloaded_ = true;
+        SessionView::Remember(*this);
         if (options_) {
             options_->close();
             delete options_;
@@ -299,6 +304,7 @@ void frm_Pondera::ShowResults() {
 }
 
 void frm_Pondera::ShowCapability(const PlotPipeline::CapabilityView& view) {
+    Capability = view;
     tb_Pp->setText(Q(view.Pp));
     tb_Ppk->setText(Q(view.Ppk));
     tb_Ppk->setToolTip(Q(view.PpkTip));
@@ -620,6 +626,8 @@ void frm_Pondera::DragMouseDown(support::Label label, int button, double x) {
                 continue;
             m.Armed = !m.Armed;
             m.Shape->SetFillColor(m.Armed ? look::kRed : look::kBlack);
+            // The dragged marker keeps the keyboard: the arrow keys go on from there.
+            if (m.Armed) m.Shape->setFocus(Qt::MouseFocusReason);
             NumPoints = MarkerDrag::PointsFor(m.Armed);
             Plot();
         }
@@ -814,6 +822,8 @@ void frm_Pondera::mnuCopyResults_Click() {
         shown.Limit = ReadLimits();
         shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
         shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
+        shown.Capability = Capability;
+        if (DataBins) shown.N = std::to_string(DataBins->N);
         if (QClipboard* clipboard = QGuiApplication::clipboard())
             clipboard->setText(Q(ResultsSheet::Text(shown)));
     });
@@ -848,7 +858,6 @@ void frm_Pondera::mnuFitToData_Click() {
         };
         dataDialog_->SetLimits(
             {ticked(cb_LSL, tb_LSL), ticked(cb_Target, tb_Target), ticked(cb_USL, tb_USL)});
-        const ToolkitWork toolkit;
         dataDialog_->open();
     });
 }

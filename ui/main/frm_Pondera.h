@@ -159,6 +159,8 @@ class frm_Pondera : public QMainWindow {
     std::vector<double> HistogramHeights;
     // The pinned curve (1-based; empty when nothing is pinned), drawn in grey.
     std::vector<double> PinnedX, PinnedY;
+    // The capability figures as last shown.
+    PlotPipeline::CapabilityView Capability;
 
     // ---- Procedures ------------------------------------------------------------
     void Form_Initialize();

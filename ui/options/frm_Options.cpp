@@ -2,6 +2,7 @@
 
 #include "settings/CAppSettings.h"
 #include "settings/DisplayOptions.h"
+#include "settings/RegistryStore.h"
 #include "support/ErrorReporter.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
@@ -30,6 +31,34 @@
 using namespace DisplayOptions;
 
 namespace {
+
+// While Apply waits for another program's write lock on the settings store, the
+// windows keep painting and show that they wait: a busy pointer and the status
+// bar's text (user input waits until the store answers).
+class StoreWait {
+  public:
+    StoreWait() {
+        RegistryStore::SetWaitHook([this] {
+            if (!waiting_) {
+                waiting_ = true;
+                QApplication::setOverrideCursor(Qt::WaitCursor);
+                support::Face().SetStatusText("Waiting for the settings store...");
+            }
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        });
+    }
+    ~StoreWait() {
+        RegistryStore::SetWaitHook(nullptr);
+        if (!waiting_) return;
+        QApplication::restoreOverrideCursor();
+        support::Face().SetStatusText("");
+    }
+    StoreWait(const StoreWait&) = delete;
+    StoreWait& operator=(const StoreWait&) = delete;
+
+  private:
+    bool waiting_ = false;
+};
 
 constexpr const char* kModule = "Pondera.frm_Options";
 // Queued from the event filter, so the handler is named for the form.
@@ -271,15 +300,12 @@ void frm_Options::but_Apply_Click() {
         }
 
         // The options take effect for this run even when the store refuses
-        // them; the first refusal is reported once, after the redraw.
+        // them; a refusal is reported once, after the redraw. They are stored
+        // together, so a crash or kill never leaves half of them.
         std::optional<support::RunTimeError> refused;
+        std::vector<std::pair<std::string, CAppSettings::Value>> stored;
         auto store = [&](const char* key, const CAppSettings::Value& value) {
-            if (refused) return;
-            try {
-                AppSettings().SaveSetting(kSection, key, value);
-            } catch (const support::RunTimeError& e) {
-                refused = e;
-            }
+            stored.emplace_back(key, value);
         };
         AppBackColor = cp_Background->Color();
         store(kAppBackColor, int64_t{AppBackColor});
@@ -315,6 +341,12 @@ void frm_Options::but_Apply_Click() {
         store(kAppDisplay, int64_t{AppDisplay ? 1 : 0});
         AppRangeMode = endpoints;
         store(kAppRangeMode, int64_t{AppRangeMode ? 1 : 0});
+        try {
+            const StoreWait wait;
+            AppSettings().SaveSettings(kSection, stored);
+        } catch (const support::RunTimeError& e) {
+            refused = e;
+        }
 
         but_Cancel->setText(QStringLiteral("Close"));
         emit Applied();

@@ -15,16 +15,19 @@ TEST(ResultsSheet, RowsOfCaptionAndValueWithOnlyTheTickedLimits) {
           {{"Mean:", "0"}, {"Std. Deviation:", "1"}},
           {{{true, "-3"}, {false, "0"}, {true, "3"}}},
           {"0,0E+00", "1,0E+00", "0,0E+00", "3,0E+00"},
-          {"1,3E-03", "1,3E-03", "2,7E-03"}},
-         "Distribution\tNormal\nMean\t0\nStd. Deviation\t1\nLSL\t-3\nUSL\t3\n"
+          {"1,3E-03", "1,3E-03", "2,7E-03"},
+          {"1,0E+00", "1,0E+00", "2,7E+03", "tip", "1,0E+00", "1,0E+00"},
+          "20"},
+         "Distribution\tNormal\nMean\t0\nStd. Deviation\t1\nLSL\t-3\nUSL\t3\nn\t20\n"
          "Moment: Mean\t0,0E+00\nMoment: Std. Deviation\t1,0E+00\nMoment: Skewness\t0,0E+00\n"
          "Moment: Kurtosis\t3,0E+00\nPNC below LSL\t1,3E-03\nPNC above USL\t1,3E-03\n"
-         "Total PNC\t2,7E-03\n"},
+         "Total PNC\t2,7E-03\nPp\t1,0E+00\nPpk\t1,0E+00\nPpl\t1,0E+00\nPpu\t1,0E+00\n"
+         "ppm\t2,7E+03\n"},
         {"TargetOnlyEmptyFigures",
          {"Johnson SU", {{"Xi:", "0.5"}}, {{{false, ""}, {true, "1"}, {false, ""}}}, {}, {}},
          "Distribution\tJohnson SU\nXi\t0.5\nTarget\t1\nMoment: Mean\t\n"
          "Moment: Std. Deviation\t\nMoment: Skewness\t\nMoment: Kurtosis\t\n"
-         "PNC below LSL\t\nPNC above USL\t\nTotal PNC\t\n"},
+         "PNC below LSL\t\nPNC above USL\t\nTotal PNC\t\nPp\t\nPpk\t\nPpl\t\nPpu\t\nppm\t\n"},
     };
     for (const Row& r : rows)
         EXPECT_EQ(ResultsSheet::Text(r.In), r.Text) << r.Row;

@@ -27,17 +27,6 @@ namespace {
 
 class EndToEnd : public WindowTest {
   protected:
-    void SetUp() override {
-        // The program's icon: every new window converts it (on X, where the
-        // window manager is given it).
-        QIcon icon;
-        for (int size : {16, 32, 48, 64, 128, 256})
-            icon.addFile(QString(PONDERA_ICONS "/pondera-%1.png").arg(size), QSize(size, size));
-        QApplication::setWindowIcon(icon);
-        testing_support::ClearErrorLog();
-        WindowTest::SetUp();
-    }
-
     // Runs a menu entry from the event loop, as a click on it does. `inDialog`
     // acts on the modal dialog it opens, from within that dialog's own loop.
     void RunMenu(QAction* item, std::function<void(QWidget*)> inDialog = {}) {

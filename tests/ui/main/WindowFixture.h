@@ -2,6 +2,7 @@
 #pragma once
 
 #include "settings/DisplayOptions.h"
+#include "settings/RegistryStore.h"
 #include "support/Format.h"
 #include "tests/helpers/TestSupport.h"
 #include "ui/draw/DistributionCombo.h"
@@ -12,23 +13,43 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
+#include <cfenv>
 #include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <memory>
 
 class WindowTest : public testing_support::RecordingTest {
   protected:
     void SetUp() override {
         RecordingTest::SetUp();
+        // The program's icon, as the desktop gives it: on X every new window
+        // converts it, and that conversion raises floating-point flags.
+        QIcon icon;
+        for (int size : {16, 32, 48, 64, 128, 256})
+            icon.addFile(QString(PONDERA_ICONS "/pondera-%1.png").arg(size), QSize(size, size));
+        QApplication::setWindowIcon(icon);
+        testing_support::ClearErrorLog();
+        // Each test starts from the stored defaults, whatever an earlier test of
+        // the same program applied (under X one process runs them all).
+        RegistryStore::Reopen();
+        if (const char* store = std::getenv("PONDERA_REGISTRY")) std::filesystem::remove(store);
         w = std::make_unique<frm_Pondera>();
         w->show();
         w->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(w.get(), 2000));
         QApplication::processEvents();
+        // What the test does next stands for a fresh event: the toolkit's own
+        // flags from showing the window are not the test's.
+        std::feclearexcept(FE_ALL_EXCEPT);
         Rec().Clear();
     }
     void TearDown() override { w.reset(); }
@@ -37,6 +58,15 @@ class WindowTest : public testing_support::RecordingTest {
     static void Type(QLineEdit* box, const QString& text) {
         box->clear();
         QTest::keyClicks(box, text);
+    }
+    // Runs `act` from the event loop, as a click or a key press is delivered.
+    static void FromEventLoop(const std::function<void()>& act) {
+        bool done = false;
+        QTimer::singleShot(0, [&] {
+            act();
+            done = true;
+        });
+        EXPECT_TRUE(QTest::qWaitFor([&] { return done; }, 10000));
     }
     static void Click(QAbstractButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
     void PressPlot() { Click(w->but_Plot); }

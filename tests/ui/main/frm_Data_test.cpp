@@ -17,7 +17,7 @@ namespace {
 class EndToEndData : public WindowTest {
   protected:
     frm_Data* Open() {
-        w->mnuFitToData->trigger();
+        FromEventLoop([this] { w->mnuFitToData->trigger(); });
         frm_Data* d = w->DataDialog();
         EXPECT_TRUE(d && QTest::qWaitForWindowActive(d, 2000));
         return d;

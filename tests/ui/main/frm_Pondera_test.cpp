@@ -284,7 +284,7 @@ TEST_F(EndToEndChart, APinnedCurveStaysUnderAChangedOne) {
 
 TEST_F(EndToEndChart, TheHistogramTakesInAValueAboveTheUSL) {
     Tick(w->cb_USL, w->tb_USL, "9");
-    w->mnuFitToData->trigger();
+    FromEventLoop([this] { w->mnuFitToData->trigger(); });
     frm_Data* d = w->DataDialog();
     ASSERT_TRUE(d);
     d->tb_Data->setPlainText("1\n2\n3\n4\n5\n6\n7\n8\n30\n");

@@ -17,7 +17,9 @@ void AddPdf(CLI::App& program, int& status);     // pdf DIST P1..P4 --range LOW 
 void AddPnc(CLI::App& program, int& status);     // pnc DIST P1..P4 [--lsl X] [--usl X], or stdin
 void AddFit(CLI::App& program, int& status);     // fit MEAN SD SKEW KURT, or lines on stdin
 void AddData(CLI::App& program, int& status);    // data FILE|- [--lsl X] [--usl X] [--target X]
-void AddPlot(CLI::App& program, int& status);    // plot --dist NAME ... (the window, headless)
+void AddIdentify(CLI::App& program,
+                 int& status);                // identify FILE|- [--column C] [--replicates R] ...
+void AddPlot(CLI::App& program, int& status); // plot --dist NAME ... (the window, headless)
 
 // The "capability" object of pnc and data for a distribution code and Param1..Param4.
 std::string CapabilityJson(int code, const double (&p)[4], std::optional<double> lsl,

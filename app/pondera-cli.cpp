@@ -15,6 +15,7 @@ int main(int argc, char** argv) {
     cli::AddPnc(program, status);
     cli::AddFit(program, status);
     cli::AddData(program, status);
+    cli::AddIdentify(program, status);
 #ifndef PONDERA_NO_PLOT
     cli::AddPlot(program, status);
 #endif

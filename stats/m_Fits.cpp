@@ -132,7 +132,7 @@ bool SolveShape(const std::vector<double>& y, double ybar, double& k) {
             hi = k;
         double next = k - g / slope;
         if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2 * k : 0.5 * (lo + hi);
-        if (std::fabs(next - k) <= 1e-13 * k || g == 0) {
+        if (std::fabs(next - k) <= 1e-11 * k || g == 0) { // past this, rounding in the sums
             k = next;
             return std::isfinite(k) && k > 0;
         }
@@ -215,12 +215,26 @@ template <class Make> std::optional<double> ThresholdGap(const Sample& s, Make m
             v[j] >= v[j + 1] && (best < 0 || v[j] > v[best]))
             best = j;
     if (best < 0) return std::nullopt;
-    const int widen = searchGaps.size() < gaps.size() ? 2 : 1;
-    const double a = lo + step * std::max(best - widen, 0);
-    const double b = lo + step * std::min(best + widen, points - 1);
-    const double u = Refine(all, a, b);
-    const double at = all(u);
-    if (!(at > all(a) && at > all(b))) return std::nullopt;
+    // Climb the same grid on all the values from there: a subsample's profile
+    // peaks near, not at, the full one.
+    const bool sampled = searchGaps.size() < gaps.size();
+    std::vector<double> full(points, std::numeric_limits<double>::quiet_NaN());
+    auto at = [&](int j) {
+        if (!sampled) return v[j];
+        if (std::isnan(full[j])) full[j] = all(lo + step * j);
+        return full[j];
+    };
+    for (int j = best;;) {
+        if (j <= 0 || j >= points - 1) return std::nullopt;
+        const double here = at(j), left = at(j - 1), right = at(j + 1);
+        if (here > left && here >= right) {
+            best = j;
+            break;
+        }
+        j = right > left ? j + 1 : j - 1;
+    }
+    const double u = Refine(all, lo + step * (best - 1), lo + step * (best + 1));
+    if (!(all(u) >= at(best))) return std::nullopt;
     return std::exp(u);
 }
 

@@ -25,8 +25,14 @@ Point FromZ(double z, double logSlope) {
     Point p;
     p.Inside = true;
     p.LogDensity = logSlope - kHalfLog2Pi - 0.5 * z * z;
-    p.LogLower = LogPhi(z);
-    p.LogUpper = LogPhi(-z);
+    if (std::fabs(z) < 37) { // one erfc serves both tails
+        const double near = 0.5 * std::erfc(std::fabs(z) / std::sqrt(2.0)), far = std::log1p(-near);
+        p.LogLower = z < 0 ? std::log(near) : far;
+        p.LogUpper = z < 0 ? far : std::log(near);
+    } else {
+        p.LogLower = LogPhi(z);
+        p.LogUpper = LogPhi(-z);
+    }
     return p;
 }
 

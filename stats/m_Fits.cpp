@@ -187,7 +187,7 @@ template <class F> double Refine(F&& f, double lo, double hi) {
             const double v = f(u);
             return std::isfinite(v) ? -v : std::numeric_limits<double>::max();
         },
-        lo, hi, 30, iterations);
+        lo, hi, 20, iterations); // u to about 1e-6: the profile is flat at its top
     return r.first;
 }
 

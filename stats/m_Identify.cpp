@@ -11,6 +11,7 @@
 #include "stats/m_GoodnessOfFit.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <thread>
@@ -120,27 +121,45 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
     const m_Fits::Sample s = m_Fits::Prepare(values);
     const double n = static_cast<double>(s.X.size());
     std::vector<RowResult> rows(m_Fits::kRowCount);
-    for (int i = 0; i < m_Fits::kRowCount; ++i) {
+    auto fitRow = [&](int i) {
         RowResult& r = rows[i];
         r.Name = m_Fits::Info(i).Name;
         r.LogLik = r.A2 = r.AICc = r.Weight = r.P = r.PTable = r.LrtP = kNaN;
         r.F = m_Fits::FitRow(i, s);
         if (!r.F.Status.empty()) {
             r.Status = r.F.Status;
-            continue;
+            return;
         }
         const m_GoodnessOfFit::Measures m = m_GoodnessOfFit::Measure(r.F.C, s.X);
         if (!m.Covered) {
             r.Status = m_Fits::kOutside;
-            continue;
+            return;
         }
         r.LogLik = m.LogLik;
         r.A2 = m.A2;
         r.AICc = m_GoodnessOfFit::AICc(m.LogLik, m_Fits::Info(i).K, n);
-        if (i == m_Fits::kNormal || i == m_Fits::kLogNormal) {
-            // The table is for the normal: on ln x for the LogNormal row.
+        // The table is for the normal: on ln x for the LogNormal row.
+        if (i == m_Fits::kNormal || i == m_Fits::kLogNormal)
             r.PTable = m_GoodnessOfFit::NormalTableP(m.A2, n);
-        }
+    };
+    // The rows are independent: the threads take them slowest first.
+    static const int kOrder[m_Fits::kRowCount] = {
+        m_Fits::kWeibull3P, m_Fits::kLogNormal3P, m_Fits::kJohnsonPercentiles,
+        m_Fits::kWeibull,   m_Fits::kLogNormal,   m_Fits::kJohnsonMoments,
+        m_Fits::kNormal,    m_Fits::kExponential, m_Fits::kExponential2P};
+    std::atomic<int> next{0};
+    auto work = [&] {
+        for (int k; (k = next++) < m_Fits::kRowCount;)
+            fitRow(kOrder[k]);
+    };
+    {
+        std::vector<std::thread> pool;
+        const bool large = s.X.size() > 2000; // below, starting a thread costs more than it saves
+        for (int t = 1; large && t < std::clamp(o.Threads, 1, 64); ++t)
+            pool.emplace_back(work);
+        work();
+        for (std::thread& th : pool)
+            th.join();
     }
     for (int i = 0; i < m_Fits::kRowCount; ++i) {
         const int nested = m_Fits::Info(i).Nested;

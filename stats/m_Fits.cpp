@@ -436,7 +436,7 @@ Fit JohnsonPercentilesRow(const Sample& s) {
     double bestA2 = std::numeric_limits<double>::infinity();
     std::vector<double> z(search.size());
     for (int j = 0; j <= 100; ++j) {
-        const double zz = 0.25 + 0.01 * j;
+        const double zz = (25 + j) / 100.0; // 0.25, 0.26, ... as typed
         const double q[4] = {Quantile(s.X, Phi(-3 * zz)), Quantile(s.X, Phi(-zz)),
                              Quantile(s.X, Phi(zz)), Quantile(s.X, Phi(3 * zz))};
         std::optional<Fit> f = PercentileCurve(q, zz);

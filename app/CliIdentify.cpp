@@ -11,6 +11,7 @@
 #include "support/UserFace.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -103,7 +104,8 @@ std::string RowJson(const m_Identify::RowResult& r, const IdentifyRequest& q) {
         .Add("p_table", r.PTable)
         .Add("lrt_p", r.LrtP)
         .Add("aicc", r.AICc)
-        .Add("weight", r.Weight);
+        .Add("weight", r.Weight)
+        .Add("redraws", std::isnan(r.P) ? r.P : r.Redraws);
     if (r.Rank > 0)
         row.Add("rank", r.Rank);
     else

@@ -115,7 +115,8 @@ std::vector<double> SearchValues(const std::vector<double>& sorted) {
 // ---- Weibull ---------------------------------------------------------------
 
 // Shape by Newton on the score, kept inside a bracket that bisection narrows.
-bool SolveShape(const std::vector<double>& y, double ybar, double& k) {
+// Converged, k is the last point the sums were taken at, and sumE their sum e^(k y).
+bool SolveShape(const std::vector<double>& y, double ybar, double& k, double& sumE) {
     double lo = 0, hi = std::numeric_limits<double>::infinity();
     for (int it = 0; it < 200; ++it) {
         double a0 = 0, a1 = 0, a2 = 0;
@@ -133,7 +134,7 @@ bool SolveShape(const std::vector<double>& y, double ybar, double& k) {
         double next = k - g / slope;
         if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2 * k : 0.5 * (lo + hi);
         if (std::fabs(next - k) <= 1e-11 * k || g == 0) { // past this, rounding in the sums
-            k = next;
+            sumE = a0;
             return std::isfinite(k) && k > 0;
         }
         k = next;
@@ -166,11 +167,9 @@ WeibullResult WeibullOnGaps(const std::vector<double>& gap, double c, double sha
             y, [](double v) { return v; }, mean, sd);
         k = sd > 0 ? 1.2825 / sd : 1;
     }
-    if (!SolveShape(y, ybar, k)) return r;
-    long double a0 = 0;
-    for (double v : y)
-        a0 += std::exp(k * v);
-    const double meanE = static_cast<double>(a0 / n);
+    double sumE = 0;
+    if (!SolveShape(y, ybar, k, sumE)) return r;
+    const double meanE = sumE / n;
     r.Shape = k;
     r.Scale = dmax * std::pow(meanE, 1 / k);
     r.LogLik = n * (std::log(k) - std::log(dmax) - std::log(meanE) + (k - 1) * ybar - 1);

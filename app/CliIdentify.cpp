@@ -137,18 +137,18 @@ int RunIdentify(const IdentifyRequest& q) {
     m_Identify::Options options;
     options.Replicates = q.Replicates.value_or(DefaultReplicates(n));
     options.Seed = static_cast<std::uint64_t>(q.Seed.value_or(1));
-    const std::vector<m_Identify::RowResult> rows = m_Identify::Identify(sample.Values, options);
-
     JsonObject out;
     out.Add("n", static_cast<double>(n)).Add("replicates", options.Replicates);
     if (sample.Column)
         out.AddString("column", *sample.Column);
     else
         out.AddRaw("column", "null");
-    support::Recorder().Clear();
+    support::Recorder().Clear(); // what the Johnson fits report is part of the answer
     std::string fits = "[";
     {
         support::ActionScope action;
+        const std::vector<m_Identify::RowResult> rows =
+            m_Identify::Identify(sample.Values, options);
         for (std::size_t i = 0; i < rows.size(); ++i)
             fits += (i ? "," : "") + RowJson(rows[i], q);
     }

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <thread>
 
@@ -21,6 +22,7 @@ namespace m_Identify {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr const char* kNotComputed = "could not be computed";
 
 // SplitMix64 (Steele, Lea & Flood 2014): a stream per (seed, row, replicate).
 class Stream {
@@ -76,8 +78,15 @@ void RunReplicate(int row, const m_Curves::Curve& fitted, double a2, std::size_t
         for (double& v : x)
             v = m_Curves::FromStandard(fitted,
                                        normal ? stream.Normal() : -std::log(stream.Uniform()));
-        const m_Fits::Sample s = m_Fits::Prepare(x);
-        const m_Fits::Fit f = m_Fits::FitRow(row, s);
+        m_Fits::Sample s;
+        m_Fits::Fit f;
+        try {
+            s = m_Fits::Prepare(x);
+            f = m_Fits::FitRow(row, s);
+        } catch (const std::exception&) {
+            t.GaveUp = true;
+            return;
+        }
         const m_GoodnessOfFit::Measures m =
             f.Status.empty() ? m_GoodnessOfFit::Measure(f.C, s.X) : m_GoodnessOfFit::Measures{};
         if (m.Covered) {
@@ -125,7 +134,12 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
         RowResult& r = rows[i];
         r.Name = m_Fits::Info(i).Name;
         r.LogLik = r.A2 = r.AICc = r.Weight = r.P = r.PTable = r.LrtP = kNaN;
-        r.F = m_Fits::FitRow(i, s);
+        try {
+            r.F = m_Fits::FitRow(i, s);
+        } catch (const std::exception&) { // out of memory: the row fails, the others stand
+            r.F = m_Fits::Fit{};
+            r.F.Status = kNotComputed;
+        }
         if (!r.F.Status.empty()) {
             r.Status = r.F.Status;
             return;

@@ -90,4 +90,30 @@ TEST(Identify, BadSamplesEndInAStatus) {
     }
 }
 
+TEST(Identify, SimulatedPMeetsThePublishedTables) {
+    // 5 % points of A2 with the parameters estimated, n = 20: the exponential
+    // A2 (1 + 0.6/n) = 1.341 (Stephens 1974), the Weibull as the extreme-value
+    // law of ln x A2 (1 + 0.2/sqrt n) = 0.757 (Stephens 1977), the normal
+    // A2 (1 + 0.75/n + 2.25/n^2) = 0.752 (D'Agostino & Stephens 1986).
+    const double n = 20;
+    using m_Curves::Kind;
+    struct Case {
+        Row R;
+        m_Curves::Curve C;
+        double A2;
+    } cases[] = {
+        {kExponential, {Kind::Exponential, {1, 0, 0, 0}}, 1.341 / (1 + 0.6 / n)},
+        {kWeibull, {Kind::Weibull, {2, 1, 0, 0}}, 0.757 / (1 + 0.2 / std::sqrt(n))},
+        {kNormal, {Kind::Normal, {0, 1, 0, 0}}, 0.752 / (1 + 0.75 / n + 2.25 / (n * n))},
+    };
+    for (const Case& c : cases)
+        EXPECT_NEAR(m_Identify::SimulatedP(c.R, c.C, c.A2, 20, {4000, 3, 2}), 0.05, 0.015)
+            << Info(c.R).Name;
+    // The normal table's p against the simulation over its pieces.
+    for (double a2 : {0.25, 0.4, 0.9})
+        EXPECT_NEAR(m_Identify::SimulatedP(kNormal, cases[2].C, a2, 20, {4000, 5, 2}),
+                    m_GoodnessOfFit::NormalTableP(a2, n), 0.03)
+            << a2;
+}
+
 } // namespace

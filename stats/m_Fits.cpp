@@ -60,7 +60,6 @@ namespace {
 using m_Curves::Curve;
 using m_Curves::Kind;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kLog2Pi = 1.83787706640934548356;
 // Below this spread relative to the location, a curve's variate has no digits left.
 constexpr double kResolution = 1e-13;
@@ -190,9 +189,9 @@ template <class F> double Refine(F&& f, double lo, double hi) {
     return r.first;
 }
 
-// Profile maximum over theta = x(1) - e^u. `make(values)` gives the profile on
-// those gaps (x - x(1)). Grid on the search values, Brent on all, and a check
-// that the refined point beats the bracket's ends on all the values.
+// Profile maximum over theta = x(1) - e^u: the gap e^u, or nothing when the
+// profile has no interior maximum. `make(gaps)` gives the profile on those gaps
+// (x - x(1)). The grid runs on the search values, the climb and Brent on all.
 template <class Make> std::optional<double> ThresholdGap(const Sample& s, Make make) {
     const std::vector<double>& x = s.X;
     const double range = x.back() - x.front();
@@ -232,8 +231,8 @@ template <class Make> std::optional<double> ThresholdGap(const Sample& s, Make m
         }
         j = right > left ? j + 1 : j - 1;
     }
-    const double u = Refine(all, lo + step * (best - 1), lo + step * (best + 1));
-    if (!(all(u) >= at(best))) return std::nullopt;
+    double u = Refine(all, lo + step * (best - 1), lo + step * (best + 1));
+    if (!(all(u) >= at(best))) u = lo + step * best; // Brent never did worse than the grid
     return std::exp(u);
 }
 

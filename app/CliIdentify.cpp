@@ -115,10 +115,10 @@ std::string RowJson(const m_Identify::RowResult& r, const IdentifyRequest& q) {
     return row.Str();
 }
 
-// 1,000 simulated samples per row, but no more than 2e7 simulated values per row
+// 1,000 simulated samples per row, but no more than 5e6 simulated values per row
 // (at least 19 samples): a million values would otherwise take an hour.
 int DefaultReplicates(std::size_t n) {
-    constexpr double kBudget = 2e7;
+    constexpr double kBudget = 5e6;
     return static_cast<int>(std::clamp(kBudget / static_cast<double>(n), 19.0, 1000.0));
 }
 

@@ -12,12 +12,13 @@ class App;
 
 namespace cli {
 
-void AddMoments(CLI::App& program, int& status); // moments DIST P1 [P2 [P3]]
-void AddPdf(CLI::App& program, int& status);     // pdf DIST P1..P4 --range LOW HIGH --points N
-void AddPnc(CLI::App& program, int& status);     // pnc DIST P1..P4 [--lsl X] [--usl X], or stdin
-void AddFit(CLI::App& program, int& status);     // fit MEAN SD SKEW KURT, or lines on stdin
-void AddData(CLI::App& program, int& status);    // data FILE|- [--lsl X] [--usl X] [--target X]
-void AddPlot(CLI::App& program, int& status);    // plot --dist NAME ... (the window, headless)
+void AddMoments(CLI::App& program, int& status);  // moments DIST P1 [P2 [P3]]
+void AddPdf(CLI::App& program, int& status);      // pdf DIST P1..P4 --range LOW HIGH --points N
+void AddPnc(CLI::App& program, int& status);      // pnc DIST P1..P4 [--lsl X] [--usl X], or stdin
+void AddFit(CLI::App& program, int& status);      // fit MEAN SD SKEW KURT, or lines on stdin
+void AddData(CLI::App& program, int& status);     // data FILE|- [--lsl X] [--usl X] [--target X]
+void AddIdentify(CLI::App& program, int& status); // identify FILE|- [--column C] ...
+void AddPlot(CLI::App& program, int& status);     // plot --dist NAME ... (the window, headless)
 // quantile DIST P1..P4 --lower P | --upper P
 void AddQuantile(CLI::App& program, int& status);
 

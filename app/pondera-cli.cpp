@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
     cli::AddFit(program, status);
     cli::AddData(program, status);
     cli::AddQuantile(program, status);
+    cli::AddIdentify(program, status);
 #ifndef PONDERA_NO_PLOT
     cli::AddPlot(program, status);
 #endif

@@ -184,4 +184,31 @@ TEST(CliEngine, EchoedTextIsValidJsonAndAWriteErrorIsAnError) {
     }
 }
 
+TEST(CliIdentify, AnswersWithEveryRowInTableOrder) {
+    // The ball-bearing lifetimes (Lieblein & Zelen 1956); the figures are the stats tests'
+    // business.
+    const std::string bearings = "17.88 28.92 33.00 41.52 42.12 45.60 48.48 51.84 51.96 54.12 "
+                                 "55.56 67.80 68.64 68.64 68.88 84.12 93.12 98.64 105.12 105.84 "
+                                 "127.92 128.04 173.40\n";
+    const Value v =
+        Cli({"identify", "-", "--replicates", "0", "--lsl", "10", "--usl", "200"}, bearings)
+            .Objects.at(0);
+    EXPECT_EQ(v["n"], 23);
+    const char* rows[] = {"Normal",      "LogNormal",         "LogNormal 3P",
+                          "Exponential", "Exponential 2P",    "Weibull",
+                          "Weibull 3P",  "Johnson (moments)", "Johnson (percentiles)"};
+    ASSERT_EQ(v["fits"].size(), 9u);
+    for (int i = 0; i < 9; ++i) {
+        const Value& row = v["fits"][i];
+        EXPECT_EQ(row["row"], rows[i]);
+        EXPECT_EQ(row["status"], "ok") << rows[i];
+        EXPECT_TRUE(row["p"].is_null() && row["rank"].is_number() && row["total"].is_number());
+    }
+    EXPECT_NEAR(v["fits"][5]["params"][0].get<double>(), 2.102, 0.0005);
+    EXPECT_TRUE(v["fits"][8]["z"].is_number() && v["fits"][8]["type"].is_string());
+    const CliRun tooFew = Cli({"identify", "-"}, "1\n2\n3\n4\n");
+    EXPECT_EQ(tooFew.Status, 2);
+    EXPECT_TRUE(tooFew.Objects.empty());
+}
+
 } // namespace

@@ -1,0 +1,534 @@
+// The estimators of the nine rows.
+//
+// Normal and LogNormal report s with divisor n - 1 (of x, of ln x), as the
+// capability packages do; every other row is maximum likelihood, except the
+// Exponential 2P pair, whose likelihood peaks on the boundary min = x(1), so the
+// unbiased pair scale* = n (mean - x(1)) / (n - 1), min* = x(1) - scale*/n is
+// reported instead.
+//
+// Three-parameter rows (Harter & Moore 1966; Cohen & Whitten 1980): the
+// likelihood grows without bound as the threshold reaches x(1), so the estimate
+// is the interior local maximum of the profile l(theta) below x(1), searched in
+// u with theta = x(1) - e^u (the profile is smooth in u): a grid brackets it,
+// Brent's method refines it. No interior maximum: no estimate, never theta = x(1).
+//   LogNormal: mu, sigma^2 of ln(x - theta) (divisor n),
+//     l = -n ln sigma - sum ln(x - theta) - n/2 (1 + ln 2 pi).
+//   Weibull: l(theta) is the two-parameter maximum on x - theta. Its shape k
+//     solves sum x^k ln x / sum x^k - 1/k - mean ln x = 0 (increasing in k);
+//     Newton safeguarded by bisection, on y = ln(x / max x) so that nothing
+//     overflows; then scale = max x (mean e^(k y))^(1/k) and
+//     l = n (ln k - ln max x - ln mean e^(k y) + (k - 1) mean y - 1).
+//
+// Johnson from percentiles (Slifker & Shapiro 1980, on the z grid of Chou,
+// Polansky & Mason 1998): for each z the sample quantiles x-3, x-1, x1, x3 at
+// Phi(-3z), Phi(-z), Phi(z), Phi(3z) give m = x3 - x1, n = x-1 - x-3,
+// p = x1 - x-1; m n / p^2 below 1 is SB, above 1 SU, about 1 SL, and the
+// curve's transform maps the four quantiles exactly onto -3z, -z, z, 3z:
+//   SU  delta = 2z / acosh((m/p + n/p)/2),
+//       gamma = delta asinh((n/p - m/p) / (2 sqrt(m n/p^2 - 1))),
+//       lamda = 2p sqrt(m n/p^2 - 1) / ((m/p + n/p - 2) sqrt(m/p + n/p + 2)),
+//       xi = (x1 + x-1)/2 + p (n/p - m/p) / (2 (m/p + n/p - 2));
+//   SB  with a = (1 + p/m)(1 + p/n), b = p^2/(m n) - 1:
+//       delta = z / acosh(sqrt(a)/2),
+//       gamma = delta asinh((p/n - p/m) sqrt(a - 4) / (2b)),
+//       lamda = p sqrt((a - 2)^2 - 4) / b,
+//       xi = (x1 + x-1)/2 - lamda/2 + p (p/n - p/m) / (2b);
+//   SL  delta = 2z / ln(m/p), gamma = delta ln((m/p - 1) / (p sqrt(m/p))),
+//       lamda = 1, xi = (x1 + x-1)/2 - (p/2)(m/p + 1)/(m/p - 1); a sample
+//       skewed to the left is fitted mirrored (lamda = -1).
+// A z whose curve leaves out a value is skipped; of the others the one whose
+// transformed sample looks most normal (smallest A2 with its own mean and s,
+// hence the largest table p) is kept.
+#include "stats/m_Fits.h"
+
+#include "johnson/JohnsonDist.h"
+#include "johnson/m_SampleData.h"
+#include "stats/m_GoodnessOfFit.h"
+
+#include <boost/math/tools/minima.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+
+namespace m_Fits {
+
+namespace {
+
+using m_Curves::Curve;
+using m_Curves::Kind;
+
+constexpr double kLog2Pi = 1.83787706640934548356;
+// Below this spread relative to the location, a curve's variate has no digits left.
+constexpr double kResolution = 1e-13;
+// Past this many values the profile grids and the percentile z search run on
+// evenly spaced order statistics; the final refinement uses every value.
+constexpr std::size_t kSearchValues = 20000;
+
+const RowInfo kRows[kRowCount] = {
+    {"Normal", 2, -1},
+    {"LogNormal", 2, -1},
+    {"LogNormal 3P", 3, kLogNormal},
+    {"Exponential", 1, -1},
+    {"Exponential 2P", 2, kExponential},
+    {"Weibull", 2, -1},
+    {"Weibull 3P", 3, kWeibull},
+    {"Johnson (moments)", 4, -1},
+    {"Johnson (percentiles)", 4, -1},
+};
+
+Fit Failed(const char* why) {
+    Fit f;
+    f.Status = why;
+    return f;
+}
+
+// Mean and standard deviation (divisor n - 1) of f(x) over the sample, two passes.
+template <class F> void MeanSd(const std::vector<double>& x, F f, double& mean, double& sd) {
+    long double sum = 0;
+    for (double v : x)
+        sum += f(v);
+    mean = static_cast<double>(sum / x.size());
+    long double ss = 0;
+    for (double v : x) {
+        const double d = f(v) - mean;
+        ss += d * d;
+    }
+    sd = std::sqrt(static_cast<double>(ss / (x.size() - 1)));
+}
+
+// Every order statistic when there are few, else kSearchValues evenly spaced
+// ones, always with the smallest and the largest.
+std::vector<double> SearchValues(const std::vector<double>& sorted) {
+    const std::size_t n = sorted.size();
+    if (n <= kSearchValues) return sorted;
+    std::vector<double> out(kSearchValues);
+    for (std::size_t i = 0; i < kSearchValues; ++i)
+        out[i] = sorted[static_cast<std::size_t>(
+            std::llround(static_cast<double>(i) * (n - 1) / (kSearchValues - 1)))];
+    return out;
+}
+
+// ---- Weibull ---------------------------------------------------------------
+
+// Shape by Newton on the score, kept inside a bracket that bisection narrows.
+// Converged, k is the last point the sums were taken at, and sumE their sum e^(k y).
+bool SolveShape(const std::vector<double>& y, double ybar, double& k, double& sumE) {
+    double lo = 0, hi = std::numeric_limits<double>::infinity();
+    for (int it = 0; it < 200; ++it) {
+        double a0 = 0, a1 = 0, a2 = 0;
+        for (double v : y) {
+            const double e = std::exp(k * v);
+            a0 += e;
+            a1 += v * e;
+            a2 += v * v * e;
+        }
+        const double m1 = a1 / a0, g = m1 - 1 / k - ybar, slope = a2 / a0 - m1 * m1 + 1 / (k * k);
+        if (g < 0)
+            lo = k;
+        else
+            hi = k;
+        double next = k - g / slope;
+        if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2 * k : 0.5 * (lo + hi);
+        if (std::fabs(next - k) <= 1e-11 * k || g == 0) { // past this, rounding in the sums
+            sumE = a0;
+            return std::isfinite(k) && k > 0;
+        }
+        k = next;
+    }
+    return false;
+}
+
+// The two-parameter fit on d = gap + c (gap >= 0 ascending, c > 0): the profile
+// of the threshold x(1) - c, or the plain fit with c = x(1) and gap = x - x(1).
+struct WeibullResult {
+    bool Ok = false;
+    double Shape = 0, Scale = 0, LogLik = -std::numeric_limits<double>::infinity();
+};
+
+WeibullResult WeibullOnGaps(const std::vector<double>& gap, double c, double shapeStart,
+                            std::vector<double>& y) {
+    WeibullResult r;
+    const std::size_t n = gap.size();
+    const double dmax = gap.back() + c;
+    y.resize(n);
+    long double sum = 0;
+    for (std::size_t i = 0; i < n; ++i)
+        sum += y[i] = std::log((gap[i] + c) / dmax);
+    const double ybar = static_cast<double>(sum / n);
+    if (!(ybar < 0)) return r; // no spread left at this threshold
+    double k = shapeStart;
+    if (!(k > 0)) { // pi / sqrt(6) over the sd of ln x: the extreme-value moment estimate
+        double mean = 0, sd = 0;
+        MeanSd(
+            y, [](double v) { return v; }, mean, sd);
+        k = sd > 0 ? 1.2825 / sd : 1;
+    }
+    double sumE = 0;
+    if (!SolveShape(y, ybar, k, sumE)) return r;
+    const double meanE = sumE / n;
+    r.Shape = k;
+    r.Scale = dmax * std::pow(meanE, 1 / k);
+    r.LogLik = n * (std::log(k) - std::log(dmax) - std::log(meanE) + (k - 1) * ybar - 1);
+    r.Ok = std::isfinite(r.LogLik) && std::isfinite(r.Scale) && r.Scale > 0;
+    return r;
+}
+
+// ---- Profile search ----------------------------------------------------------
+
+template <class F> double Refine(F&& f, double lo, double hi) {
+    std::uintmax_t iterations = 200;
+    const auto r = boost::math::tools::brent_find_minima(
+        [&](double u) {
+            const double v = f(u);
+            return std::isfinite(v) ? -v : std::numeric_limits<double>::max();
+        },
+        lo, hi, 20, iterations); // u to about 1e-6: the profile is flat at its top
+    return r.first;
+}
+
+// Profile maximum over theta = x(1) - e^u: the gap e^u, or nothing when the
+// profile has no interior maximum. `make(gaps)` gives the profile on those gaps
+// (x - x(1)). The grid runs on the search values, the climb and Brent on all.
+template <class Make> std::optional<double> ThresholdGap(const Sample& s, Make make) {
+    const std::vector<double>& x = s.X;
+    const double range = x.back() - x.front();
+    std::vector<double> gaps(x.size());
+    for (std::size_t i = 0; i < x.size(); ++i)
+        gaps[i] = x[i] - x.front();
+    std::vector<double> searchGaps = SearchValues(gaps);
+    const double lo = std::log(range) - 18.5, hi = std::log(range) + 9.5;
+    const int points = 40;
+    const double step = (hi - lo) / (points - 1);
+    auto all = make(gaps);
+    auto search = make(searchGaps);
+    std::vector<double> v(points);
+    for (int j = 0; j < points; ++j)
+        v[j] = search(lo + step * j);
+    int best = -1;
+    for (int j = 1; j + 1 < points; ++j)
+        if (std::isfinite(v[j - 1]) && std::isfinite(v[j + 1]) && v[j] > v[j - 1] &&
+            v[j] >= v[j + 1] && (best < 0 || v[j] > v[best]))
+            best = j;
+    if (best < 0) return std::nullopt;
+    // Climb the same grid on all the values from there: a subsample's profile
+    // peaks near, not at, the full one.
+    const bool sampled = searchGaps.size() < gaps.size();
+    std::vector<double> full(points, std::numeric_limits<double>::quiet_NaN());
+    auto at = [&](int j) {
+        if (!sampled) return v[j];
+        if (std::isnan(full[j])) full[j] = all(lo + step * j);
+        return full[j];
+    };
+    for (int j = best;;) {
+        if (j <= 0 || j >= points - 1) return std::nullopt;
+        const double here = at(j), left = at(j - 1), right = at(j + 1);
+        if (here > left && here >= right) {
+            best = j;
+            break;
+        }
+        j = right > left ? j + 1 : j - 1;
+    }
+    double u = Refine(all, lo + step * (best - 1), lo + step * (best + 1));
+    if (!(all(u) >= at(best))) u = lo + step * best; // Brent never did worse than the grid
+    return std::exp(u);
+}
+
+// ---- Rows ----------------------------------------------------------------------
+
+Fit NormalRow(const Sample& s) {
+    if (!(s.Sd > kResolution * std::max(std::fabs(s.X.front()), std::fabs(s.X.back()))))
+        return Failed(kTooNarrow);
+    Fit f;
+    f.C = {Kind::Normal, {s.Mean, s.Sd, 0, 0}};
+    return f;
+}
+
+Fit LogNormalRow(const Sample& s) {
+    if (!s.Positive) return Failed(kNeedsPositive);
+    double mu = 0, sd = 0;
+    MeanSd(
+        s.X, [](double v) { return std::log(v); }, mu, sd);
+    if (!(sd > kResolution * std::max(1.0, std::fabs(mu)))) return Failed(kTooNarrow);
+    Fit f;
+    f.C = {Kind::LogNormal, {mu, sd, 0, 0}};
+    const double n = static_cast<double>(s.X.size());
+    long double sumLog = 0;
+    for (double v : s.X)
+        sumLog += std::log(v);
+    const double sigmaMl = sd * std::sqrt((n - 1) / n);
+    f.MaxLogLik = static_cast<double>(-n * std::log(sigmaMl) - sumLog - 0.5 * n * (1 + kLog2Pi));
+    return f;
+}
+
+// The log-normal profile on ln(gap + c): Welford's running mean and variance.
+auto LogNormalProfile(const std::vector<double>& gaps) {
+    return [&gaps](double u) {
+        const double c = std::exp(u);
+        double mean = 0, m2 = 0;
+        long double sumLog = 0;
+        std::size_t i = 0;
+        for (double g : gaps) {
+            const double l = std::log(g + c);
+            sumLog += l;
+            const double d = l - mean;
+            mean += d / static_cast<double>(++i);
+            m2 += d * (l - mean);
+        }
+        const double n = static_cast<double>(gaps.size());
+        const double sigma = std::sqrt(m2 / n);
+        if (!(sigma > 0)) return -std::numeric_limits<double>::infinity();
+        return static_cast<double>(-n * std::log(sigma) - sumLog - 0.5 * n * (1 + kLog2Pi));
+    };
+}
+
+Fit LogNormal3PRow(const Sample& s) {
+    const std::optional<double> c =
+        ThresholdGap(s, [](const std::vector<double>& g) { return LogNormalProfile(g); });
+    const double theta = c ? s.X.front() - *c : 0;
+    // A gap below the resolution of x(1) cannot be written as a threshold.
+    if (!c || !(std::fabs((s.X.front() - theta) - *c) <= 1e-6 * *c)) return Failed(kNoThreshold);
+    double mu = 0, sd = 0;
+    const double x1 = s.X.front();
+    MeanSd(
+        s.X, [&](double v) { return std::log((v - x1) + *c); }, mu, sd);
+    const double n = static_cast<double>(s.X.size());
+    Fit f;
+    f.C = {Kind::LogNormal, {mu, sd * std::sqrt((n - 1) / n), theta, 0}};
+    std::vector<double> gaps(s.X.size());
+    for (std::size_t i = 0; i < gaps.size(); ++i)
+        gaps[i] = s.X[i] - x1;
+    f.MaxLogLik = LogNormalProfile(gaps)(std::log(*c));
+    return f;
+}
+
+Fit ExponentialRow(const Sample& s) {
+    if (!s.Positive) return Failed(kNeedsPositive);
+    Fit f;
+    f.C = {Kind::Exponential, {1 / s.Mean, 0, 0, 0}};
+    f.MaxLogLik = -static_cast<double>(s.X.size()) * (std::log(s.Mean) + 1);
+    return f;
+}
+
+Fit Exponential2PRow(const Sample& s) {
+    const double n = static_cast<double>(s.X.size());
+    const double spread = s.Mean - s.X.front();
+    if (!(spread > kResolution * std::fabs(s.X.front()))) return Failed(kTooNarrow);
+    const double scale = n * spread / (n - 1);
+    Fit f;
+    f.C = {Kind::Exponential, {1 / scale, s.X.front() - scale / n, 0, 0}};
+    f.MaxLogLik = -n * (std::log(spread) + 1); // at min = x(1), rate 1/(mean - x(1))
+    return f;
+}
+
+Fit WeibullRow(const Sample& s) {
+    if (!s.Positive) return Failed(kNeedsPositive);
+    std::vector<double> gaps(s.X.size()), y;
+    for (std::size_t i = 0; i < gaps.size(); ++i)
+        gaps[i] = s.X[i] - s.X.front();
+    const WeibullResult w = WeibullOnGaps(gaps, s.X.front(), 0, y);
+    if (!w.Ok) return Failed(kTooNarrow);
+    Fit f;
+    f.C = {Kind::Weibull, {w.Shape, w.Scale, 0, 0}};
+    f.MaxLogLik = w.LogLik;
+    return f;
+}
+
+Fit Weibull3PRow(const Sample& s) {
+    auto make = [](const std::vector<double>& g) {
+        return [&g, y = std::vector<double>(), shape = 0.0](double u) mutable {
+            const WeibullResult w = WeibullOnGaps(g, std::exp(u), shape, y);
+            if (w.Ok) shape = w.Shape; // a warm start for the next threshold
+            return w.Ok ? w.LogLik : -std::numeric_limits<double>::infinity();
+        };
+    };
+    const std::optional<double> c = ThresholdGap(s, make);
+    const double theta = c ? s.X.front() - *c : 0;
+    if (!c || !(std::fabs((s.X.front() - theta) - *c) <= 1e-6 * *c)) return Failed(kNoThreshold);
+    std::vector<double> gaps(s.X.size()), y;
+    for (std::size_t i = 0; i < gaps.size(); ++i)
+        gaps[i] = s.X[i] - s.X.front();
+    const WeibullResult w = WeibullOnGaps(gaps, *c, 0, y);
+    if (!w.Ok) return Failed(kNoThreshold);
+    Fit f;
+    f.C = {Kind::Weibull, {w.Shape, w.Scale, theta, 0}};
+    f.MaxLogLik = w.LogLik;
+    return f;
+}
+
+Fit JohnsonMomentsRow(const Sample& s) {
+    // The Johnson routines report through the program's one error path, which is
+    // not made for several threads at once.
+    static std::mutex lock;
+    std::lock_guard<std::mutex> hold(lock);
+    m_SampleData::Summary m;
+    if (!m_SampleData::Describe(s.X, m).empty()) return Failed(kNoMomentFit);
+    JohnsonDist fit;
+    fit.Calculate(m.Mean, m.StDev, m.Skewness, m.Kurtosis);
+    if (fit.CalcError != "Success") return Failed(kNoMomentFit);
+    Fit f;
+    f.Type = fit.JDistribution;
+    if (fit.JDistribution == "Normal") {
+        if (!(fit.Delta > 0)) return Failed(kNoMomentFit);
+        f.C = {Kind::Normal, {-fit.Gamma / fit.Delta, 1 / fit.Delta, 0, 0}};
+    } else if (fit.JDistribution == "SB") {
+        f.C = {Kind::JohnsonSB, {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi}};
+    } else if (fit.JDistribution == "SU") {
+        f.C = {Kind::JohnsonSU, {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi}};
+    } else if (fit.JDistribution == "SL") {
+        f.C = {Kind::JohnsonSL, {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi}};
+    } else {
+        return Failed(kNoMomentFit); // the two-point limit has no density
+    }
+    return f;
+}
+
+double Phi(double z) {
+    return 0.5 * std::erfc(-z / std::sqrt(2.0));
+}
+
+// The Slifker-Shapiro curve through the four quantiles (q[0..3] at -3z, -z, z, 3z).
+std::optional<Fit> PercentileCurve(const double (&q)[4], double z) {
+    const double m = q[3] - q[2], n = q[1] - q[0], p = q[2] - q[1];
+    if (!(m > 0 && n > 0 && p > 0)) return std::nullopt;
+    const double ratio = m * n / (p * p), mid = 0.5 * (q[1] + q[2]);
+    Fit f;
+    f.Z = z;
+    if (std::fabs(ratio - 1) <= 1e-6) {
+        const bool mirrored = m < n; // skewed to the left: fit -x
+        const double mp = (mirrored ? n : m) / p;
+        if (!(mp > 1)) return std::nullopt;
+        const double delta = 2 * z / std::log(mp);
+        const double gamma = delta * std::log((mp - 1) / (p * std::sqrt(mp)));
+        const double xi = (mirrored ? -mid : mid) - 0.5 * p * (mp + 1) / (mp - 1);
+        f.Type = "SL";
+        f.C = {Kind::JohnsonSL, {delta, gamma, mirrored ? -1.0 : 1.0, mirrored ? -xi : xi}};
+    } else if (ratio > 1) {
+        const double mp = m / p, np = n / p, root = std::sqrt(ratio - 1);
+        const double delta = 2 * z / std::acosh(0.5 * (mp + np));
+        const double gamma = delta * std::asinh((np - mp) / (2 * root));
+        const double lamda = 2 * p * root / ((mp + np - 2) * std::sqrt(mp + np + 2));
+        const double xi = mid + p * (np - mp) / (2 * (mp + np - 2));
+        f.Type = "SU";
+        f.C = {Kind::JohnsonSU, {delta, gamma, lamda, xi}};
+    } else {
+        const double pm = p / m, pn = p / n, a = (1 + pm) * (1 + pn), b = pm * pn - 1;
+        const double delta = z / std::acosh(0.5 * std::sqrt(a));
+        const double gamma = delta * std::asinh((pn - pm) * std::sqrt(a - 4) / (2 * b));
+        const double lamda = p * std::sqrt((a - 2) * (a - 2) - 4) / b;
+        const double xi = mid - 0.5 * lamda + p * (pn - pm) / (2 * b);
+        f.Type = "SB";
+        f.C = {Kind::JohnsonSB, {delta, gamma, lamda, xi}};
+    }
+    for (double v : f.C.P)
+        if (!std::isfinite(v)) return std::nullopt;
+    if (!(f.C.P[0] > 0) || (f.Type != "SL" && !(f.C.P[2] > 0))) return std::nullopt;
+    return f;
+}
+
+Fit JohnsonPercentilesRow(const Sample& s) {
+    const std::vector<double> search = SearchValues(s.X);
+    std::optional<Fit> best;
+    double bestA2 = std::numeric_limits<double>::infinity();
+    std::vector<double> z(search.size());
+    for (int j = 0; j <= 100; ++j) {
+        const double zz = (25 + j) / 100.0; // 0.25, 0.26, ... as typed
+        const double q[4] = {Quantile(s.X, Phi(-3 * zz)), Quantile(s.X, Phi(-zz)),
+                             Quantile(s.X, Phi(zz)), Quantile(s.X, Phi(3 * zz))};
+        std::optional<Fit> f = PercentileCurve(q, zz);
+        if (!f) continue;
+        // The transform rises with x, so the transformed values stay sorted.
+        bool covered = true;
+        for (std::size_t i = 0; i < search.size() && covered; ++i) {
+            z[i] = m_Curves::ToStandard(f->C, search[i]);
+            covered = std::isfinite(z[i]);
+        }
+        if (!covered) continue;
+        double mean = 0, sd = 0;
+        MeanSd(
+            z, [](double v) { return v; }, mean, sd);
+        if (!(sd > 0)) continue;
+        const m_GoodnessOfFit::Measures m =
+            m_GoodnessOfFit::Measure({Kind::Normal, {mean, sd, 0, 0}}, z);
+        if (m.Covered && m.A2 < bestA2) {
+            bestA2 = m.A2;
+            best = std::move(f);
+        }
+    }
+    if (!best) return Failed(kNoPercentileFit);
+    // The search values may have skipped one that the curve leaves out.
+    if (!std::isfinite(m_Curves::ToStandard(best->C, s.X.front())) ||
+        !std::isfinite(m_Curves::ToStandard(best->C, s.X.back())))
+        return Failed(kNoPercentileFit);
+    return *best;
+}
+
+} // namespace
+
+const RowInfo& Info(int row) {
+    return kRows[row];
+}
+
+Sample Prepare(std::vector<double> values) {
+    Sample s;
+    s.X = std::move(values);
+    std::sort(s.X.begin(), s.X.end());
+    if (s.X.size() < 2) return s;
+    MeanSd(
+        s.X, [](double v) { return v; }, s.Mean, s.Sd);
+    s.Positive = s.X.front() > 0;
+    return s;
+}
+
+double Quantile(const std::vector<double>& sorted, double p) {
+    const std::size_t n = sorted.size();
+    const double pos = n * p + 0.5;
+    if (pos <= 1) return sorted.front();
+    if (pos >= n) return sorted.back();
+    const std::size_t i = static_cast<std::size_t>(pos); // 1-based lower neighbour
+    const double frac = pos - i;
+    return sorted[i - 1] + frac * (sorted[i] - sorted[i - 1]);
+}
+
+bool FitWeibull(const std::vector<double>& d, double& shape, double& scale, double& logLik,
+                double shapeStart) {
+    std::vector<double> sorted = d, y;
+    std::sort(sorted.begin(), sorted.end());
+    if (sorted.empty() || !(sorted.front() > 0)) return false;
+    const double x1 = sorted.front();
+    for (double& v : sorted)
+        v -= x1;
+    const WeibullResult w = WeibullOnGaps(sorted, x1, shapeStart, y);
+    shape = w.Shape, scale = w.Scale, logLik = w.LogLik;
+    return w.Ok;
+}
+
+Fit FitRow(int row, const Sample& s) {
+    if (s.X.size() < kMinValues || !(s.X.back() > s.X.front()) || !std::isfinite(s.Sd))
+        return Failed(kTooFew);
+    switch (row) {
+    case kNormal:
+        return NormalRow(s);
+    case kLogNormal:
+        return LogNormalRow(s);
+    case kLogNormal3P:
+        return LogNormal3PRow(s);
+    case kExponential:
+        return ExponentialRow(s);
+    case kExponential2P:
+        return Exponential2PRow(s);
+    case kWeibull:
+        return WeibullRow(s);
+    case kWeibull3P:
+        return Weibull3PRow(s);
+    case kJohnsonMoments:
+        return JohnsonMomentsRow(s);
+    case kJohnsonPercentiles:
+        return JohnsonPercentilesRow(s);
+    }
+    return Failed(kTooFew);
+}
+
+} // namespace m_Fits

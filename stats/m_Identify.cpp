@@ -1,0 +1,204 @@
+// Ranking by AICc (weights exp(-dAICc/2) / sum): A2 is not comparable across
+// families, so it is shown beside the rank, not used for it.
+//
+// The simulated p is a parametric bootstrap (as scipy.stats.goodness_of_fit):
+// for the location-scale rows it is exact up to its Monte Carlo error
+// sqrt(p (1 - p) / R); for the threshold and Johnson rows it is the best
+// available. A sample whose refit fails (a 3P row without an interior maximum)
+// is drawn again from the next numbers of its stream, so R counts fitted samples.
+#include "stats/m_Identify.h"
+
+#include "stats/m_GoodnessOfFit.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <exception>
+#include <limits>
+#include <thread>
+
+namespace m_Identify {
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr const char* kNotComputed = "could not be computed";
+
+// SplitMix64 (Steele, Lea & Flood 2014): a stream per (seed, row, replicate).
+class Stream {
+  public:
+    Stream(std::uint64_t seed, int row, int replicate) {
+        state_ = Mix(Mix(Mix(seed) ^ static_cast<std::uint64_t>(row + 1)) ^
+                     static_cast<std::uint64_t>(replicate + 1));
+    }
+    // Uniform on (0, 1), never 0 or 1.
+    double Uniform() { return (static_cast<double>(Next() >> 11) + 0.5) * 0x1p-53; }
+    // Standard normal by Marsaglia's polar method.
+    double Normal() {
+        if (spare_) {
+            spare_ = false;
+            return saved_;
+        }
+        double u, v, s;
+        do {
+            u = 2 * Uniform() - 1;
+            v = 2 * Uniform() - 1;
+            s = u * u + v * v;
+        } while (s >= 1);
+        const double f = std::sqrt(-2 * std::log(s) / s);
+        saved_ = v * f;
+        spare_ = true;
+        return u * f;
+    }
+
+  private:
+    static std::uint64_t Mix(std::uint64_t z) {
+        z += 0x9E3779B97F4A7C15ull;
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+        return z ^ (z >> 31);
+    }
+    std::uint64_t Next() { return Mix(state_ += 0x9E3779B97F4A7C15ull); }
+    std::uint64_t state_;
+    bool spare_ = false;
+    double saved_ = 0;
+};
+
+struct Tally {
+    long Exceed = 0, Done = 0, Redraws = 0;
+    bool GaveUp = false;
+};
+
+void RunReplicate(int row, const m_Curves::Curve& fitted, double a2, std::size_t n,
+                  const Options& o, int r, Tally& t) {
+    Stream stream(o.Seed, row, r);
+    const bool normal = m_Curves::NormalBased(fitted.K);
+    std::vector<double> x(n);
+    for (int attempt = 0; attempt < 20; ++attempt) {
+        for (double& v : x)
+            v = m_Curves::FromStandard(fitted,
+                                       normal ? stream.Normal() : -std::log(stream.Uniform()));
+        m_Fits::Sample s;
+        m_Fits::Fit f;
+        try {
+            s = m_Fits::Prepare(x);
+            f = m_Fits::FitRow(row, s);
+        } catch (const std::exception&) {
+            t.GaveUp = true;
+            return;
+        }
+        const m_GoodnessOfFit::Measures m =
+            f.Status.empty() ? m_GoodnessOfFit::Measure(f.C, s.X) : m_GoodnessOfFit::Measures{};
+        if (m.Covered) {
+            ++t.Done;
+            if (m.A2 >= a2) ++t.Exceed;
+            return;
+        }
+        ++t.Redraws;
+    }
+    t.GaveUp = true;
+}
+
+} // namespace
+
+double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t n,
+                  const Options& o, int* redraws) {
+    if (o.Replicates <= 0) return kNaN;
+    const int threads = std::clamp(o.Threads, 1, 64);
+    std::vector<Tally> tallies(threads);
+    auto work = [&](int t) {
+        for (int r = t; r < o.Replicates; r += threads)
+            RunReplicate(row, fitted, a2, n, o, r, tallies[t]);
+    };
+    std::vector<std::thread> pool;
+    for (int t = 1; t < threads; ++t)
+        pool.emplace_back(work, t);
+    work(0);
+    for (std::thread& th : pool)
+        th.join();
+    Tally all;
+    for (const Tally& t : tallies) {
+        all.Exceed += t.Exceed, all.Done += t.Done, all.Redraws += t.Redraws;
+        all.GaveUp = all.GaveUp || t.GaveUp;
+    }
+    if (redraws) *redraws = static_cast<int>(all.Redraws);
+    if (all.GaveUp) return kNaN;
+    return (1.0 + all.Exceed) / (all.Done + 1.0);
+}
+
+std::vector<RowResult> Identify(const std::vector<double>& values, const Options& o) {
+    const m_Fits::Sample s = m_Fits::Prepare(values);
+    const double n = static_cast<double>(s.X.size());
+    std::vector<RowResult> rows(m_Fits::kRowCount);
+    auto fitRow = [&](int i) {
+        RowResult& r = rows[i];
+        r.Name = m_Fits::Info(i).Name;
+        r.LogLik = r.A2 = r.AICc = r.Weight = r.P = r.PTable = r.LrtP = kNaN;
+        try {
+            r.F = m_Fits::FitRow(i, s);
+        } catch (const std::exception&) { // out of memory: the row fails, the others stand
+            r.F = m_Fits::Fit{};
+            r.F.Status = kNotComputed;
+        }
+        if (!r.F.Status.empty()) {
+            r.Status = r.F.Status;
+            return;
+        }
+        const m_GoodnessOfFit::Measures m = m_GoodnessOfFit::Measure(r.F.C, s.X);
+        if (!m.Covered) {
+            r.Status = m_Fits::kOutside;
+            return;
+        }
+        r.LogLik = m.LogLik;
+        r.A2 = m.A2;
+        r.AICc = m_GoodnessOfFit::AICc(m.LogLik, m_Fits::Info(i).K, n);
+        // The table is for the normal: on ln x for the LogNormal row.
+        if (i == m_Fits::kNormal || i == m_Fits::kLogNormal)
+            r.PTable = m_GoodnessOfFit::NormalTableP(m.A2, n);
+    };
+    // The rows are independent: the threads take them slowest first.
+    static const int kOrder[m_Fits::kRowCount] = {
+        m_Fits::kWeibull3P, m_Fits::kLogNormal3P, m_Fits::kJohnsonPercentiles,
+        m_Fits::kWeibull,   m_Fits::kLogNormal,   m_Fits::kJohnsonMoments,
+        m_Fits::kNormal,    m_Fits::kExponential, m_Fits::kExponential2P};
+    std::atomic<int> next{0};
+    auto work = [&] {
+        for (int k; (k = next++) < m_Fits::kRowCount;)
+            fitRow(kOrder[k]);
+    };
+    {
+        std::vector<std::thread> pool;
+        const bool large = s.X.size() > 2000; // below, starting a thread costs more than it saves
+        for (int t = 1; large && t < std::clamp(o.Threads, 1, 64); ++t)
+            pool.emplace_back(work);
+        work();
+        for (std::thread& th : pool)
+            th.join();
+    }
+    for (int i = 0; i < m_Fits::kRowCount; ++i) {
+        const int nested = m_Fits::Info(i).Nested;
+        if (nested >= 0 && rows[i].Status == "ok" && rows[nested].Status == "ok")
+            rows[i].LrtP =
+                m_GoodnessOfFit::LikelihoodRatioP(rows[i].F.MaxLogLik, rows[nested].F.MaxLogLik);
+    }
+    // AICc weights and ranks among the rows that have an AICc.
+    double best = std::numeric_limits<double>::infinity();
+    for (const RowResult& r : rows)
+        if (std::isfinite(r.AICc)) best = std::min(best, r.AICc);
+    double total = 0;
+    for (const RowResult& r : rows)
+        if (std::isfinite(r.AICc)) total += std::exp(-0.5 * (r.AICc - best));
+    for (RowResult& r : rows) {
+        if (!std::isfinite(r.AICc)) continue;
+        r.Weight = std::exp(-0.5 * (r.AICc - best)) / total;
+        r.Rank = 1;
+        for (const RowResult& other : rows)
+            if (std::isfinite(other.AICc) && other.AICc < r.AICc) ++r.Rank;
+    }
+    for (int i = 0; i < m_Fits::kRowCount; ++i)
+        if (rows[i].Status == "ok")
+            rows[i].P = SimulatedP(i, rows[i].F.C, rows[i].A2, s.X.size(), o, &rows[i].Redraws);
+    return rows;
+}
+
+} // namespace m_Identify

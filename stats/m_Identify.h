@@ -1,0 +1,42 @@
+// Which distribution describes a sample: every row of m_Fits with its
+// log-likelihood, Anderson-Darling A2, AICc, AICc weight and rank, and its
+// p-values (simulated for every row, the normal table for Normal and
+// LogNormal, the likelihood ratio for the rows with a nested one).
+#pragma once
+
+#include "stats/m_Fits.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace m_Identify {
+
+struct Options {
+    int Replicates = 1000; // simulated samples per row; 0 skips the simulation
+    std::uint64_t Seed = 1;
+    int Threads = 2; // the answer is the same for any number
+};
+
+struct RowResult {
+    std::string Name;
+    m_Fits::Fit F;
+    std::string Status = "ok";                        // or why the row has no figures
+    double LogLik, A2, AICc, Weight, P, PTable, LrtP; // NaN when absent
+    int Rank = 0;                                     // 1 = lowest AICc; 0 = not ranked
+    int Redraws = 0; // simulated samples drawn again because their refit failed
+};
+
+// All nine rows in table order. A sample of fewer than 5 values or without
+// spread gives every row that status.
+std::vector<RowResult> Identify(const std::vector<double>& values, const Options& options);
+
+// The simulated p of one fitted row whose statistic on the n values was a2:
+// (1 + #{A2* >= a2}) / (R + 1) over R samples drawn from the fitted curve and
+// refitted by the same row. Replicate r of row `row` draws from its own stream
+// seeded by (seed, row, r), so threads only share the work. NaN when too many
+// refits fail.
+double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t n,
+                  const Options& options, int* redraws = nullptr);
+
+} // namespace m_Identify

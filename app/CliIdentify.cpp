@@ -34,16 +34,18 @@ struct SampleRead {
     std::string Problem;
 };
 
-// All reading of identify goes through here.
+// All reading of identify goes through here: the same reader, the same refusals
+// as data.
 SampleRead ReadSample(const std::string& path, const std::optional<std::string>& column) {
     SampleRead out;
-    m_SampleData::Parsed data = m_SampleData::ReadFile(path, '.');
+    m_SampleData::Parsed data = m_SampleData::ReadFile(path, {'.', column.value_or("")});
     if (!data.Problem.empty()) {
         out.Problem = data.Problem;
+        if (!column && data.ColumnNames.size() > 1) out.Problem += " with --column N|NAME";
         return out;
     }
     out.Values = std::move(data.Values);
-    out.Column = column;
+    if (!data.Column.empty()) out.Column = data.Column;
     return out;
 }
 

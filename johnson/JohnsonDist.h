@@ -90,6 +90,10 @@ class JohnsonDist {
     // nearLine: iterate on q = exp(-g / d) in place of g (see the .cpp).
     static void SbContinue(double rb1, double b2, bool nearLine, double& g, double& d, double& mu1,
                            double& m2, bool& fault);
+    // The SB shape (g, d) for |skewness| rb1 and beta2 b2 by nested one-dimensional
+    // solves, from the g, d given: slow but sure where SbContinue cannot finish.
+    static void SbSolve(double rb1, double b2, double& g, double& d, double& mu1, double& m2,
+                        bool& fault);
     // AS 99 MOM: the first six raw moments a[0..5] of the standard SB variable.
     static void MOM(double g, double d, double (&a)[6], bool& fault, int* passes = nullptr);
     // The same six moments by adaptive Gauss-Kronrod quadrature over the normal

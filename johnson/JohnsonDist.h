@@ -72,7 +72,9 @@ class JohnsonDist {
     };
 
     // AS 99 JNSN: type code (1 SL, 2 SU, 3 SB, 4 normal, 5 ST) and parameters for
-    // the four moments; ifault 0 success, 1 negative sd, 2 impossible moments.
+    // the four moments; ifault 0 success, 1 negative sd, 2 impossible moments,
+    // kNoCurve no curve could be had (a fault on the way, or no convergence).
+    static constexpr int16_t kNoCurve = 4;
     static void jnsn(double xbar, double sd, double rb1, double bb2, int& itype, double& gamma,
                      double& delta, double& xlam, double& xi, int16_t& ifault);
     // AS 99 SUFIT. `rounds`, when given, receives the number of passes.

@@ -57,7 +57,9 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
         // and goes to the error path.
         RequireFinite({xbar, sd, rb1, bb2});
         if (sd < 0) return;
-        ifault = 0;
+        // No curve until one is complete: a fault trapped on the way (here or in
+        // SUFIT or sbfit) must not end as a success with parameters of 0.
+        ifault = kNoCurve;
         xi = 0;
         xlam = 0;
         gamma = 0;
@@ -65,89 +67,127 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
         if (sd == 0) {
             itype = kST;
             xi = xbar;
+            ifault = 0;
             return;
         }
         const double b1 = ck(rb1 * rb1);
-        double b2 = bb2;
 
-        auto normal = [&] {
-            itype = kNormal;
-            delta = ck(1 / sd);
-            gamma = ck(-xbar / sd);
-        };
-        // The two-point limit on beta2 = beta1 + 1: probability delta at the upper
-        // point xlam, 1 - delta at the lower point xi.
-        auto twoPoint = [&] {
-            double y = ck(0.5 + 0.5 * std::sqrt(1 - 4 / (b1 + 4)));
-            if (rb1 > 0) y = 1 - y;
-            const double x = ck(sd / std::sqrt(y * (1 - y)));
-            xi = ck(xbar - y * x);
-            xlam = ck(xi + x);
-            delta = y;
-            itype = kST;
-        };
-        // The lognormal family; w = exp(delta^-2) of the lognormal with this beta1.
-        auto lognormal = [&](double w) {
-            itype = kSL;
-            xlam = sign(1, rb1);
-            const double u = ck(xlam * xbar);
-            const double x = ck(1 / std::sqrt(std::log(w)));
-            delta = x;
-            const double y = ck(0.5 * x * std::log(w * (w - 1) / (sd * sd)));
-            gamma = y;
-            xi = ck(xlam * (u - std::exp((0.5 / x - y) / x)));
-        };
+        // The curve for mean xm and sd s; the shape depends on rb1 and bb2 alone.
+        // Returns the fault code.
+        auto fitAt = [&](double xm, double s) -> int16_t {
+            double b2 = bb2;
+            auto normal = [&] {
+                itype = kNormal;
+                delta = ck(1 / sd);
+                gamma = ck(-xbar / sd);
+            };
+            // The two-point limit on beta2 = beta1 + 1: probability delta at the
+            // upper point xlam, 1 - delta at the lower point xi.
+            auto twoPoint = [&] {
+                double y = ck(0.5 + 0.5 * std::sqrt(1 - 4 / (b1 + 4)));
+                if (rb1 > 0) y = 1 - y;
+                const double x = ck(s / std::sqrt(y * (1 - y)));
+                xi = ck(xm - y * x);
+                xlam = ck(xi + x);
+                delta = y;
+                itype = kST;
+            };
+            // The lognormal family; w = exp(delta^-2) of the lognormal with this beta1.
+            auto lognormal = [&](double w) {
+                itype = kSL;
+                xlam = sign(1, rb1);
+                const double u = ck(xlam * xm);
+                const double x = ck(1 / std::sqrt(std::log(w)));
+                delta = x;
+                const double y = ck(0.5 * x * std::log(w * (w - 1) / (s * s)));
+                gamma = y;
+                xi = ck(xlam * (u - std::exp((0.5 / x - y) / x)));
+            };
 
-        if (bb2 >= 0) {
-            if (b2 > b1 + tolb + 1) {
-                if (std::fabs(rb1) <= tols && std::fabs(b2 - 3) <= tolb) {
-                    normal();
-                    return;
+            if (bb2 >= 0) {
+                if (b2 > b1 + tolb + 1) {
+                    if (std::fabs(rb1) <= tols && std::fabs(b2 - 3) <= tolb) {
+                        normal();
+                        return 0;
+                    }
+                } else if (b2 < b1 + 1) {
+                    return 2;
+                } else {
+                    twoPoint();
+                    return 0;
                 }
-            } else if (b2 < b1 + 1) {
-                ifault = 2;
-                return;
+            } else if (std::fabs(rb1) <= tols) {
+                // A negative kurtosis asks for the lognormal (the normal when symmetric).
+                normal();
+                return 0;
+            }
+
+            const LognormalPoint line = LognormalLine(rb1, b1);
+            const double w = line.W;
+            if (b2 < 0) b2 = line.B2;
+            const double x = ck(line.B2 - b2);
+
+            if (std::fabs(x) <= tolb) {
+                lognormal(w);
+                return 0;
+            }
+            // SUFIT and sbfit write all their parameters or none.
+            if (x <= 0) {
+                itype = kSU;
+                SUFIT(xm, s, rb1, b2, gamma, delta, xlam, xi);
+                return xlam > 0 ? 0 : kNoCurve;
+            }
+            itype = kSB;
+            // The flag goes by value, so sbfit can never report a failure here and
+            // the type stays SB, never the published fallback. Deliberate; keep
+            // it. sbfit finishes the fit itself where AS 99's iteration stops; a fit
+            // it cannot finish writes no parameters.
+            const bool sbFault = false;
+            sbfit(xm, s, rb1, b2, gamma, delta, xlam, xi, sbFault);
+            if (!sbFault) return xlam > 0 ? 0 : kNoCurve;
+            // The published fallback after a failed SB fit (never reached here).
+            if (b2 > b1 + 2) {
+                if (std::fabs(rb1) <= tols)
+                    normal();
+                else
+                    lognormal(w);
             } else {
                 twoPoint();
-                return;
             }
-        } else if (std::fabs(rb1) <= tols) {
-            // A negative kurtosis asks for the lognormal (the normal when symmetric).
-            normal();
-            return;
-        }
+            return 3;
+        };
 
-        const LognormalPoint line = LognormalLine(rb1, b1);
-        const double w = line.W;
-        if (b2 < 0) b2 = line.B2;
-        const double x = ck(line.B2 - b2);
-
-        if (std::fabs(x) <= tolb) {
-            lognormal(w);
+        // Far from 1 the sd's powers leave the doubles (sd^2 in the lognormal
+        // fit, 1e168 squared) before the curve does: there the curve is fitted
+        // for mean 0 and sd 1 and moved and stretched after, as its shape
+        // depends on skewness and kurtosis alone.
+        if (sd >= 1e-100 && sd <= 1e100) {
+            ifault = fitAt(xbar, sd);
             return;
         }
-        if (x <= 0) {
-            itype = kSU;
-            SUFIT(xbar, sd, rb1, b2, gamma, delta, xlam, xi);
+        const int16_t code = fitAt(0, 1);
+        if (code != 0) {
+            ifault = code;
             return;
         }
-        itype = kSB;
-        // The flag goes by value, so sbfit can never report a failure here and the
-        // type stays SB, never the published fallback. Deliberate; keep it. sbfit
-        // finishes the fit itself where AS 99's iteration stops.
-        const bool sbFault = false;
-        sbfit(xbar, sd, rb1, b2, gamma, delta, xlam, xi, sbFault);
-        if (!sbFault) return;
-        // The published fallback after a failed SB fit (never reached here).
-        ifault = 3;
-        if (b2 > b1 + 2) {
-            if (std::fabs(rb1) <= tols)
-                normal();
-            else
-                lognormal(w);
-        } else {
-            twoPoint();
+        switch (itype) {
+        case kSB:
+        case kSU:
+            xlam = ck(xlam * sd);
+            xi = ck(xbar + xi * sd);
+            break;
+        case kSL: // Z = gamma + delta ln(lamda (X - xi)), lamda = +-1
+            gamma = ck(gamma - delta * std::log(sd));
+            xi = ck(xbar + xi * sd);
+            break;
+        case kST: // two points
+            xi = ck(xbar + xi * sd);
+            xlam = ck(xbar + xlam * sd);
+            break;
+        default: // the normal was fitted to the moments as they are
+            break;
         }
+        ifault = 0;
     });
 }
 

@@ -77,7 +77,9 @@ class JohnsonDist {
     static constexpr int16_t kNoCurve = 4;
     static void jnsn(double xbar, double sd, double rb1, double bb2, int& itype, double& gamma,
                      double& delta, double& xlam, double& xi, int16_t& ifault);
-    // AS 99 SUFIT. `rounds`, when given, receives the number of passes.
+    // AS 99 SUFIT, finished by a solve on Johnson's closed-form moments where its
+    // answer misses skewness or kurtosis by more than 1e-4 (relative) or breaks
+    // down; writes all four parameters or none. `rounds`: the published passes.
     static void SUFIT(double xbar, double sd, double rb1, double b2, double& gamma, double& delta,
                       double& xlam, double& xi, long* rounds = nullptr);
     // AS 99 SBFIT, finished by SbContinue where AS 99's iteration stops. The

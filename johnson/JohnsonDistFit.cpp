@@ -1,6 +1,6 @@
 // Fitting Johnson curves by their first four moments: AS 99's JNSN, SUFIT, SBFIT
 // and MOM (Hill, Hill & Holder 1976), with this program's tolerances and limits,
-// and what the SB fit needs beyond them to finish wherever an SB curve exists.
+// and what the SB and SU fits need beyond them to finish wherever a curve exists.
 //
 // The published constants are kept digit for digit; the tolerances and limits
 // are this program's own (tighter than published) and are marked where used.
@@ -195,7 +195,8 @@ namespace {
 
 // A root of f on [a, b], f(a) < 0 < f(b), by the Illinois form of regula falsi
 // (bracketed, so it cannot run off; superlinear, so it is quick). f may return
-// NaN where it cannot be evaluated: that end is then halved towards the other.
+// NaN where it cannot be evaluated (past the numbers, on the far side of the
+// root): such a point counts as above the root.
 template <class F> bool Illinois(F&& f, double a, double fa, double b, double fb, double& x) {
     int side = 0;
     for (int k = 0; k < 200; ++k) {
@@ -233,7 +234,9 @@ SuShapeValue SuShape(double t, double om) {
     const double b = (1 + (2 + (3 - 3 / (w * w)) / w) / w) * (1 + e4 * e4) +
                      4 * (1 + 2 / w) / (w * w * w) * e2 * (1 + e4) +
                      6 * (2 + 1 / w) / (w * w * w * w * w) * e4;
-    // With A = 2 a e^{3 om}, C = w c e^{2 om} / 2 ... the exponentials cancel.
+    // Johnson's beta1 = w (w - 1) A^2 / (2 C^3) and beta2 = B / (2 C^2) with
+    // A = w^2 a e^{3 om} / 2, C = w c e^{2 om} / 2, B = w^6 b e^{4 om} / 2: the
+    // exponentials cancel.
     return {w * w * wm1 * a * a / (c * c * c), w * w * w * w * b / (c * c)};
 }
 

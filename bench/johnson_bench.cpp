@@ -40,16 +40,21 @@ std::vector<Moments> Grid() {
     return points;
 }
 
-// The SB region: skewness 0..4 by 0.25 with both signs, from 0.1 % of the way
-// above the lower boundary up to just under the lognormal line (the edge of the
-// SL band), at three locations and scales.
+// The SB region: skewness 0..4 by 0.25 and 5..30 by 2.5 with both signs, from
+// 0.1 % of the way above the lower boundary up to just under the lognormal line
+// (the edge of the SL band), at three locations and scales.
 std::vector<Moments> SbRegion() {
     const double fractions[] = {0.001, 0.003, 0.01, 0.03, 0.1,  0.2,  0.3,  0.4,   0.5,
                                 0.6,   0.7,   0.8,  0.9,  0.95, 0.97, 0.99, 0.999, 1};
     const Moments places[] = {{0, 1, 0, 0}, {1000, 25, 0, 0}, {-5, 0.01, 0, 0}};
     std::vector<Moments> points;
-    for (int i = -16; i <= 16; ++i) {
-        const double s = i * 0.25, b1 = s * s;
+    std::vector<double> skews;
+    for (int i = -16; i <= 16; ++i)
+        skews.push_back(i * 0.25);
+    for (int i = 2; i <= 12; ++i)
+        skews.insert(skews.end(), {-2.5 * i, 2.5 * i});
+    for (double s : skews) {
+        const double b1 = s * s;
         const double u = std::pow(0.5 * b1 + 1 + std::fabs(s) * std::sqrt(0.25 * b1 + 1), 1.0 / 3);
         const double w = u + 1 / u - 1, line = w * w * (3 + w * (2 + w)) - 3;
         const double low = b1 + 1 + 1e-4, high = line - 1.5e-4;

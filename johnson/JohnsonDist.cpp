@@ -36,7 +36,7 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
             double gamma = 0, delta = 0, xlam = 0, xi = 0;
             int16_t fault = 0;
             jnsn(mean, stDev, skewness, kurtosis, itype, gamma, delta, xlam, xi, fault);
-            if (fault == 1 || fault == 2) {
+            if (fault == 1 || fault == 2 || fault == kNoCurve) {
                 Delta = Lamda = Gamma = Xi = Alpha = 0;
                 JDistribution = "Error";
                 Reflected = false;
@@ -112,6 +112,9 @@ const char* JohnsonDist::FitMessage(int16_t fault) {
         case 3:
             text = "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
                    "intead.  Check that the SL or ST fit is adequate.";
+            break;
+        case kNoCurve:
+            text = "Error: the fit failed; no curve was found for these moments.";
             break;
         default:
             break;

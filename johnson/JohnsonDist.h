@@ -72,10 +72,14 @@ class JohnsonDist {
     };
 
     // AS 99 JNSN: type code (1 SL, 2 SU, 3 SB, 4 normal, 5 ST) and parameters for
-    // the four moments; ifault 0 success, 1 negative sd, 2 impossible moments.
+    // the four moments; ifault 0 success, 1 negative sd, 2 impossible moments,
+    // kNoCurve no curve could be had (a fault on the way, or no convergence).
+    static constexpr int16_t kNoCurve = 4;
     static void jnsn(double xbar, double sd, double rb1, double bb2, int& itype, double& gamma,
                      double& delta, double& xlam, double& xi, int16_t& ifault);
-    // AS 99 SUFIT. `rounds`, when given, receives the number of passes.
+    // AS 99 SUFIT, finished by a solve on Johnson's closed-form moments where its
+    // answer misses skewness or kurtosis by more than 1e-4 (relative) or breaks
+    // down; writes all four parameters or none. `rounds`: the published passes.
     static void SUFIT(double xbar, double sd, double rb1, double b2, double& gamma, double& delta,
                       double& xlam, double& xi, long* rounds = nullptr);
     // AS 99 SBFIT, finished by SbContinue where AS 99's iteration stops. The
@@ -90,6 +94,10 @@ class JohnsonDist {
     // nearLine: iterate on q = exp(-g / d) in place of g (see the .cpp).
     static void SbContinue(double rb1, double b2, bool nearLine, double& g, double& d, double& mu1,
                            double& m2, bool& fault);
+    // The SB shape (g, d) for |skewness| rb1 and beta2 b2 by nested one-dimensional
+    // solves, from the g, d given: slow but sure where SbContinue cannot finish.
+    static void SbSolve(double rb1, double b2, double& g, double& d, double& mu1, double& m2,
+                        bool& fault);
     // AS 99 MOM: the first six raw moments a[0..5] of the standard SB variable.
     static void MOM(double g, double d, double (&a)[6], bool& fault, int* passes = nullptr);
     // The same six moments by adaptive Gauss-Kronrod quadrature over the normal

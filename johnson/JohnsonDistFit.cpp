@@ -1,6 +1,6 @@
 // Fitting Johnson curves by their first four moments: AS 99's JNSN, SUFIT, SBFIT
 // and MOM (Hill, Hill & Holder 1976), with this program's tolerances and limits,
-// and what the SB fit needs beyond them to finish wherever an SB curve exists.
+// and what the SB and SU fits need beyond them to finish wherever a curve exists.
 //
 // The published constants are kept digit for digit; the tolerances and limits
 // are this program's own (tighter than published) and are marked where used.
@@ -41,7 +41,7 @@ LognormalPoint LognormalLine(double rb1, double b1) {
 }
 
 // SUFIT has no cap in AS 99; this one is only ever reached when it cycles.
-constexpr long kSufitMaxPasses = 100000;
+constexpr long kSufitMaxPasses = 2000;
 // Passes SUFIT may take to settle a negative m once beta1 has converged.
 constexpr long kSufitSettlePasses = 50;
 } // namespace
@@ -57,7 +57,9 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
         // and goes to the error path.
         RequireFinite({xbar, sd, rb1, bb2});
         if (sd < 0) return;
-        ifault = 0;
+        // No curve until one is complete: a fault trapped on the way (here or in
+        // SUFIT or sbfit) must not end as a success with parameters of 0.
+        ifault = kNoCurve;
         xi = 0;
         xlam = 0;
         gamma = 0;
@@ -65,91 +67,227 @@ void JohnsonDist::jnsn(double xbar, double sd, double rb1, double bb2, int& ityp
         if (sd == 0) {
             itype = kST;
             xi = xbar;
+            ifault = 0;
             return;
         }
         const double b1 = ck(rb1 * rb1);
-        double b2 = bb2;
 
-        auto normal = [&] {
-            itype = kNormal;
-            delta = ck(1 / sd);
-            gamma = ck(-xbar / sd);
-        };
-        // The two-point limit on beta2 = beta1 + 1: probability delta at the upper
-        // point xlam, 1 - delta at the lower point xi.
-        auto twoPoint = [&] {
-            double y = ck(0.5 + 0.5 * std::sqrt(1 - 4 / (b1 + 4)));
-            if (rb1 > 0) y = 1 - y;
-            const double x = ck(sd / std::sqrt(y * (1 - y)));
-            xi = ck(xbar - y * x);
-            xlam = ck(xi + x);
-            delta = y;
-            itype = kST;
-        };
-        // The lognormal family; w = exp(delta^-2) of the lognormal with this beta1.
-        auto lognormal = [&](double w) {
-            itype = kSL;
-            xlam = sign(1, rb1);
-            const double u = ck(xlam * xbar);
-            const double x = ck(1 / std::sqrt(std::log(w)));
-            delta = x;
-            const double y = ck(0.5 * x * std::log(w * (w - 1) / (sd * sd)));
-            gamma = y;
-            xi = ck(xlam * (u - std::exp((0.5 / x - y) / x)));
-        };
+        // The curve for mean xm and sd s; the shape depends on rb1 and bb2 alone.
+        // Returns the fault code.
+        auto fitAt = [&](double xm, double s) -> int16_t {
+            double b2 = bb2;
+            auto normal = [&] {
+                itype = kNormal;
+                delta = ck(1 / sd);
+                gamma = ck(-xbar / sd);
+            };
+            // The two-point limit on beta2 = beta1 + 1: probability delta at the
+            // upper point xlam, 1 - delta at the lower point xi.
+            auto twoPoint = [&] {
+                double y = ck(0.5 + 0.5 * std::sqrt(1 - 4 / (b1 + 4)));
+                if (rb1 > 0) y = 1 - y;
+                const double x = ck(s / std::sqrt(y * (1 - y)));
+                xi = ck(xm - y * x);
+                xlam = ck(xi + x);
+                delta = y;
+                itype = kST;
+            };
+            // The lognormal family; w = exp(delta^-2) of the lognormal with this beta1.
+            auto lognormal = [&](double w) {
+                itype = kSL;
+                xlam = sign(1, rb1);
+                const double u = ck(xlam * xm);
+                const double x = ck(1 / std::sqrt(std::log(w)));
+                delta = x;
+                const double y = ck(0.5 * x * std::log(w * (w - 1) / (s * s)));
+                gamma = y;
+                xi = ck(xlam * (u - std::exp((0.5 / x - y) / x)));
+            };
 
-        if (bb2 >= 0) {
-            if (b2 > b1 + tolb + 1) {
-                if (std::fabs(rb1) <= tols && std::fabs(b2 - 3) <= tolb) {
-                    normal();
-                    return;
+            if (bb2 >= 0) {
+                if (b2 > b1 + tolb + 1) {
+                    if (std::fabs(rb1) <= tols && std::fabs(b2 - 3) <= tolb) {
+                        normal();
+                        return 0;
+                    }
+                } else if (b2 < b1 + 1) {
+                    return 2;
+                } else {
+                    twoPoint();
+                    return 0;
                 }
-            } else if (b2 < b1 + 1) {
-                ifault = 2;
-                return;
+            } else if (std::fabs(rb1) <= tols) {
+                // A negative kurtosis asks for the lognormal (the normal when symmetric).
+                normal();
+                return 0;
+            }
+
+            const LognormalPoint line = LognormalLine(rb1, b1);
+            const double w = line.W;
+            if (b2 < 0) b2 = line.B2;
+            const double x = ck(line.B2 - b2);
+
+            if (std::fabs(x) <= tolb) {
+                lognormal(w);
+                return 0;
+            }
+            // SUFIT and sbfit write all their parameters or none.
+            if (x <= 0) {
+                itype = kSU;
+                SUFIT(xm, s, rb1, b2, gamma, delta, xlam, xi);
+                return xlam > 0 ? 0 : kNoCurve;
+            }
+            itype = kSB;
+            // The flag goes by value, so sbfit can never report a failure here and
+            // the type stays SB, never the published fallback. Deliberate; keep
+            // it. sbfit finishes the fit itself where AS 99's iteration stops; a fit
+            // it cannot finish writes no parameters.
+            const bool sbFault = false;
+            sbfit(xm, s, rb1, b2, gamma, delta, xlam, xi, sbFault);
+            if (!sbFault) return xlam > 0 ? 0 : kNoCurve;
+            // The published fallback after a failed SB fit (never reached here).
+            if (b2 > b1 + 2) {
+                if (std::fabs(rb1) <= tols)
+                    normal();
+                else
+                    lognormal(w);
             } else {
                 twoPoint();
-                return;
             }
-        } else if (std::fabs(rb1) <= tols) {
-            // A negative kurtosis asks for the lognormal (the normal when symmetric).
-            normal();
-            return;
-        }
+            return 3;
+        };
 
-        const LognormalPoint line = LognormalLine(rb1, b1);
-        const double w = line.W;
-        if (b2 < 0) b2 = line.B2;
-        const double x = ck(line.B2 - b2);
-
-        if (std::fabs(x) <= tolb) {
-            lognormal(w);
+        // Far from 1 the sd's powers leave the doubles (sd^2 in the lognormal
+        // fit, 1e168 squared) before the curve does: there the curve is fitted
+        // for mean 0 and sd 1 and moved and stretched after, as its shape
+        // depends on skewness and kurtosis alone.
+        if (sd >= 1e-100 && sd <= 1e100) {
+            ifault = fitAt(xbar, sd);
             return;
         }
-        if (x <= 0) {
-            itype = kSU;
-            SUFIT(xbar, sd, rb1, b2, gamma, delta, xlam, xi);
+        const int16_t code = fitAt(0, 1);
+        if (code != 0) {
+            ifault = code;
             return;
         }
-        itype = kSB;
-        // The flag goes by value, so sbfit can never report a failure here and the
-        // type stays SB, never the published fallback. Deliberate; keep it. sbfit
-        // finishes the fit itself where AS 99's iteration stops.
-        const bool sbFault = false;
-        sbfit(xbar, sd, rb1, b2, gamma, delta, xlam, xi, sbFault);
-        if (!sbFault) return;
-        // The published fallback after a failed SB fit (never reached here).
-        ifault = 3;
-        if (b2 > b1 + 2) {
-            if (std::fabs(rb1) <= tols)
-                normal();
-            else
-                lognormal(w);
-        } else {
-            twoPoint();
+        switch (itype) {
+        case kSB:
+        case kSU:
+            xlam = ck(xlam * sd);
+            xi = ck(xbar + xi * sd);
+            break;
+        case kSL: // Z = gamma + delta ln(lamda (X - xi)), lamda = +-1
+            gamma = ck(gamma - delta * std::log(sd));
+            xi = ck(xbar + xi * sd);
+            break;
+        case kST: // two points
+            xi = ck(xbar + xi * sd);
+            xlam = ck(xbar + xlam * sd);
+            break;
+        default: // the normal was fitted to the moments as they are
+            break;
         }
+        ifault = 0;
     });
 }
+
+namespace {
+
+// A root of f on [a, b], f(a) < 0 < f(b), by the Illinois form of regula falsi
+// (bracketed, so it cannot run off; superlinear, so it is quick). f may return
+// NaN where it cannot be evaluated (past the numbers, on the far side of the
+// root): such a point counts as above the root.
+template <class F> bool Illinois(F&& f, double a, double fa, double b, double fb, double& x) {
+    int side = 0;
+    for (int k = 0; k < 200; ++k) {
+        x = (fa * b - fb * a) / (fa - fb);
+        if (!(x > a && x < b)) x = 0.5 * (a + b);
+        const double fx = f(x);
+        if (fx == 0 || b - a <= 4e-16 * std::fabs(x)) return std::isfinite(fx);
+        if (std::isnan(fx) || fx > 0) {
+            b = x, fb = std::isnan(fx) ? 1 : fx;
+            if (side == 1) fa *= 0.5;
+            side = 1;
+        } else {
+            a = x, fa = fx;
+            if (side == -1) fb *= 0.5;
+            side = -1;
+        }
+    }
+    return false;
+}
+
+// beta1 and beta2 of the SU curve sinh(Z / delta - om) with t = 1 / delta^2 =
+// ln w (Johnson 1949), om >= 0. Written with every hyperbolic term divided by its
+// largest exponential and the powers of w taken out, so that it holds from the
+// normal (t -> 0) out to where beta2 leaves the doubles.
+struct SuShapeValue {
+    double B1, B2;
+};
+SuShapeValue SuShape(double t, double om) {
+    const double w = std::exp(t), wm1 = std::expm1(t);
+    const double e2 = std::exp(-2 * om), e4 = e2 * e2;
+    // sinh(3 om), sinh(om), cosh(2 om), cosh(4 om) over e^{3 om}, e^{om}, e^{2 om}, e^{4 om}, / 2.
+    const double s3 = -std::expm1(-6 * om), s1 = -std::expm1(-2 * om);
+    const double a = (1 + 2 / w) * s3 + 3 * s1 * e2 / (w * w);
+    const double c = (1 + e4) + 2 * e2 / w;
+    const double b = (1 + (2 + (3 - 3 / (w * w)) / w) / w) * (1 + e4 * e4) +
+                     4 * (1 + 2 / w) / (w * w * w) * e2 * (1 + e4) +
+                     6 * (2 + 1 / w) / (w * w * w * w * w) * e4;
+    // Johnson's beta1 = w (w - 1) A^2 / (2 C^3) and beta2 = B / (2 C^2) with
+    // A = w^2 a e^{3 om} / 2, C = w c e^{2 om} / 2, B = w^6 b e^{4 om} / 2: the
+    // exponentials cancel.
+    return {w * w * wm1 * a * a / (c * c * c), w * w * w * w * b / (c * c)};
+}
+
+// The SU shape (t = ln w, om >= 0) with beta1 = b1 and beta2 = b2, nested: at
+// fixed w beta1 rises with om from 0 to the lognormal value of that w, and along
+// a line of constant beta1 beta2 rises with w from the lognormal line. False
+// where the arithmetic gives out first.
+bool SuSolve(double b1, double b2, double tLine, double& t, double& om) {
+    auto omegaAt = [&](double tt, double& o) {
+        if (b1 == 0) {
+            o = 0;
+            return true;
+        }
+        auto f = [&](double x) {
+            const double v = SuShape(tt, x).B1;
+            return std::isfinite(v) ? (v - b1) / (v + b1) : std::nan("");
+        };
+        double hi = 1, fhi = f(hi);
+        while (!(fhi > 0)) {
+            if (hi > 300) return false;
+            hi *= 2, fhi = f(hi);
+        }
+        return Illinois(f, 0, -1, hi, fhi, o);
+    };
+    auto g = [&](double tt) {
+        double o = 0;
+        if (!omegaAt(tt, o)) return std::nan("");
+        const double v = SuShape(tt, o).B2;
+        return std::isfinite(v) ? (v - b2) / (v + b2) : std::nan("");
+    };
+    const double line = tLine > 0 ? SuShape(tLine, 300).B2 : 3; // the lognormal's beta2
+    double step = 1, hi = tLine + step, fhi = g(hi);
+    while (!(fhi > 0)) {
+        if (hi > 700) return false;
+        step *= 2, hi = tLine + step, fhi = g(hi);
+    }
+    if (!Illinois(g, tLine, (line - b2) / (line + b2), hi, fhi, t)) return false;
+    return omegaAt(t, om);
+}
+
+// True when the SU curve with this w and SUFIT's y has |skewness| and beta2
+// within 1e-4 of rb1 and b2 (relative), or when they cannot be told.
+bool SuMeets(double rb1, double b2, double w, double y) {
+    const SuShapeValue v = SuShape(std::log(w), std::fabs(y));
+    if (!std::isfinite(v.B1) || !std::isfinite(v.B2)) return true;
+    const double rb = std::sqrt(v.B1);
+    return (std::fabs(rb1) <= kTol || std::fabs(rb - std::fabs(rb1)) <= 1e-4 * std::fabs(rb1)) &&
+           std::fabs(v.B2 - b2) <= 1e-4 * b2;
+}
+
+} // namespace
 
 void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& gamma, double& delta,
                         double& xlam, double& xi, long* rounds) {
@@ -159,26 +297,24 @@ void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& g
         const double b1 = ck(rb1 * rb1);
         const double b3 = ck(b2 - 3);
         // First estimate of w = exp(delta^-2).
-        double w = ck(std::sqrt(std::sqrt(2 * b2 - 2.8 * b1 - 2) - 1));
+        double w = std::sqrt(std::sqrt(2 * b2 - 2.8 * b1 - 2) - 1);
         double y = 0;
         if (std::fabs(rb1) > tol) {
             // Johnson's iteration, y standing for his m (m / w = sinh^2 of the
             // SU shape, so never negative). Just above the lognormal line m grows
             // without bound and is very sensitive to w: there the published stop,
             // which watches only beta1, can leave m negative, which is no curve at
-            // all (the square root below fails), so a few more passes settle it.
-            // A negative m that persists (a skewness near 0 with a kurtosis beyond
-            // about 1e7) still ends in that reported error.
-            // The iteration converges in a handful of passes wherever the
-            // arithmetic holds, but for a kurtosis beyond about 1e11 rounding makes
-            // |b1 - z| wander above the tolerance for ever; the cap turns that
-            // into a reported error instead of a hang.
+            // all, so a few more passes settle it. It converges in a handful of
+            // passes wherever the arithmetic holds, but for a kurtosis beyond
+            // about 1e11 rounding makes |b1 - z| wander above the tolerance for
+            // ever; the cap hands those to the solver below.
             double z;
             long pass = 0;
             do {
-                if (++pass > kSufitMaxPasses)
-                    support::Raise(support::kErrInvalidCall, support::kAppTitle,
-                                   "The SU fit did not converge in 100000 passes.");
+                if (++pass > kSufitMaxPasses) {
+                    y = std::nan("");
+                    break;
+                }
                 const double w1 = w + 1;
                 const double wm1 = w - 1;
                 z = w1 * b3;
@@ -194,21 +330,43 @@ void JohnsonDist::SUFIT(double xbar, double sd, double rb1, double b2, double& g
                 v = w * w;
                 w = std::sqrt(
                     std::sqrt(1 - 2 * (1.5 - b2 + (b1 * (b2 - 1.5 - v * (1 + 0.5 * v))) / z)) - 1);
-                ck(w);
-                ck(z);
                 if (rounds) ++*rounds;
+                if (!std::isfinite(w) || !std::isfinite(z)) break;
             } while (std::fabs(b1 - z) > tol || (y < 0 && pass < kSufitSettlePasses));
-            y = ck(y / w);
-            y = ck(std::log(std::sqrt(y) + std::sqrt(y + 1)));
+            y = y / w;
+            y = std::log(std::sqrt(y) + std::sqrt(y + 1));
             if (rb1 > 0) y = -y;
         }
+        // AS 99 stops on |beta1 - z| <= 1e-4, loose for a small skewness (0.0185
+        // came out 10 % low), and its arithmetic breaks down far out (a kurtosis
+        // of 3e15, or just above the lognormal line at skewness 24): where its
+        // answer misses the moments by more than 1e-4, or there is none, the
+        // nested solve finds the shape.
+        const bool brokeDown = std::fetestexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID) ||
+                               !std::isfinite(w) || !std::isfinite(y) || !(w > 1);
+        std::feclearexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID);
+        if (brokeDown || !SuMeets(rb1, b2, w, y)) {
+            std::feclearexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID);
+            const double tLine = b1 == 0 ? 0 : std::log(LognormalLine(rb1, b1).W);
+            double t = 0, om = 0;
+            if (!SuSolve(std::fabs(rb1) <= tol ? 0 : b1, b2, tLine, t, om))
+                support::Raise(support::kErrInvalidCall, support::kAppTitle,
+                               "The SU fit did not converge.");
+            std::feclearexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID); // its trials
+            w = std::exp(t);
+            y = rb1 > 0 ? -om : om;
+        }
+        // All four or none: a fault part-way must not leave a curve behind.
         const double x = ck(std::sqrt(1 / std::log(w)));
-        delta = x;
-        gamma = ck(y * x);
+        const double g = ck(y * x);
         y = ck(std::exp(y));
         const double z = ck(y * y);
-        xlam = ck(sd / std::sqrt(0.5 * (w - 1) * (0.5 * w * (z + 1 / z) + 1)));
-        xi = ck((0.5 * std::sqrt(w) * (y - 1 / y)) * xlam + xbar);
+        const double lam = ck(sd / std::sqrt(0.5 * (w - 1) * (0.5 * w * (z + 1 / z) + 1)));
+        const double at = ck((0.5 * std::sqrt(w) * (y - 1 / y)) * lam + xbar);
+        delta = x;
+        gamma = g;
+        xlam = lam;
+        xi = at;
     });
 }
 
@@ -219,6 +377,7 @@ namespace {
 // six raw moments, in AS 99's arrangement.
 struct SbShape {
     double Mu1 = 0, M2 = 0, Rb = 0, B2 = 0, J[4] = {0, 0, 0, 0};
+    double DMu1[2] = {0, 0}, DM2[2] = {0, 0}; // d mu1 and d m2 by gamma, delta
 };
 
 // False when the moments fail or the variance is not positive (M2 then <= 0).
@@ -264,6 +423,8 @@ bool ShapeAt(double g, double d, SbShape& out, bool exact = false, bool* momFaul
         t = 2 * hmu[0] * dd[0];
         s = hmu[0] * dd[1];
         const double y = dd[1] - t;
+        out.DMu1[j] = dd[0];
+        out.DM2[j] = y;
         out.J[j] = (dd[2] - 3 * (s + hmu[1] * dd[0] - t * hmu[0]) - 1.5 * h3 * y / h2) / h2a;
         out.J[j + 2] = (dd[3] - 4 * (dd[2] * hmu[0] + dd[0] * hmu[2]) +
                         6 * (hmu[1] * t + hmu[0] * (s - t * hmu[0])) - 2 * h4 * y / h2) /
@@ -350,6 +511,95 @@ void JohnsonDist::SbContinue(double rb1, double b2, bool nearLine, double& g, do
     });
 }
 
+namespace {
+
+// The gamma >= 0 at which the SB curve with this delta has skewness rb1, from
+// the gamma given: at fixed delta the skewness rises from 0 (gamma = 0) towards
+// the lognormal value of that delta, so a bracket kept around Newton's steps
+// always closes. False when delta is past the lognormal line or the moments fail.
+bool GammaForSkewness(double rb1, double d, double& g, SbShape& at, int& shapes) {
+    constexpr int kMaxShapes = 80;
+    if (rb1 == 0) {
+        g = 0;
+        ++shapes;
+        return ShapeAt(0, d, at, true);
+    }
+    double lo = 0, hi = INFINITY;
+    for (int k = 0; k < kMaxShapes; ++k) {
+        ++shapes;
+        if (!ShapeAt(g, d, at, true)) {
+            // Past the numbers far up the line: come back down.
+            if (g == 0) return false;
+            hi = g;
+            g = std::isfinite(hi) ? 0.5 * (lo + hi) : g;
+            continue;
+        }
+        const double miss = at.Rb - rb1;
+        if (std::fabs(miss) <= 1e-11 * rb1) return true;
+        (miss < 0 ? lo : hi) = g;
+        if (std::isfinite(hi) && hi - lo <= 1e-14 * hi) return std::fabs(miss) <= 1e-7 * rb1;
+        double gn = g - miss / at.J[0];
+        if (!(gn > lo && gn < hi)) gn = std::isfinite(hi) ? 0.5 * (lo + hi) : 2 * g + 1;
+        g = gn;
+    }
+    return false;
+}
+
+} // namespace
+
+void JohnsonDist::SbSolve(double rb1, double b2, double& g, double& d, double& mu1, double& m2,
+                          bool& fault) {
+    fault = true;
+    support::Trap({kModule, __func__}, [&] {
+        // One unknown at a time. Along a line of constant skewness beta2 rises
+        // with delta from the lower boundary (delta -> 0) to the lognormal line
+        // (delta -> the lognormal delta of that skewness); at each delta gamma is
+        // found by GammaForSkewness. Safeguarded Newton on delta with the total
+        // derivative along the line, inside a bracket that only shrinks, so it
+        // converges wherever the moments can be had; slower than the iterations
+        // before it, hence the last resort.
+        constexpr int kMaxShapes = 600;
+        const double b1 = rb1 * rb1;
+        double lo = 0, hi = INFINITY;
+        if (rb1 > 0) hi = 1 / std::sqrt(std::log(LognormalLine(rb1, b1).W));
+        if (!(d > lo && d < hi)) d = std::isfinite(hi) ? 0.5 * hi : 1;
+        if (!(g >= 0) || !std::isfinite(g)) g = 0;
+        int shapes = 0;
+        SbShape at;
+        while (shapes < kMaxShapes) {
+            if (!GammaForSkewness(rb1, d, g, at, shapes)) {
+                // Nothing to be had at this delta: close in from the side that
+                // failed, which is the lognormal one (gamma runs off there).
+                hi = d;
+                d = lo > 0 ? std::sqrt(lo * hi) : 0.5 * hi;
+                continue;
+            }
+            const double miss = at.B2 - b2;
+            if (std::fabs(miss) <= 1e-11 * b2) break;
+            (miss < 0 ? lo : hi) = d;
+            if (std::isfinite(hi) && hi - lo <= 1e-14 * hi) {
+                if (std::fabs(miss) > 1e-7 * b2) return;
+                break;
+            }
+            const double slope = rb1 > 0 ? at.J[3] - at.J[2] * at.J[1] / at.J[0] : at.J[3];
+            double dn = d - miss / slope;
+            if (!(dn > lo && dn < hi))
+                dn = !std::isfinite(hi) ? 2 * d : lo > 0 ? std::sqrt(lo * hi) : 0.25 * hi;
+            // Gamma moves with delta along the line of constant skewness.
+            if (rb1 > 0) {
+                const double gn = g - (dn - d) * at.J[1] / at.J[0];
+                if (gn >= 0 && std::isfinite(gn)) g = gn;
+            }
+            d = dn;
+        }
+        if (shapes >= kMaxShapes) return;
+        std::feclearexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID); // the rejected trials
+        mu1 = at.Mu1;
+        m2 = at.M2;
+        fault = false;
+    });
+}
+
 void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, double& gamma,
                         double& delta, double& xlam, double& xi, bool fault, SbfitTrace* trace) {
     support::Trap({kModule, __func__}, [&] {
@@ -414,15 +664,19 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
         const double g0 = g, d0 = d;
 
         auto assemble = [&](double gg, double dd, double mu1, double m2) {
+            // Mirrored, the curve's mean sits at the far end of its range, and
+            // beyond a range of 1e11 sd xi = xbar - lamda (1 - mu1) has rounded
+            // it away: no curve these parameters can carry.
+            if (neg && 1 / std::sqrt(m2) > 1e11)
+                support::Raise(support::kErrInvalidCall, support::kAppTitle,
+                               "The SB curve lies beyond the arithmetic.");
+            // All four or none: a fault part-way must not leave a curve behind.
+            const double lam = ck(sigma / std::sqrt(m2));
+            const double at = ck(xbar - lam * (neg ? 1 - mu1 : mu1));
             delta = dd;
-            xlam = ck(sigma / std::sqrt(m2));
-            if (neg) {
-                gamma = -gg;
-                mu1 = 1 - mu1;
-            } else {
-                gamma = gg;
-            }
-            xi = ck(xbar - xlam * mu1);
+            gamma = neg ? -gg : gg;
+            xlam = lam;
+            xi = at;
         };
 
         using Exit = SbfitTrace::Exit;
@@ -472,6 +726,12 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
             if (std::fabs(u) > tt || std::fabs(y) > tt) continue;
             break;
         }
+        // Steps below the tolerance where the Jacobian is huge (delta near 0, or
+        // far up the lognormal line) can stop the iteration far from the shape
+        // wanted (skewness 9e12 for 19.5): that is no convergence.
+        if (stop == Exit::None && (std::fabs(shape.Rb - rb1) > 0.01 * std::max(rb1, 0.01) ||
+                                   std::fabs(shape.B2 - b2) > 0.01 * b2))
+            stop = Exit::Runaway;
         if (stop == Exit::None) {
             // Converged: the updated gamma and delta, with lamda and xi from the
             // moments of the last round (before the update), as published.
@@ -493,6 +753,19 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
                     assemble(gc, dc, mu1, m2);
                     return;
                 }
+            }
+            // Far up the lognormal line the mean and variance of the standard
+            // variable move by 300 times the step in delta, and the published
+            // pre-update moments would miss the mean and sd by up to 6e-3 of the
+            // sd: where the last step moves them by more than 2.5e-4 of it, they
+            // are taken at the updated values.
+            const double dMu1 = shape.DMu1[0] * u + shape.DMu1[1] * y;
+            const double dM2 = shape.DM2[0] * u + shape.DM2[1] * y;
+            SbShape updated;
+            if ((std::fabs(dMu1) > 2.5e-4 * std::sqrt(h2) || std::fabs(dM2) > 5e-4 * h2) &&
+                ShapeAt(g, d, updated, false, &momFaulted)) {
+                lastMu1 = updated.Mu1;
+                h2 = updated.M2;
             }
             assemble(g, d, lastMu1, h2);
             return;
@@ -520,6 +793,10 @@ void JohnsonDist::sbfit(double xbar, double sigma, double rtb1, double b2, doubl
         if (unfinished) {
             gc = g0, dc = d0;
             SbContinue(rb1, b2, false, gc, dc, mu1, m2, unfinished);
+        }
+        if (unfinished) {
+            gc = g0, dc = d0;
+            SbSolve(rb1, b2, gc, dc, mu1, m2, unfinished);
         }
         if (unfinished)
             support::Raise(support::kErrInvalidCall, support::kAppTitle,

@@ -52,9 +52,11 @@ TEST_F(JohnsonBadInput, CalculateWithEachMomentBad) {
 
 TEST_F(JohnsonBadInput, ExtremeButNumericMoments) {
     const std::array<double, 4> rows[] = {
-        {0, 1e-300, 0.5, -1},   // SL on the line: sd^2 underflows, a reported error
-        {1e300, 1e300, 0.5, 4}, // lamda and xi overflow
-        {0, 1, 0.0001, 1e9},    // SUFIT's m below zero: a reported error
+        {0, 1e-300, 0.5, -1},   // SL on the line: sd^2 underflows unless scaled
+        {1e300, 1e300, 0.5, 4}, // lamda and xi near the top of the doubles
+        {0, 1, 0.0001, 1e9},    // SUFIT's symmetric shortcut far out
+        {1e308, 1e300, 0.5, 4}, // xi overflows: no curve
+        {0, 1, 0.457, 1e300},   // beta2 beyond the SU solve's reach
     };
     for (const auto& [mean, sd, skew, kurt] : rows) {
         JohnsonDist j;

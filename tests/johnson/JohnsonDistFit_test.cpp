@@ -1,5 +1,5 @@
 // The fit by moments: MOM against the integral, sbfit against the worked numbers
-// of the fitting note (section 6.2), SUFIT's cap, and over the whole SB region the
+// of the fitting note (section 6.2), far points of every type, and over the SB region the
 // moments of every fitted curve, integrated independently over z
 // (JohnsonReference.h), against the moments asked for.
 #include "johnson/JohnsonDist.h"
@@ -79,16 +79,69 @@ TEST_F(JohnsonFit, SbfitFollowsTheNewtonTrace) {
     }
 }
 
-TEST_F(JohnsonFit, SufitCapEndsACycleWithAnError) {
-    // At a kurtosis near 3e15 rounding keeps |beta1 - z| above the tolerance for
-    // ever (found by a fuzz run); without the cap this would hang the window.
-    long rounds = -1;
-    double g = 0, d = 0, l = 0, x = 0;
-    J::SUFIT(0, 1, 0.45701069566980113, 3056783111652899.5, g, d, l, x, &rounds);
-    EXPECT_EQ(rounds, 100000);
-    EXPECT_EQ(ErrorLabels(), std::vector<std::string>{"Pondera.JohnsonDist.SUFIT"});
-    EXPECT_EQ(d, 0);
+// Far points each fit once stopped on: the curve is found and has the moments
+// asked for (shape to 1e-4 relative, mean and sd to 5e-4 of the sd), integrated
+// or in closed form here; or, where no double can hold it, the fit says so.
+struct FarPoint {
+    const char* Name;
+    double Mean, Sd, Skew, Kurt;
+    const char* Type;
+};
+
+class JohnsonFarFit : public testing_support::RecordingTest,
+                      public testing::WithParamInterface<FarPoint> {};
+
+TEST_P(JohnsonFarFit, FitsWithItsMomentsOrFails) {
+    const FarPoint& p = GetParam();
+    JohnsonDist jd;
+    jd.Calculate(p.Mean, p.Sd, p.Skew, p.Kurt);
+    ASSERT_EQ(jd.JDistribution, p.Type);
+    if (jd.JDistribution == std::string("Error")) {
+        EXPECT_EQ(jd.CalcError.rfind("Error", 0), 0u) << jd.CalcError;
+        EXPECT_EQ(jd.Delta, 0);
+        EXPECT_EQ(jd.Lamda, 0);
+        return;
+    }
+    EXPECT_EQ(jd.CalcError, "Success");
+    johnson_reference::Moments m;
+    if (jd.JDistribution == "SB") {
+        m = johnson_reference::OfSB(jd.Delta, jd.Gamma, jd.Lamda, jd.Xi);
+    } else if (jd.JDistribution == "SU") {
+        m = johnson_reference::OfSU(jd.Delta, jd.Gamma, jd.Lamda, jd.Xi);
+    } else { // SL, lamda -1: X = xi - exp(-(Z + gamma) / delta)
+        ASSERT_EQ(jd.Lamda, -1);
+        const double w = std::exp(1 / (jd.Delta * jd.Delta)), e = std::exp(-jd.Gamma / jd.Delta);
+        m = {jd.Xi - e * std::sqrt(w), e * std::sqrt(w * (w - 1)), -(w + 2) * std::sqrt(w - 1),
+             w * w * w * w + 2 * w * w * w + 3 * w * w - 3};
+    }
+    EXPECT_LE(std::fabs(m.Skew - p.Skew), 1e-4 * std::fabs(p.Skew));
+    EXPECT_LE(std::fabs(m.Kurt - p.Kurt), 1e-4 * p.Kurt);
+    EXPECT_LE(std::fabs(m.Mean - p.Mean), 5e-4 * p.Sd);
+    EXPECT_LE(std::fabs(m.Sd - p.Sd), 5e-4 * p.Sd);
+    EXPECT_TRUE(Rec().AllErrors().empty());
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, JohnsonFarFit,
+    testing::Values(
+        // SB beyond skewness 4: the nested solve
+        FarPoint{"sb_10_200", 0, 1, 10, 200, "SB"}, FarPoint{"sb_8_130", 0, 1, 8, 130, "SB"},
+        FarPoint{"sb_mirrored", 5, 2, -8, 130, "SB"}, FarPoint{"sb_30_mid", 0, 1, 30, 2000, "SB"},
+        FarPoint{"sb_25_low", 0, 1, -25, 626.5, "SB"},
+        // AS 99's steps fell below its tolerance at skewness 9e12
+        FarPoint{"sb_false_stop", 0, 1, 19.493820213989835, 381.00919094509084, "SB"},
+        // SU: the published stop is loose at a small skewness; breaks down far out
+        FarPoint{"su_small_skew", 0, 1, 0.0185, 21.32, "SU"},
+        FarPoint{"su_smaller_skew", 0, 1, 0.005, 739, "SU"},
+        FarPoint{"su_kurtosis_3e15", 0, 1, 0.457, 3.06e15, "SU"},
+        FarPoint{"su_near_line_24", 0, 1, 23.8864, 4169.77, "SU"},
+        // the shape fitted at sd 1, then stretched
+        FarPoint{"sl_sd_1e168", 0, 1.0159e168, -0.0973, 3.01683, "SL"},
+        // no double holds the curve: 1 / sd, -mean / sd, beta2 of the lognormal line
+        FarPoint{"normal_mean_1e308", -1e308, 0.5, 0, 3, "Error"},
+        FarPoint{"normal_sd_subnormal", 0, 1e-320, 0, 3, "Error"},
+        FarPoint{"sb_skew_1e118", 1.32e-41, 40.44, 8.877e118, 3.05e296, "Error"}),
+    [](const testing::TestParamInfo<FarPoint>& i) { return std::string(i.param.Name); });
 
 TEST_F(JohnsonFit, EverySbPointGetsAnSbCurveWithItsMoments) {
     // Skewness 0 to 4 with both signs; the fraction of the way from the lower

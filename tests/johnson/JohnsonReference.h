@@ -41,18 +41,24 @@ inline const std::vector<std::pair<double, double>>& GaussLegendre16() {
     return rule;
 }
 
-// Moments of X = x(Z), Z standard normal, integrated over [-zmax, zmax] in panels
-// of about the given width; central moments from a second pass about the mean.
-inline Moments OfTransform(const std::function<double(double)>& x, double zmax,
-                           double panel = 0.25) {
-    const int panels = static_cast<int>(std::ceil(2 * zmax / panel));
-    const double h = 2 * zmax / panels;
+// Moments of X = x(Z), Z standard normal, over the segments {lo, hi, panel width}
+// in Gauss-Legendre panels; central moments from a second pass about the mean.
+struct Segment {
+    double Lo, Hi, Panel;
+};
+inline Moments OfTransformOn(const std::function<double(double)>& x,
+                             const std::vector<Segment>& segments) {
     std::vector<std::pair<double, double>> pts; // value, weight
-    for (int p = 0; p < panels; ++p)
-        for (const auto& [t, w] : GaussLegendre16()) {
-            const double z = -zmax + (p + 0.5 + 0.5 * t) * h;
-            pts.emplace_back(x(z), 0.5 * h * w * std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI));
-        }
+    for (const Segment& s : segments) {
+        if (!(s.Hi > s.Lo)) continue;
+        const int panels = static_cast<int>(std::ceil((s.Hi - s.Lo) / s.Panel));
+        const double h = (s.Hi - s.Lo) / panels;
+        for (int p = 0; p < panels; ++p)
+            for (const auto& [t, w] : GaussLegendre16()) {
+                const double z = s.Lo + (p + 0.5 + 0.5 * t) * h;
+                pts.emplace_back(x(z), 0.5 * h * w * std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI));
+            }
+    }
     double m = 0, c2 = 0, c3 = 0, c4 = 0;
     for (const auto& [v, w] : pts)
         m += w * v;
@@ -64,6 +70,12 @@ inline Moments OfTransform(const std::function<double(double)>& x, double zmax,
     return {m, std::sqrt(c2), c3 / (c2 * std::sqrt(c2)), c4 / (c2 * c2)};
 }
 
+// The same over [-zmax, zmax] in panels of about the given width.
+inline Moments OfTransform(const std::function<double(double)>& x, double zmax,
+                           double panel = 0.25) {
+    return OfTransformOn(x, {{-zmax, zmax, panel}});
+}
+
 // 1 / (1 + exp(-t)) without overflow (a raised flag would outlive the test).
 inline double Logistic(double t) {
     return t >= 0 ? 1 / (1 + std::exp(-t)) : std::exp(t) / (1 + std::exp(t));
@@ -72,8 +84,25 @@ inline double Logistic(double t) {
 // Moments of the SB curve X = xi + lamda / (1 + exp(-(Z - gamma) / delta)), from
 // Johnson's definition; bounded, so the normal weight alone sets the range.
 inline Moments OfSB(double delta, double gamma, double lamda, double xi) {
-    return OfTransform([=](double z) { return xi + lamda * Logistic((z - gamma) / delta); }, 12,
-                       std::min(0.25, delta));
+    // Narrow panels only where the logistic steps, within 40 delta of gamma.
+    const double d = std::min(0.25, delta), a = std::clamp(gamma - 40 * d, -12.0, 12.0),
+                 b = std::clamp(gamma + 40 * d, -12.0, 12.0);
+    return OfTransformOn([=](double z) { return xi + lamda * Logistic((z - gamma) / delta); },
+                         {{-12, a, 0.25}, {a, b, d}, {b, 12, 0.25}});
+}
+
+// Moments of the SU curve X = xi + lamda sinh((Z - gamma) / delta) in closed form
+// (Johnson 1949, with w = exp(delta^-2), W = gamma / delta).
+inline Moments OfSU(double delta, double gamma, double lamda, double xi) {
+    const double w = std::exp(1 / (delta * delta)), W = gamma / delta;
+    const double var = 0.5 * (w - 1) * (w * std::cosh(2 * W) + 1);
+    const double m3 = -0.25 * std::sqrt(w) * (w - 1) * (w - 1) *
+                      (w * (w + 2) * std::sinh(3 * W) + 3 * std::sinh(W));
+    const double m4 = 0.125 * (w - 1) * (w - 1) *
+                      (w * w * (w * w * w * w + 2 * w * w * w + 3 * w * w - 3) * std::cosh(4 * W) +
+                       4 * w * w * (w + 2) * std::cosh(2 * W) + 3 * (2 * w + 1));
+    return {xi - lamda * std::sqrt(w) * std::sinh(W), lamda * std::sqrt(var),
+            m3 / (var * std::sqrt(var)), m4 / (var * var)};
 }
 
 // Inverse normal by Newton's method on erfc, working in the smaller tail so the

@@ -8,8 +8,8 @@
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
 #include "johnson/JohnsonDist.h"
-#include "johnson/m_Capability.h"
-#include "johnson/m_SampleData.h"
+#include "stats/m_Capability.h"
+#include "stats/m_SampleData.h"
 #include "support/ErrorReporter.h"
 #include "support/UserFace.h"
 

@@ -5,8 +5,8 @@
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
 #include "engine/m_PercentCertainty.h"
-#include "johnson/m_SampleData.h"
 #include "stats/m_Identify.h"
+#include "stats/m_SampleData.h"
 #include "support/ErrorReporter.h"
 #include "support/UserFace.h"
 

@@ -1,7 +1,7 @@
 // Reading a file of 100,000 measurements and fitting a Johnson curve to them,
 // as "pondera-cli data" and the data dialog do: parse, sample moments, fit.
 #include "johnson/JohnsonDist.h"
-#include "johnson/m_SampleData.h"
+#include "stats/m_SampleData.h"
 
 #include <benchmark/benchmark.h>
 

@@ -42,8 +42,8 @@
 #include "stats/m_Fits.h"
 
 #include "johnson/JohnsonDist.h"
-#include "johnson/m_SampleData.h"
 #include "stats/m_GoodnessOfFit.h"
+#include "stats/m_SampleData.h"
 
 #include <boost/math/tools/minima.hpp>
 

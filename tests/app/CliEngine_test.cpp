@@ -187,9 +187,9 @@ TEST(CliEngine, EchoedTextIsValidJsonAndAWriteErrorIsAnError) {
 TEST(CliIdentify, AnswersWithEveryRowInTableOrder) {
     // The ball-bearing lifetimes (Lieblein & Zelen 1956); the figures are the stats tests'
     // business.
-    const std::string bearings = "17.88 28.92 33.00 41.52 42.12 45.60 48.48 51.84 51.96 54.12 "
-                                 "55.56 67.80 68.64 68.64 68.88 84.12 93.12 98.64 105.12 105.84 "
-                                 "127.92 128.04 173.40\n";
+    const std::string bearings =
+        "17.88\n28.92\n33.00\n41.52\n42.12\n45.60\n48.48\n51.84\n51.96\n54.12\n55.56\n67.80\n"
+        "68.64\n68.64\n68.88\n84.12\n93.12\n98.64\n105.12\n105.84\n127.92\n128.04\n173.40\n";
     const Value v =
         Cli({"identify", "-", "--replicates", "0", "--lsl", "10", "--usl", "200"}, bearings)
             .Objects.at(0);

@@ -3,7 +3,7 @@
 // moments a run in moments mode fits while the data's texts are still shown.
 #pragma once
 
-#include "johnson/m_SampleData.h"
+#include "stats/m_SampleData.h"
 
 #include <array>
 #include <cstddef>

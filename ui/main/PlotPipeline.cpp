@@ -4,7 +4,7 @@
 #include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
-#include "johnson/m_Capability.h"
+#include "stats/m_Capability.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
 #include "support/m_Interface.h"

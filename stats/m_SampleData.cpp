@@ -4,7 +4,7 @@
 // inside quotes); the lines themselves are cut here, so that every message
 // names its line, a NUL or an endless line is caught before it is buffered,
 // and a file of any size streams through in pieces.
-#include "johnson/m_SampleData.h"
+#include "stats/m_SampleData.h"
 
 #include "johnson/JohnsonDist.h"
 #include "support/ErrorTrap.h"

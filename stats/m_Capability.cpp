@@ -1,7 +1,7 @@
 // Percentile points and performance indices (ISO 22514-2, percentile method).
 // The quantiles are the family records' own (engine/Families.h), the Johnson
 // forms' by AS 100's inverse transform.
-#include "johnson/m_Capability.h"
+#include "stats/m_Capability.h"
 
 #include "engine/Families.h"
 #include "support/ErrorTrap.h"

@@ -1,6 +1,6 @@
 // Capability figures: hand-computed normal and uniform cases, and every family's
 // percentile points put back through the calculator's cumulative probability.
-#include "johnson/m_Capability.h"
+#include "stats/m_Capability.h"
 
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"

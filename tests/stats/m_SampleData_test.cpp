@@ -1,6 +1,6 @@
 // Sample data: what is read from a text or file, and the sample moments against
 // exact values and a long-double two-pass computation.
-#include "johnson/m_SampleData.h"
+#include "stats/m_SampleData.h"
 
 #include "tests/helpers/TestSupport.h"
 

@@ -9,6 +9,10 @@
 namespace CLI {
 class App;
 }
+class JohnsonDist;
+namespace cli {
+class JsonObject;
+}
 
 namespace cli {
 
@@ -21,6 +25,10 @@ void AddIdentify(CLI::App& program, int& status); // identify FILE|- [--column C
 void AddPlot(CLI::App& program, int& status);     // plot --dist NAME ... (the window, headless)
 // quantile DIST P1..P4 --lower P | --upper P
 void AddQuantile(CLI::App& program, int& status);
+
+// The fields of a Johnson fit in fit and data: type, message and the four
+// parameters, null when the fit failed (no curve, so no figures).
+void AddFitFields(JsonObject& out, const JohnsonDist& fit);
 
 // The "capability" object of pnc and data for a distribution code and Param1..Param4.
 std::string CapabilityJson(int code, const double (&p)[4], std::optional<double> lsl,

@@ -101,14 +101,9 @@ int RunData(const DataRequest& r) {
         // The exact moments, not rounded texts, as CalculateFromData passes them.
         JohnsonDist fit;
         fit.Calculate(s.Mean, s.StDev, s.Skewness, s.Kurtosis);
-        out.AddRaw("fit", JsonObject()
-                              .AddString("type", fit.JDistribution)
-                              .AddString("message", fit.CalcError)
-                              .Add("delta", fit.Delta)
-                              .Add("gamma", fit.Gamma)
-                              .Add("lamda", fit.Lamda)
-                              .Add("xi", fit.Xi)
-                              .Str());
+        JsonObject fitted;
+        AddFitFields(fitted, fit);
+        out.AddRaw("fit", fitted.Str());
         const std::optional<int> code = CodeOfFit(fit.JDistribution);
         const double p[4] = {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi};
         double lower = kUndefined, upper = kUndefined;

@@ -7,11 +7,23 @@
 #include "support/ErrorReporter.h"
 #include "support/UserFace.h"
 
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace cli {
+
+void AddFitFields(JsonObject& out, const JohnsonDist& fit) {
+    const bool none = fit.JDistribution == "Error";
+    const auto figure = [&](double v) { return none ? std::nan("") : v; }; // null
+    out.AddString("type", fit.JDistribution)
+        .AddString("message", fit.CalcError)
+        .Add("delta", figure(fit.Delta))
+        .Add("gamma", figure(fit.Gamma))
+        .Add("lamda", figure(fit.Lamda))
+        .Add("xi", figure(fit.Xi));
+}
 
 namespace {
 
@@ -36,12 +48,7 @@ void PrintFit(const double (&m)[4]) {
         support::ActionScope action;
         JohnsonDist jd;
         jd.Calculate(m[0], m[1], m[2], m[3]);
-        out.AddString("type", jd.JDistribution)
-            .AddString("message", jd.CalcError)
-            .Add("delta", jd.Delta)
-            .Add("gamma", jd.Gamma)
-            .Add("lamda", jd.Lamda)
-            .Add("xi", jd.Xi);
+        AddFitFields(out, jd);
     }
     out.AddRecorded();
     PrintLine(out);

@@ -171,6 +171,10 @@ TEST(CliEngine, RefusalsCarryNoFigures) {
         Cli({"pnc", "Johnson SB", "1", "0", "-2", "0", "--lsl", "-1", "--usl", "1"}).Objects.at(0);
     EXPECT_FALSE(sb.contains("total"));
     EXPECT_EQ(sb["status"], "Lamda must be greater than zero for a Johnson SB distribution.");
+    // A fit that found no curve says so and gives no parameters.
+    const Value failed = Cli({"fit", "0", "1e-320", "0", "3"}).Objects.at(0);
+    EXPECT_EQ(failed["type"], "Error");
+    EXPECT_TRUE(failed["delta"].is_null() && failed["xi"].is_null());
 }
 
 TEST(CliEngine, EchoedTextIsValidJsonAndAWriteErrorIsAnError) {

@@ -583,7 +583,9 @@ constexpr Rule kDeltaRule = {0, [](const Params& p) { return Gt(p[0], 0); },
                              "Delta must be greater than zero for a Johnson distribution."};
 constexpr Rule kUniformRule = {1, [](const Params& p) { return Le(p[0], p[1]); },
                                "Minimum must be less than Maximum for a Uniform distribution."};
-constexpr std::array<Slot, 4> kJohnsonSlots = {{{"Delta:"}, {"Gamma:"}, {"Lamda:"}, {"Xi:"}}};
+// Typed by parameters, a Johnson form starts as the standard curve of its kind.
+constexpr std::array<Slot, 4> kJohnsonSlots = {
+    {{"Delta:", "1"}, {"Gamma:", "0"}, {"Lamda:", "1"}, {"Xi:", "0"}}};
 
 } // namespace
 

@@ -21,7 +21,7 @@ constexpr double kUnticked = 1e299; // an unticked limit never decides the range
 constexpr const char* kLimitMessages[3] = {"LSL must be a number.", "Target must be a number.",
                                            "USL must be a number."};
 constexpr Field kLimitFields[3] = {Field::LSL, Field::Target, Field::USL};
-constexpr Field kParamFields[3] = {Field::Param1, Field::Param2, Field::Param3};
+constexpr Field kParamFields[4] = {Field::Param1, Field::Param2, Field::Param3, Field::Param4};
 
 } // namespace
 
@@ -30,8 +30,8 @@ std::string NotANumber(const std::string& caption) {
 }
 
 Check CheckParamTexts(const PlotInputs& in) {
-    for (int i = 0; i < 3; ++i) {
-        if (i == 2 && !in.Param3Shown) break;
+    for (int i = 0; i < 4; ++i) {
+        if ((i == 2 && !in.Param3Shown) || (i == 3 && !in.Param4Shown)) continue;
         if (!support::IsNumeric(in.ParamTexts[i]))
             return {false, kParamFields[i], NotANumber(in.ParamLabels[i])};
     }
@@ -43,12 +43,17 @@ std::array<double, 3> ParamValues(const PlotInputs& in) {
             in.Param3Shown ? support::Val(in.ParamTexts[2]) : 0.0};
 }
 
-Check CheckParamRules(const std::string& name, const std::array<double, 3>& p) {
+Check CheckParamRules(const std::string& name, const std::array<double, 3>& p, double p4) {
     using Rule = bool (*)(const std::string&, double, double, double);
     const Rule rules[3] = {m_Distributions::CheckParam1, m_Distributions::CheckParam2,
                            m_Distributions::CheckParam3};
     for (int i = 0; i < 3; ++i)
         if (!rules[i](name, p[0], p[1], p[2])) return {false, kParamFields[i], {}};
+    const Families::Family* family = Families::ByName(name);
+    const Families::Params all = {p[0], p[1], p[2], p4};
+    if (const Families::Rule* rule = family ? family->Refusal(all) : nullptr)
+        // The Johnson rules are on Delta (the first) and Lamda.
+        return {false, rule == &family->Rules[0] ? Field::Param1 : Field::Param3, rule->Message};
     return {};
 }
 
@@ -59,8 +64,53 @@ Check CheckLimitTexts(const Limits& limits) {
     return {};
 }
 
-void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into) {
-    into = m_Distributions::MomentsOf(name, p1, p2, p3);
+namespace {
+
+// The moments of x(z) for z standard normal, by the trapezoid rule over z, which
+// converges fast on a smooth integrand under the normal density. The window
+// reaches far enough for x^4 of the heaviest tails (SU, SL grow like
+// exp(|z| / delta)).
+Moments JohnsonMoments(const Families::Family& family, const Families::Params& p) {
+    Moments m;
+    const double reach = std::min(40.0, std::max(12.0, 6.0 / p[0]));
+    const int n = 8000;
+    const double h = 2 * reach / n;
+    double s[5] = {};
+    for (int i = 0; i <= n; ++i) {
+        const double z = -reach + i * h;
+        const double lower = 0.5 * std::erfc(-z / std::sqrt(2.0)),
+                     upper = 0.5 * std::erfc(z / std::sqrt(2.0));
+        const double x = family.Quantile(p, z, lower, upper);
+        if (!std::isfinite(x)) continue;
+        const double w =
+            (i == 0 || i == n ? 0.5 : 1.0) * h * std::exp(-0.5 * z * z) / std::sqrt(2 * M_PI);
+        double xk = 1;
+        for (double& sk : s) {
+            sk += w * xk;
+            xk *= x;
+        }
+    }
+    const double mean = s[1] / s[0];
+    const double m2 = s[2] / s[0] - mean * mean;
+    const double m3 = s[3] / s[0] - 3 * mean * s[2] / s[0] + 2 * mean * mean * mean;
+    const double m4 = s[4] / s[0] - 4 * mean * s[3] / s[0] + 6 * mean * mean * s[2] / s[0] -
+                      3 * mean * mean * mean * mean;
+    m.Mean = mean;
+    m.StDev = std::sqrt(std::max(m2, 0.0));
+    m.Skewness = m3 / std::pow(m2, 1.5);
+    m.Kurtosis = m4 / (m2 * m2);
+    return m;
+}
+
+} // namespace
+
+void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into, double p4) {
+    const Families::Family* family = Families::ByName(name);
+    const Families::Params p = {p1, p2, p3, p4};
+    if (family && !family->Classical && family->Quantile && !family->Refusal(p))
+        into = JohnsonMoments(*family, p);
+    else
+        into = m_Distributions::MomentsOf(name, p1, p2, p3);
 }
 
 std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& pattern) {
@@ -76,7 +126,7 @@ std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& patt
 std::array<ParamRow, 4> ParamRows(const std::string& name) {
     std::array<ParamRow, 4> rows;
     const Families::Family* family = Families::ByName(name);
-    if (!family || !family->Classical) return rows;
+    if (!family) return rows;
     for (int i = 0; i < 4; ++i)
         if (family->Slots[i].Label)
             rows[i] = {family->Slots[i].Label, family->Slots[i].DefaultText};

@@ -27,7 +27,8 @@ enum class Field {
     Mean,
     StDev,
     Skewness,
-    Kurtosis
+    Kurtosis,
+    Param4
 };
 
 struct LimitField {
@@ -42,6 +43,7 @@ struct PlotInputs {
     std::array<std::string, 4> ParamTexts;
     std::array<std::string, 4> ParamLabels; // the captions, for the messages
     bool Param3Shown = false;
+    bool Param4Shown = false; // the Johnson forms' Xi
     Limits Limit;
 };
 
@@ -66,27 +68,29 @@ inline constexpr const char* kNoWidth =
 // "<caption> must be a number.", the caption's colon included.
 std::string NotANumber(const std::string& caption);
 
-// Param1, Param2 and (where shown) Param3 must hold numbers, in that order.
+// Param1, Param2 and (where shown) Param3 and Param4 must hold numbers, in that order.
 Check CheckParamTexts(const PlotInputs& in);
 // The parameters as Plot keeps them: Param3 is 0 while its field is hidden.
 std::array<double, 3> ParamValues(const PlotInputs& in);
-// CheckParam1..3 of the distribution in turn; each shows its own message.
-Check CheckParamRules(const std::string& name, const std::array<double, 3>& p);
+// CheckParam1..3 of the distribution in turn; each shows its own message. Then
+// the rules only the calculator applies (the Johnson forms'), with their message.
+Check CheckParamRules(const std::string& name, const std::array<double, 3>& p, double p4 = 0);
 // Each ticked limit must hold a number, in the order LSL, Target, USL.
 Check CheckLimitTexts(const Limits& limits);
 
 using Moments = m_Distributions::MomentSet;
-// The engine's moments of the distribution (zeros for the Johnson kinds). A
-// fault in one leaves it 0 and the others set; the range is then chosen from
-// what was set.
-void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into);
+// The engine's moments of the distribution; for the Johnson forms, by
+// quadrature over the normal variate. A fault in one leaves it 0 and the others
+// set; the range is then chosen from what was set.
+void MomentsOf(const std::string& name, double p1, double p2, double p3, Moments& into,
+               double p4 = 0);
 
 // The moment boxes' texts in the display pattern.
 std::array<std::string, 4> MomentTexts(const Moments& m, const std::string& pattern);
 
 // A parameter row after choosing a distribution: its caption (nullptr hides
 // the row) and the text put into its field (nullptr leaves the field alone).
-// The Johnson kinds show no rows and leave their fields alone.
+// Names outside the list show no rows and leave their fields alone.
 struct ParamRow {
     const char* Label = nullptr;
     const char* DefaultText = nullptr;

@@ -1,5 +1,6 @@
 #include "ui/main/WindowLayout.h"
 
+#include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "ui/draw/DistributionCombo.h"
 #include "ui/draw/Look.h"
@@ -655,6 +656,10 @@ void ShowMode(frm_Pondera& w, bool byMoments) {
     for (const auto& n :
          byMoments ? m_Distributions::MomentsListOrder() : m_Distributions::ClassicalListOrder())
         names << QString::fromStdString(n);
+    // After the six, the Johnson forms a user types by their parameters.
+    if (!byMoments)
+        for (const Families::Family& f : Families::All())
+            if (f.Name && f.As99Type) names << QString::fromLatin1(f.Name);
     w.dd_Distribution->SetLocked(byMoments);
     w.dd_Distribution->SetDistributions(names);
     w.dd_Distribution->setCurrentIndex(0);

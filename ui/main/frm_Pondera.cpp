@@ -205,13 +205,14 @@ PlotPipeline::PlotInputs frm_Pondera::ReadPlotInputs() const {
     in.ParamLabels = {Caption(lb_Param1), Caption(lb_Param2), Caption(lb_Param3),
                       Caption(lb_Param4)};
     in.Param3Shown = !tb_Param3->isHidden();
+    in.Param4Shown = !tb_Param4->isHidden();
     in.Limit = ReadLimits();
     return in;
 }
 
 QLineEdit* frm_Pondera::Box(Field field) const {
-    QLineEdit* const boxes[] = {nullptr, tb_Param1, tb_Param2, tb_Param3,   tb_LSL,     tb_Target,
-                                tb_USL,  tb_Mean,   tb_StDev,  tb_Skewness, tb_Kurtosis};
+    QLineEdit* const boxes[] = {nullptr, tb_Param1, tb_Param2, tb_Param3,   tb_LSL,      tb_Target,
+                                tb_USL,  tb_Mean,   tb_StDev,  tb_Skewness, tb_Kurtosis, tb_Param4};
     return boxes[static_cast<int>(field)];
 }
 
@@ -235,7 +236,7 @@ void frm_Pondera::Plot() {
         if (Refused(PlotPipeline::CheckParamTexts(in))) return;
         const std::array<double, 3> p = PlotPipeline::ParamValues(in);
         std::tie(Param1, Param2, Param3) = std::tuple(p[0], p[1], p[2]);
-        if (Refused(PlotPipeline::CheckParamRules(in.Name, p))) return;
+        if (Refused(PlotPipeline::CheckParamRules(in.Name, p, ValOf(tb_Param4)))) return;
         if (Refused(PlotPipeline::CheckLimitTexts(in.Limit))) return;
 
         // The moments are computed once the inputs are known good, so a failed
@@ -320,7 +321,7 @@ void frm_Pondera::ShowPNC(const std::array<std::string, 3>& texts) {
 void frm_Pondera::CalcMomentsforDistribution() {
     support::Trap({kModule, __func__}, [&] {
         PlotPipeline::MomentsOf(S(dd_Distribution->Text()), ValOf(tb_Param1), ValOf(tb_Param2),
-                                ValOf(tb_Param3), Current);
+                                ValOf(tb_Param3), Current, ValOf(tb_Param4));
         SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis},
                  PlotPipeline::MomentTexts(Current, DisplayOptions::Pattern()));
     });

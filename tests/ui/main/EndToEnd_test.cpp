@@ -1,6 +1,7 @@
 // The paths a user takes through menus and dialogs, driven from the event loop as
 // a click is. Under xvfb-run (the EndToEndUnderX entry) they run on a real X
 // server with a window manager, where the toolkit works as on a desktop.
+#include "tests/helpers/Reference.h"
 #include "tests/ui/main/WindowFixture.h"
 
 #include "ui/main/SessionView.h"
@@ -178,6 +179,29 @@ TEST_F(EndToEnd, TheSessionComesBackAfterARestart) {
     SessionView::Restore(*w);
     EXPECT_EQ(Texts({w->tb_Param1, w->tb_Param2}), (Strings{"2", "10"}));
     EXPECT_TRUE(Rec().Messages.empty());
+    testing_support::ExpectErrorLogEmpty();
+}
+
+// A Johnson SU a supplier reports by its parameters: typed, plotted, its
+// fraction outside the limits from z = gamma + delta asinh((x - xi) / lamda).
+TEST_F(EndToEnd, AJohnsonSUTypedByItsParameters) {
+    Choose("Johnson SU");
+    EXPECT_EQ(w->lb_Param4->text().remove('&'), "Xi:");
+    Type(w->tb_Param1, "2");
+    Type(w->tb_Param2, "1");
+    Type(w->tb_Param3, "3");
+    Type(w->tb_Param4, "10");
+    PressPlot();
+    Tick(w->cb_LSL, w->tb_LSL, "5");
+    Tick(w->cb_USL, w->tb_USL, "12");
+    auto z = [](double x) { return 1 + 2 * std::asinh((x - 10) / 3); };
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_LowerPNC), reference::NormalCdf(z(5))), 1e-6);
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_UpperPNC), reference::NormalCdf(-z(12))), 1e-6);
+    EXPECT_FALSE(w->but_Plot->isEnabled());
+
+    Type(w->tb_Param3, "-1"); // Lamda refused with the calculator's message
+    PressPlot();
+    EXPECT_EQ(LastMessage(), "Lamda must be greater than zero for a Johnson SU distribution.");
     testing_support::ExpectErrorLogEmpty();
 }
 

@@ -141,11 +141,20 @@ TEST(PlotPipeline, MomentsTakeTheFieldsTheWindowPasses) {
               (std::array<std::string, 4>{"3.00", "0.00", "Undefined", "Undefined"}));
 }
 
-// The captions and default texts are the family table's (shown in the window
-// tests); the Johnson forms have none, their fields show the fit.
-TEST(PlotPipeline, JohnsonFormsHaveNoParameterRows) {
-    for (const ParamRow& row : ParamRows("Johnson SB"))
-        EXPECT_TRUE(row.Label == nullptr && row.DefaultText == nullptr);
+// Typed by parameters, a Johnson form shows its four slots; its moments by
+// quadrature match Johnson's closed forms for SU (x = xi + lamda sinh((z - gamma) / delta)).
+TEST(PlotPipeline, JohnsonSUByParameters) {
+    const std::array<ParamRow, 4> rows = ParamRows("Johnson SU");
+    EXPECT_STREQ(rows[2].Label, "Lamda:");
+    EXPECT_STREQ(rows[3].Label, "Xi:");
+    const double delta = 1.5, gamma = 0.8, lamda = 2, xi = 10;
+    const double w = std::exp(1 / (delta * delta)), omega = gamma / delta;
+    Moments m;
+    MomentsOf("Johnson SU", delta, gamma, lamda, m, xi);
+    EXPECT_NEAR(m.Mean, xi - lamda * std::sqrt(w) * std::sinh(omega), 1e-9);
+    EXPECT_NEAR(m.StDev * m.StDev, lamda * lamda / 2 * (w - 1) * (w * std::cosh(2 * omega) + 1),
+                1e-8);
+    EXPECT_LT(m.Skewness, 0);
 }
 
 TEST(PlotPipeline, ThePNCBoxes) {

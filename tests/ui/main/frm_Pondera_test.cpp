@@ -18,7 +18,7 @@ using Strings = std::vector<std::string>;
 
 TEST_F(WindowTest, StartsWithTheNormalDrawnAndTheChartLocked) {
     EXPECT_EQ(Items(), QStringList({"Normal", "Exponential", "LogNormal", "Uniform", "Triangular",
-                                    "Weibull"}));
+                                    "Weibull", "Johnson SB", "Johnson SL", "Johnson SU"}));
     EXPECT_EQ(Texts({w->tb_Mean, w->tb_StDev, w->tb_Kurtosis, w->tb_PNC}),
               (Strings{"0.000000E+00", "1.000000E+00", "3.000000E+00", "0.000000E+00"}));
     EXPECT_FALSE(w->but_Plot->isEnabled());

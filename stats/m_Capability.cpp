@@ -4,7 +4,10 @@
 #include "stats/m_Capability.h"
 
 #include "engine/Families.h"
+#include "engine/m_Quantile.h"
 #include "support/ErrorTrap.h"
+
+#include <boost/math/distributions/chi_squared.hpp>
 
 #include <algorithm>
 #include <cfenv>
@@ -80,6 +83,53 @@ Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<d
         Quiet();
     });
     return f;
+}
+
+Figures ZScoreIndices(std::optional<Tails> lsl, std::optional<Tails> usl, double pncTotal) {
+    Figures f;
+    support::Trap({kModule, __func__}, [&] {
+        // Phi^-1(F(x)) from whichever tail is the smaller; an empty tail has no z.
+        auto z = [](const Tails& t) -> std::optional<double> {
+            if (!(t.Below > 0 && t.Above > 0)) return std::nullopt;
+            return t.Below <= t.Above ? m_Quantile::NormalQuantile(t.Below, false)
+                                      : m_Quantile::NormalQuantile(t.Above, true);
+        };
+        const std::optional<double> zl = lsl ? z(*lsl) : std::nullopt;
+        const std::optional<double> zu = usl ? z(*usl) : std::nullopt;
+        if (zl && zu) f.Pp = (*zu - *zl) / 6;
+        if (zl) f.Ppl = -*zl / 3;
+        if (zu) f.Ppu = *zu / 3;
+        if (f.Ppl && f.Ppu)
+            f.Ppk = std::min(*f.Ppl, *f.Ppu);
+        else
+            f.Ppk = f.Ppl ? f.Ppl : f.Ppu;
+        if (lsl || usl) f.Ppm = pncTotal * 1e6;
+        Quiet();
+    });
+    return f;
+}
+
+std::optional<Interval> NormalPpInterval(double pp, int n, double level) {
+    std::optional<Interval> result;
+    support::Trap({kModule, __func__}, [&] {
+        if (n < 2 || !(level > 0 && level < 1) || !std::isfinite(pp)) return;
+        const boost::math::chi_squared chi(n - 1);
+        const double alpha = 1 - level;
+        result = Interval{pp * std::sqrt(boost::math::quantile(chi, alpha / 2) / (n - 1)),
+                          pp * std::sqrt(boost::math::quantile(chi, 1 - alpha / 2) / (n - 1))};
+    });
+    return result;
+}
+
+std::optional<Interval> NormalPpkInterval(double ppk, int n, double level) {
+    std::optional<Interval> result;
+    support::Trap({kModule, __func__}, [&] {
+        if (n < 2 || !(level > 0 && level < 1) || !std::isfinite(ppk)) return;
+        const double z = m_Quantile::NormalQuantile((1 - level) / 2, true);
+        const double half = z * std::sqrt(1.0 / (9.0 * n) + ppk * ppk / (2.0 * (n - 1)));
+        result = Interval{ppk - half, ppk + half};
+    });
+    return result;
 }
 
 } // namespace m_Capability

@@ -31,4 +31,23 @@ struct Figures {
 Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<double> usl,
                 double pncTotal = 0);
 
+// The Z-score method: Z_L = Phi^-1(F(LSL)), Z_U = Phi^-1(F(USL)); Pp = (Z_U - Z_L) / 6,
+// Ppl = -Z_L / 3, Ppu = Z_U / 3, Ppk the smaller. Each limit comes as its two
+// exact tails (below, above); Phi^-1 is taken of the smaller one, so a tail of
+// 1e-300 keeps its digits. A limit with an empty tail (no figure) leaves its
+// figures empty.
+struct Tails {
+    double Below = 0, Above = 0;
+};
+Figures ZScoreIndices(std::optional<Tails> lsl, std::optional<Tails> usl, double pncTotal = 0);
+
+// Two-sided confidence interval at `level` (0 < level < 1) for the normal curve
+// fitted to n values: the exact chi-square interval for Pp, Bissell's (1990)
+// normal approximation for Ppk. Empty for n < 2 or a level outside (0, 1).
+struct Interval {
+    double Low = 0, High = 0;
+};
+std::optional<Interval> NormalPpInterval(double pp, int n, double level);
+std::optional<Interval> NormalPpkInterval(double ppk, int n, double level);
+
 } // namespace m_Capability

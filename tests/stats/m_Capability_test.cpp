@@ -111,3 +111,54 @@ TEST_F(Capability, ParametersWithoutACurveHaveNoPercentiles) {
 }
 
 } // namespace
+
+// Z-score method against closed forms: a normal curve gives the percentile
+// figures; a Weibull's tails are exp(-(x/scale)^shape), Phi^-1 from Boost.
+#include <boost/math/distributions/normal.hpp>
+
+namespace {
+
+TEST(ZScoreIndices, NormalAgreesWithPercentile) {
+    // Normal 10, 2; LSL 4 (z = -3), USL 18 (z = 4): Pp 14/12, Ppl 1, Ppu 4/3.
+    const double below = 0.5 * std::erfc(3 / std::sqrt(2.0)),
+                 above = 0.5 * std::erfc(4 / std::sqrt(2.0));
+    const m_Capability::Figures f = m_Capability::ZScoreIndices(
+        m_Capability::Tails{below, 1 - below}, m_Capability::Tails{1 - above, above});
+    EXPECT_NEAR(*f.Pp, 14 / 12.0, 1e-13);
+    EXPECT_NEAR(*f.Ppl, 1, 1e-13);
+    EXPECT_NEAR(*f.Ppu, 4 / 3.0, 1e-13);
+    EXPECT_NEAR(*f.Ppk, 1, 1e-13);
+}
+
+TEST(ZScoreIndices, WeibullAgainstSecondQuantile) {
+    const boost::math::normal phi;
+    const double shape = 1.5, scale = 2, lsl = 0.1, usl = 7;
+    const double lslAbove = std::exp(-std::pow(lsl / scale, shape));
+    const double uslAbove = std::exp(-std::pow(usl / scale, shape));
+    const double zl = boost::math::quantile(phi, -std::expm1(-std::pow(lsl / scale, shape)));
+    const double zu = -boost::math::quantile(phi, uslAbove);
+    const m_Capability::Figures f = m_Capability::ZScoreIndices(
+        m_Capability::Tails{1 - lslAbove, lslAbove}, m_Capability::Tails{1 - uslAbove, uslAbove});
+    EXPECT_NEAR(*f.Pp, (zu - zl) / 6, 1e-12);
+    EXPECT_NEAR(*f.Ppk, std::min(-zl, zu) / 3, 1e-12);
+    // A tail of 1e-300 keeps its z (about 37.04), and a missing limit leaves its side empty.
+    const m_Capability::Figures tiny =
+        m_Capability::ZScoreIndices(std::nullopt, m_Capability::Tails{1, 1e-300});
+    EXPECT_NEAR(*tiny.Ppu * 3, -boost::math::quantile(phi, 1e-300), 1e-10);
+    EXPECT_FALSE(tiny.Pp || tiny.Ppl);
+}
+
+// The published 50-value sample: Cp 0.237112 [0.190279, 0.283853],
+// Cpk 0.157803 [0.060270, 0.255336] at 95 %.
+TEST(NormalIntervals, PublishedFiftyValueSample) {
+    const auto pp = m_Capability::NormalPpInterval(0.237112, 50, 0.95);
+    const auto ppk = m_Capability::NormalPpkInterval(0.157803, 50, 0.95);
+    EXPECT_NEAR(pp->Low, 0.190279, 1e-6);
+    EXPECT_NEAR(pp->High, 0.283853, 1e-6);
+    EXPECT_NEAR(ppk->Low, 0.060270, 1e-6);
+    EXPECT_NEAR(ppk->High, 0.255336, 1e-6);
+    EXPECT_FALSE(m_Capability::NormalPpInterval(1, 1, 0.95));
+    EXPECT_FALSE(m_Capability::NormalPpkInterval(1, 50, 1));
+}
+
+} // namespace

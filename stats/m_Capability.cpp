@@ -96,9 +96,10 @@ Figures ZScoreIndices(std::optional<Tails> lsl, std::optional<Tails> usl, double
         };
         const std::optional<double> zl = lsl ? z(*lsl) : std::nullopt;
         const std::optional<double> zu = usl ? z(*usl) : std::nullopt;
-        if (zl && zu) f.Pp = (*zu - *zl) / 6;
-        if (zl) f.Ppl = -*zl / 3;
-        if (zu) f.Ppu = *zu / 3;
+        const double low = zl.value_or(0), high = zu.value_or(0);
+        if (zl && zu) f.Pp = (high - low) / 6;
+        if (zl) f.Ppl = -low / 3;
+        if (zu) f.Ppu = high / 3;
         if (f.Ppl && f.Ppu)
             f.Ppk = std::min(*f.Ppl, *f.Ppu);
         else

@@ -170,6 +170,15 @@ Curve Sample(const std::string& name, double low, double high, int n,
     // The calculator samples on these very points.
     for (int i = 1; i <= n; ++i)
         c.X[i] = support::ck(m_Distributions::GridX(low, high, n, i));
+    // The calculator knows the Johnson forms only by their shared key and the
+    // current code; typed by parameters they are sampled from their own record.
+    const Families::Family* family = Families::ByName(name);
+    if (family && !family->Classical && family->Grid && n > 0 &&
+        !family->Refusal({p[0], p[1], p[2], p[3]})) {
+        c.Y.assign(n + 1, 0.0);
+        family->Grid({p[0], p[1], p[2], p[3]}, low, high, n, c.Y.data() + 1);
+        return c;
+    }
     c.Y = m_Distributions::GetPDFData(name, low, high, n, p[0], p[1], p[2], p[3]);
     c.Y.resize(n + 1, 0.0);
     return c;

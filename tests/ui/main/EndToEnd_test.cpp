@@ -19,6 +19,7 @@
 #include <QPlainTextEdit>
 #include <QTimer>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 
@@ -192,6 +193,7 @@ TEST_F(EndToEnd, AJohnsonSUTypedByItsParameters) {
     Type(w->tb_Param3, "3");
     Type(w->tb_Param4, "10");
     PressPlot();
+    EXPECT_GT(*std::max_element(w->PlotY.begin(), w->PlotY.end()), 0.2); // peak near 0.24
     Tick(w->cb_LSL, w->tb_LSL, "5");
     Tick(w->cb_USL, w->tb_USL, "12");
     auto z = [](double x) { return 1 + 2 * std::asinh((x - 10) / 3); };

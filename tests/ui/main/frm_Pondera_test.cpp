@@ -152,7 +152,7 @@ TEST_F(MomentsTest, TheFitIsShownAndDrawnAndUntickingRestoresTheView) {
     EXPECT_EQ(Chart(), before);
 
     Click(w->cb_DrawbyMoments);
-    EXPECT_EQ(w->dd_Distribution->count(), 6);
+    EXPECT_EQ(w->dd_Distribution->count(), 9);
     EXPECT_EQ(w->dd_Distribution->Text(), "Normal");
     EXPECT_EQ(Text(w->tb_Param2), "1");
     EXPECT_TRUE(w->cb_LockKurtosis->isChecked() && !w->cb_LockKurtosis->isEnabled());

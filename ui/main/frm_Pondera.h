@@ -19,7 +19,9 @@
 #include "ui/main/DensityChart.h"
 #include "ui/main/MomentsStep.h"
 #include "ui/main/PlotPipeline.h"
+#include "ui/main/ResultsSheet.h"
 #include "ui/main/SkewKurtChart.h"
+#include "ui/main/TitledChart.h"
 
 #include <QMainWindow>
 
@@ -114,6 +116,8 @@ class frm_Pondera : public QMainWindow {
     QAction* mnuSaveChart = nullptr;
     QAction* mnuCopytoClipboard = nullptr;
     QAction* mnuCopyResults = nullptr;
+    QAction* mnuSaveReport = nullptr;
+    QAction* mnuPrint = nullptr;
     QAction* mnuLimitsFromProbability = nullptr;
     QAction* mnuXAxis = nullptr;
     QAction* mnuYAxis = nullptr;
@@ -218,6 +222,8 @@ class frm_Pondera : public QMainWindow {
     void mnuCopytoClipboard_Click();
     void mnuSaveChart_Click();
     void mnuCopyResults_Click();
+    void mnuSaveReport_Click();
+    void mnuPrint_Click();
     void mnuLimitsFromProbability_Click();
     // The accepted dialog's limits into their boxes, ticked, then Plot.
     void ApplyProbabilityLimits();
@@ -279,6 +285,11 @@ class frm_Pondera : public QMainWindow {
     // Redraws the last good chart at the surface's current size, without
     // validating again (after a resize).
     void RedrawLastChart();
+    // What the window shows, for the exports: the figures as Copy Results lists
+    // them, and the last good chart drawn afresh on a surface of its own at
+    // width x height pixels of the given ratio (empty before the first plot).
+    ResultsSheet::Shown ResultsShown() const;
+    TitledChart::Chart ExportChart(int width, int height, double ratio);
     // Sets panel 1 of the status bar.
     void SetStatus(const std::string& text);
     // A label's caption as the user reads it, without its mnemonic marker.
@@ -305,8 +316,9 @@ class frm_Pondera : public QMainWindow {
     // Drops the data's histogram and point (and, with moments, its exact moments).
     void ForgetData(bool moments);
     void PlaceDataPoint();
-    void DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks, double xTickLength,
-                   double yTickLength, const std::vector<double>& x, const std::vector<double>& y);
+    DensityChart::Result DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks,
+                                   double xTickLength, double yTickLength,
+                                   const std::vector<double>& x, const std::vector<double>& y);
     SkewKurtChart::PickScale ReadPickScale() const;
     void MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos);
     void SkewKurtLockClick(support::Label label);
@@ -343,6 +355,7 @@ class frm_Pondera : public QMainWindow {
     bool haveChart_ = false;
     // Spec limits of the last drawing, for the redraw after a resize.
     std::array<DensityChart::Limit, 3> lastLimits_; // LSL, Target, USL
+    PictureBox* exportSurface_ = nullptr;           // drawn like pb_PDF while an export draws
     // The last fit drawn in moments mode (the exact values, not the shown
     // text); empty when it had no curve.
     std::optional<MomentsStep::Fit> fit_;

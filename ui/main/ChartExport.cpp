@@ -76,7 +76,9 @@ ReportPage::Content ReportOf(frm_Pondera& window) {
         if (shown.Limit[i].Ticked)
             page.Params += std::string("     ") + names[i] + " " + shown.Limit[i].Text;
     if (!shown.Capability.Ppk.empty()) page.Chart.Corner.push_back("Ppk " + shown.Capability.Ppk);
-    page.Rows = ReportPage::RowsOf(ResultsSheet::Text(shown));
+    // A figure the window leaves blank (no limits, no capability) has no row.
+    for (auto& row : ReportPage::RowsOf(ResultsSheet::Text(shown)))
+        if (!row.second.empty()) page.Rows.push_back(std::move(row));
     return page;
 }
 

@@ -16,10 +16,6 @@
 using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
-namespace {
-constexpr const char* kModule = "Pondera.JohnsonDist"; // error labels: kModule + procedure
-} // namespace
-
 // ---------------------------------------------------------------------------
 // The object
 // ---------------------------------------------------------------------------

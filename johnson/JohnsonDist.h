@@ -41,6 +41,9 @@ class JohnsonDist {
     double Xi = 0;
     bool Reflected = false;
 
+    // The module part of every routine's error label, "Pondera.JohnsonDist.<routine>".
+    static constexpr const char* kModule = "Pondera.JohnsonDist";
+
     // ---- Curve type codes shared with the routines -------------------------
     static constexpr int kSL = 1, kSU = 2, kSB = 3, kNormal = 4, kST = 5, kSB3 = 6,
                          kSB3Mirrored = 7;
@@ -111,9 +114,9 @@ class JohnsonDist {
     static void MOMExact(double g, double d, double (&a)[6], bool& fault);
     // The moments sbfit uses: MOM's (from g / d = 4 on, what MOM converges to,
     // by MOMExact), and MOMExact's where the series fails or cannot finish.
-    // momFaulted, when given, is set then, and MOMExact alone serves while set.
+    // seriesAbandoned, when given, is set then, and MOMExact alone serves while set.
     static void SbMoments(double g, double d, double (&a)[6], bool& fault,
-                          bool* momFaulted = nullptr);
+                          bool* seriesAbandoned = nullptr);
 
     // AS 100: Johnson variate -> standard normal, and back.
     static double SNV(double x, int itype, double gamma, double delta, double xlam, double xi);

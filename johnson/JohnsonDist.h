@@ -94,7 +94,7 @@ class JohnsonDist {
     // Finishes an SB fit where AS 99's iteration stopped: damped Newton on (g, d)
     // for |skewness| rb1 and beta2 b2, from the g, d given; on success they hold
     // the answer, mu1 and m2 the mean and variance of its standard variable.
-    // nearLine: iterate on q = exp(-g / d) in place of g (see the .cpp).
+    // nearLine: iterate on q = exp(-g / d) in place of g (see JohnsonDistSbContinue.cpp).
     static void SbContinue(double rb1, double b2, bool nearLine, double& g, double& d, double& mu1,
                            double& m2, bool& fault);
     // The SB shape (g, d) for |skewness| rb1 and beta2 b2 by nested one-dimensional

@@ -174,12 +174,10 @@ uint32_t PixelBuffer::Get(int x, int y) const {
 // ---- Pixel access --------------------------------------------------------------
 
 bool InitSetDIBPixel(QImage& image) {
-    bool opened = false;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, false, [&] {
         Close();
-        opened = OpenOn(image);
+        return OpenOn(image);
     });
-    return opened;
 }
 
 bool InitSetDIBPixel(PictureBox& surface) {
@@ -195,14 +193,12 @@ bool InitSetDIBPixel(PictureBox& surface) {
 }
 
 bool InitSetDIBPixel(PixelBuffer& buffer) {
-    bool opened = false;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, false, [&] {
         Close();
-        if (!buffer.Bits) return;
+        if (!buffer.Bits) return false;
         State().Target = &buffer;
-        opened = true;
+        return true;
     });
-    return opened;
 }
 
 void SetDIBPixel(int x, int y, int red, int green, int blue) {

@@ -1,6 +1,6 @@
 // ln Gamma by the six-term Lanczos series (gamma = 5) as published in Numerical
-// Recipes, with its coefficients kept to the 15 digits the program has always
-// used; and the numeric kernels of the density and probability code.
+// Recipes; and the numeric kernels of the density and probability code.
+// Kept: the series' coefficients to the 15 digits the program has always used.
 #include "engine/m_NumRecipes.h"
 
 #include "support/ErrorTrap.h"

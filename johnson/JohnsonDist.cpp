@@ -60,11 +60,11 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
                     JDistribution = "SB";
                     break;
                 default:
-                    break; // kept as it was
+                    break; // Kept: any other code leaves the type as it was
                 }
             }
-            // Fault 3 (a replaced SB fit) leaves the curve as it was; jnsn never
-            // returns it, the branch stays for the message.
+            // Kept: fault 3 (a replaced SB fit) leaves the curve as it was; jnsn
+            // never returns it, the branch stays for the message.
             CalcError = FitMessage(fault);
             return;
         }
@@ -92,6 +92,8 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
     });
 }
 
+// Kept: the status texts word for word, "fita", "intead", the double blank and
+// "Newton-Rhapson" included.
 const char* JohnsonDist::FitMessage(int16_t fault) {
     return support::TrapValue({kModule, __func__}, "", [&]() -> const char* {
         switch (fault) {

@@ -37,7 +37,7 @@ class JohnsonDist {
     std::string CalcError;
     double Delta = 0;
     double Gamma = 0;
-    double Lamda = 0;
+    double Lamda = 0; // Kept: spelled without the b, the property's own name
     double Xi = 0;
     bool Reflected = false;
 

@@ -29,8 +29,9 @@ uint8_t Clamp(int v) {
     return static_cast<uint8_t>(std::clamp(v, 0, 255));
 }
 
-// A blended component as a byte, rounded half to even as the old byte
-// conversion did; a value beyond a byte is an overflow, as it was there.
+// A blended component as a byte.
+// Kept: rounded half to even as the old byte conversion did; a value beyond a
+// byte is an overflow, as it was there.
 uint8_t ToByte(double v) {
     const double r = std::nearbyint(v);
     if (!(r >= 0.0 && r <= 255.0)) support::Raise(support::kErrOverflow, support::kAppTitle, "");

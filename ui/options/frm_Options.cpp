@@ -394,7 +394,7 @@ bool frm_Options::tb_XTicks_LostFocus() {
 
 bool frm_Options::tb_YTicks_LostFocus() {
     return support::TrapValue({kModule, __func__}, true, [&] {
-        // The message names X ticks here too: the program's own wording.
+        // Kept: the message names X ticks here too, the program's own wording.
         return TicksFrom(Text(tb_YTicks)) ? true : ShowFailure(tb_YTicks, kMsgTicks);
     });
 }

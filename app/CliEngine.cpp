@@ -80,24 +80,10 @@ JsonObject Pnc(const Request& r) {
             out.Add("lower", none).Add("upper", none).Add("total", none);
             out.AddRaw("capability", CapabilityJson(family->Code, r.P, {}, {}));
         } else if (pass && !broken) {
-            const int code = family->Code;
-            m_PercentCertainty::CurrentDistribution = code;
-            m_PercentCertainty::Param1 = r.P[0];
-            m_PercentCertainty::Param2 = r.P[1];
-            m_PercentCertainty::Param3 = r.P[2];
-            m_PercentCertainty::Param4 = r.P[3];
-            double lower = 0, upper = 0;
-            if (r.LSL) {
-                m_PercentCertainty::LSL = *r.LSL;
-                lower = m_PercentCertainty::CalcLSLPNC();
-            }
-            if (r.USL) {
-                m_PercentCertainty::USL = *r.USL;
-                upper = m_PercentCertainty::CalcUSLPNC();
-            }
-            if (r.LSL && r.USL) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
-            out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
-            out.AddRaw("capability", CapabilityJson(code, r.P, r.LSL, r.USL));
+            const m_PercentCertainty::Figures f =
+                m_PercentCertainty::Pnc(*family, r.P, r.LSL, r.USL);
+            out.Add("lower", f.Lower).Add("upper", f.Upper).Add("total", f.Total);
+            out.AddRaw("capability", CapabilityJson(family->Code, r.P, r.LSL, r.USL));
         }
     }
     if (!support::Recorder().Status.empty()) out.AddString("status", support::Recorder().Status);

@@ -75,9 +75,11 @@ inline double GridX(double low, double high, int n, int i) {
 inline constexpr int kMaxPoints = 32767;
 
 // Density values on x(i) = low + (i - 1)(high - low)/N, returned 1-based in a
-// vector of N + 1 elements (element 0 unused).
+// vector of N + 1 elements (element 0 unused). For the calculator's shared key
+// "Johnson", form is the distribution code of the Johnson form (7 SB, 8 SU,
+// 9 SL; any other: the normal form).
 std::vector<double> GetPDFData(const std::string& name, double low, double high, int n, double p1,
-                               double p2, double p3, double p4);
+                               double p2, double p3, double p4, int form = 0);
 
 double Normal_PDF(double x, double mean, double sd);
 double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double xi);
@@ -85,10 +87,13 @@ double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double 
 double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double xi);
 
 // ---- Cumulative probability at a limit (calculator key, limit, parameters) ----
-double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4);
-double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4);
+// form tells the Johnson forms apart, as for GetPDFData.
+double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4,
+               int form = 0);
+double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4,
+               int form = 0);
 // The same probability as 1 - PNC_USL, computed directly so the upper tail keeps its digits.
 double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double p2, double p3,
-                     double p4);
+                     double p4, int form = 0);
 
 } // namespace m_Distributions

@@ -4,7 +4,6 @@
 #include "engine/DistCalculator.h"
 
 #include "engine/m_Distributions.h"
-#include "engine/m_PercentCertainty.h"
 #include "support/ErrorTrap.h"
 #include "tests/helpers/TestSupport.h"
 
@@ -19,13 +18,12 @@ using Pdf = double (*)(double, double, double, double, double);
 struct Dist {
     std::string Key;
     double P[4];
-    int Code = 0; // current distribution code, read by the "Johnson" key
+    int Code = 0; // the Johnson form the "Johnson" key means
 };
 
 DistCalculator Make(const Dist& s, bool calculate = true) {
-    m_PercentCertainty::CurrentDistribution = s.Code;
     DistCalculator calc;
-    calc.SetDistribution(s.Key);
+    calc.SetDistribution(s.Key, s.Code);
     for (int i = 0; i < 4; ++i)
         calc.SetParam(i + 1, s.P[i]);
     if (calculate) {
@@ -123,8 +121,9 @@ TEST_F(DistCalculatorTest, TailsMatchClosedFormsAndDensitiesAreTheirSlope) {
         };
         for (double x : r.Ahead)
             tailsMatch(x);
-        const auto grid = m_Distributions::GetPDFData(d.Key == "Lognormal" ? "LogNormal" : d.Key,
-                                                      -20, 20, kN, d.P[0], d.P[1], d.P[2], d.P[3]);
+        const auto grid =
+            m_Distributions::GetPDFData(d.Key == "Lognormal" ? "LogNormal" : d.Key, -20, 20, kN,
+                                        d.P[0], d.P[1], d.P[2], d.P[3], d.Code);
         ASSERT_EQ(grid.size(), kN + 1u);
         int checked = 0;
         for (int i = 1; i <= kN; ++i) {

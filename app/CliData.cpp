@@ -6,7 +6,6 @@
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
 #include "engine/Families.h"
-#include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
 #include "johnson/JohnsonDist.h"
 #include "stats/m_Capability.h"
@@ -31,9 +30,9 @@ double Or(const std::optional<double>& v) {
 // The distribution code the PNC calculator takes for a fitted curve, as the
 // window passes it: a normal fit goes to the Johnson normal form (code 0).
 std::optional<int> CodeOfFit(const std::string& type) {
-    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(type);
+    const Families::Family* f = Families::ByFittedType(type);
     if (!f) return std::nullopt; // no curve to draw (an error, or the two-point ST limit)
-    return f->PncCode;
+    return f->Code;
 }
 
 std::string Capability(const std::optional<m_Capability::Percentiles>& x, std::optional<double> lsl,

@@ -160,7 +160,7 @@ int RunPdf(Request& r) {
             for (int i = 1; i <= n; ++i)
                 x[static_cast<size_t>(i - 1)] = GridX(low, high, n, i);
             // The Johnson kinds by the engine's own densities, as the moments view draws them.
-            if (const JohnsonPdf pdf = JohnsonDensityOf(r.Dist)) {
+            if (const Families::JohnsonPdf pdf = Families::ByName(r.Dist)->EngineDensity) {
                 for (size_t i = 0; i < x.size(); ++i)
                     density[i] = pdf(x[i], r.P[0], r.P[1], r.P[2], r.P[3]);
             } else {

@@ -51,37 +51,20 @@ bool ReadyForTail(DistCalculator& calc, const std::string& key, double p1, doubl
 }
 } // namespace
 
-// ---- Fitted curves and the lists ----------------------------------------------
-
-namespace {
-const FittedCurve kFits[] = {{"SB", "Johnson SB", kJohnsonSB, JohnsonSB_PDF},
-                             {"SL", "Johnson SL", kJohnsonSL, JohnsonSL_PDF},
-                             {"SU", "Johnson SU", kJohnsonSU, JohnsonSU_PDF},
-                             {"Normal", "Normal", 0, nullptr}};
-} // namespace
-
-const FittedCurve* FindFit(const std::string& type) {
-    for (const FittedCurve& f : kFits)
-        if (type == f.Type) return &f;
-    return nullptr;
-}
-
-JohnsonPdf JohnsonDensityOf(const std::string& name) {
-    for (const FittedCurve& f : kFits)
-        if (name == f.ListItem) return f.Density;
-    return nullptr;
-}
+// ---- The lists ------------------------------------------------------------------
 
 const std::vector<std::string>& ClassicalListOrder() {
-    // Not the start-up order, on purpose.
-    static const std::vector<std::string> names = {"Normal",  "Exponential", "LogNormal",
-                                                   "Uniform", "Triangular",  "Weibull"};
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> classical;
+        for (const std::string& name : Families::ListOrder(false))
+            if (Families::ByName(name)->Classical) classical.push_back(name);
+        return classical;
+    }();
     return names;
 }
 
 const std::vector<std::string>& MomentsListOrder() {
-    static const std::vector<std::string> names = {"Johnson SB", "Johnson SL", "Johnson SU",
-                                                   "Normal"};
+    static const std::vector<std::string> names = Families::ListOrder(true);
     return names;
 }
 

@@ -1,6 +1,6 @@
 // The engine's named procedures: parameter checks, moments, densities and the
 // cumulative probability at a limit, each a dispatcher over its family's record
-// (engine/Families.h); and the moments view's table of fitted curves.
+// (engine/Families.h).
 #pragma once
 
 #include <cmath>
@@ -9,25 +9,9 @@
 
 namespace m_Distributions {
 
-// A fitted Johnson type as the moments view shows it: the item of the moments-mode
-// list, the code the PNC figures take (a normal fit goes to the calculator's
-// Johnson normal form z = gamma + delta x, code 0), and the engine density that
-// draws it (nullptr for "Normal", drawn by Normal_PDF of the requested moments).
-using JohnsonPdf = double (*)(double x, double delta, double gamma, double lamda, double xi);
-struct FittedCurve {
-    const char* Type;     // JohnsonDist's JDistribution: "SB", "SL", "SU", "Normal"
-    const char* ListItem; // catalogue name shown in the list
-    int PncCode;
-    JohnsonPdf Density;
-};
-// nullptr for a type without a curve ("Error", the two-point "ST", ...).
-const FittedCurve* FindFit(const std::string& type);
-// The Johnson density of a catalogue name ("Johnson SB", ...); nullptr for the others.
-JohnsonPdf JohnsonDensityOf(const std::string& name);
-
-// The list after leaving moments mode, in its own order.
+// The list outside moments mode up to its Johnson forms (the six classical
+// families), and the list in moments mode; both in the families' list order.
 const std::vector<std::string>& ClassicalListOrder();
-// The list in moments mode.
 const std::vector<std::string>& MomentsListOrder();
 
 // Distribution codes.

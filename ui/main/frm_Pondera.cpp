@@ -585,9 +585,7 @@ void frm_Pondera::pb_SkewKurt_MouseMove(int button, int, double x, double y) {
         }
         const SkewKurtChart::PickScale scale = ReadPickScale();
         if (!cb_DrawbyMoments->isChecked() || button != 1) return;
-        // The pixel under the pointer is the feasibility test: only white is free.
-        if (pb_SkewKurt->GetPixel(int(std::nearbyint(x)), int(std::nearbyint(y))) != look::kWhite)
-            return;
+        if (!SkewKurtChart::Free(*pb_SkewKurt, x, y)) return;
 
         const SkewKurtChart::DragStep step = SkewKurtChart::Drag(
             scale, x, y, cb_LockSkewness->isChecked(), cb_LockKurtosis->isChecked(),

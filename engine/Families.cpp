@@ -779,12 +779,12 @@ const Family& ByCode(int code) {
     return All().back();
 }
 
-const Family* ForCalculator(const std::string& key, int currentCode) {
+const Family* ForCalculator(const std::string& key, int form) {
     const Family *first = nullptr, *current = nullptr, *codeless = nullptr;
     for (const Family& f : All()) {
         if (key != f.CalculatorKey) continue;
         if (!first) first = &f;
-        if (f.Code == currentCode) current = &f;
+        if (f.Code == form) current = &f;
         if (f.Code == 0) codeless = &f;
     }
     return current ? current : codeless ? codeless : first;

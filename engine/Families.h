@@ -111,8 +111,8 @@ std::vector<std::string> ListOrder(bool byMoments);
 // the calculator takes it.
 const Family& ByCode(int code);
 // The family the calculator means by its key: a key shared by several forms
-// ("Johnson") is told apart by the current distribution code, the normal form
-// standing for any code without a form of its own. nullptr for an unknown key.
-const Family* ForCalculator(const std::string& key, int currentCode);
+// ("Johnson") is told apart by the distribution code given with it, the normal
+// form standing for any code without a form of its own. nullptr for an unknown key.
+const Family* ForCalculator(const std::string& key, int form);
 
 } // namespace Families

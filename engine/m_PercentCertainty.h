@@ -30,7 +30,7 @@ extern double Param1, Param2, Param3, Param4;
 extern double LSL, USL;
 extern int16_t DecPlaces; // the display's decimals; no figure depends on it
 
-// Calculator key for the current code: the six classical keys, "Johnson" for 7, 8, 9 and any other.
+// Calculator key for a code: the six classical keys, "Johnson" for 7, 8, 9 and any other.
 std::string CalculatorName(int code);
 
 double CalcLSLPNC(); // P(X < LSL)

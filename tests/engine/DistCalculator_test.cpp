@@ -80,7 +80,7 @@ TEST_F(DistCalculatorTest, TailsMatchClosedFormsAndDensitiesAreTheirSlope) {
              return x <= 0.5 ? std::pair{a, 1 - a} : std::pair{1 - b, b};
          },
          {1e-150, 0.25, 0.75, 1 - 0x1p-50}},
-        // The Johnson forms by the current code, as AS 100 gives them; the SL keeps
+        // The Johnson forms by the code given with the key, as AS 100 gives them; the SL keeps
         // lamda inside the logarithm, a negative lamda mirrors it, and any other
         // code is the normal form.
         {{"Johnson", {2, 0.5, 4, 1}, 7},

@@ -177,8 +177,7 @@ Curve Sample(const std::string& name, double low, double high, int n,
     // The calculator samples on these very points.
     for (int i = 1; i <= n; ++i)
         c.X[i] = support::ck(m_Distributions::GridX(low, high, n, i));
-    // The calculator knows the Johnson forms only by their shared key and the
-    // current code; typed by parameters they are sampled from their own record.
+    // A Johnson form typed by its parameters is sampled from its own record.
     const Families::Family* family = Families::ByName(name);
     if (family && !family->Classical && family->Grid && n > 0 &&
         !family->Refusal({p[0], p[1], p[2], p[3]})) {

@@ -1,8 +1,10 @@
 // One record per distribution family: its code and names, the calculator's key,
-// the parameter slots, the rules on them, the closed-form moments and
-// quantiles, the density and both tails. The named procedures of
-// m_Distributions, the distribution calculator, the window and the command
-// line all read their family's record instead of testing names or codes.
+// the parameter slots, the rules on them, its places in the distribution list
+// and its picture there, the fitted type that shows it in moments mode, the
+// closed-form moments and quantiles, the density and both tails. The named
+// procedures of m_Distributions, the distribution calculator, the window, the
+// list and the command line all read their family's record instead of testing
+// names or codes.
 #pragma once
 
 #include <array>

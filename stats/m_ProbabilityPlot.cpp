@@ -80,8 +80,8 @@ bool ThresholdRow(int row) {
 }
 
 // Steps are a ten-thousandth of each slot's own size, and of the gap between a
-// bound of the curve and the sample's nearest end: the likelihood is steep there.
-std::vector<Free> FreeSlots(int row, const Curve& c, double lowest, double highest) {
+// threshold and the smallest value: the likelihood is steep there.
+std::vector<Free> FreeSlots(int row, const Curve& c, double lowest) {
     const double* p = c.P;
     const auto rel = [](double v, double ref) { return 1e-4 * std::max(std::fabs(v), ref); };
     std::vector<Free> f;
@@ -96,19 +96,15 @@ std::vector<Free> FreeSlots(int row, const Curve& c, double lowest, double highe
     case Kind::Weibull:
         f = {{0, rel(p[0], 0)}, {1, rel(p[1], 0)}};
         break;
+    case Kind::JohnsonSB:
     case Kind::JohnsonSU:
-        f = {{0, rel(p[0], 0)}, {1, rel(p[1], 1)}, {2, rel(p[2], 0)}, {3, 1e-4 * std::fabs(p[2])}};
+    case Kind::JohnsonSL:
+        // Neither Johnson row is a likelihood fit, and on a small sample the
+        // curvature in all four slots says little about their spread: the band
+        // is that of the normal the curve makes of the sample, with the bounds
+        // (xi, lamda) held where the fit put them.
+        f = {{0, rel(p[0], 0)}, {1, rel(p[1], 1)}};
         break;
-    case Kind::JohnsonSB: {
-        const double gap = std::min({std::fabs(p[2]), lowest - p[3], p[3] + p[2] - highest});
-        f = {{0, rel(p[0], 0)}, {1, rel(p[1], 1)}, {2, 1e-4 * gap}, {3, 1e-4 * gap}};
-        break;
-    }
-    case Kind::JohnsonSL: { // lamda only carries the side; gamma absorbs its size
-        const double gap = p[2] > 0 ? lowest - p[3] : p[3] - highest;
-        f = {{0, rel(p[0], 0)}, {1, rel(p[1], 1)}, {3, 1e-4 * gap}};
-        break;
-    }
     }
     if (ThresholdRow(row)) {
         const int slot = c.K == Kind::Exponential ? 1 : 2;
@@ -165,7 +161,7 @@ Eigen::MatrixXd InverseInformation(const Curve& c, const std::vector<Free>& free
 }
 
 void MakeBand(Plot& plot, const std::vector<double>& x, int row, const Curve& c, double level) {
-    std::vector<Free> free = FreeSlots(row, c, x.front(), x.back());
+    std::vector<Free> free = FreeSlots(row, c, x.front());
     // A step lost in the rounding of its slot differences nothing.
     for (const Free& f : free)
         if (!(f.Step > 1e-9 * std::fabs(c.P[f.Slot])) || !std::isfinite(f.Step)) return;
@@ -187,6 +183,8 @@ void MakeBand(Plot& plot, const std::vector<double>& x, int row, const Curve& c,
     const double z = boost::math::quantile(boost::math::normal(), 0.5 + level / 2);
     constexpr int kHeights = 61;
     const int k = static_cast<int>(free.size());
+    const bool threshold = ThresholdRow(row);
+    const double offLeft = plot.ULow - (plot.UHigh - plot.ULow);
     Eigen::VectorXd g(k);
     for (int h = 0; h < kHeights; ++h) {
         const double v = plot.VLow + (plot.VHigh - plot.VLow) * h / (kHeights - 1);
@@ -197,6 +195,19 @@ void MakeBand(Plot& plot, const std::vector<double>& x, int row, const Curve& c,
             up.P[free[a].Slot] += free[a].Step;
             down.P[free[a].Slot] -= free[a].Step;
             g(a) = (QuantileAt(up, v) - QuantileAt(down, v)) / (2 * free[a].Step);
+        }
+        if (threshold) {
+            // Near an estimated threshold ln(x - threshold) magnifies the
+            // threshold's own spread without bound: the band is taken on x and
+            // its edges placed on the axis (a lower edge below the threshold
+            // runs off the plot).
+            const double half = z * std::sqrt(g.dot(cov * g));
+            const double low = ToAxis(c, xp - half), high = ToAxis(c, xp + half);
+            if (!std::isfinite(high)) continue;
+            plot.BandV.push_back(v);
+            plot.BandLow.push_back(std::isfinite(low) ? low : offLeft);
+            plot.BandHigh.push_back(high);
+            continue;
         }
         g *= AxisSlope(c, xp);
         const double u = ToAxis(c, xp);
@@ -414,17 +425,18 @@ Plot Make(const std::vector<double>& ascending, int row, const m_Fits::Fit& fit,
     static const struct {
         double P;
         const char* Label;
-    } kProbTicks[] = {{0.001, "0.1"}, {0.01, "1"}, {0.05, "5"},  {0.1, "10"},
-                      {0.5, "50"},    {0.9, "90"}, {0.99, "99"}, {0.999, "99.9"}};
+    } kProbTicks[] = {{1e-6, "0.0001"}, {1e-5, "0.001"}, {1e-4, "0.01"}, {0.001, "0.1"},
+                      {0.01, "1"},      {0.05, "5"},     {0.1, "10"},    {0.5, "50"},
+                      {0.9, "90"},      {0.99, "99"},    {0.999, "99.9"}};
     for (const auto& t : kProbTicks) {
         const double v = ToPaper(plot.Prob, t.P);
         if (v >= plot.VLow && v <= plot.VHigh) plot.ProbTicks.push_back({v, t.Label});
     }
     const std::vector<double> values = ValueTicks(c, plot.Value, plot.ULow, plot.UHigh);
-    const std::vector<std::string> labels = support::TickLabels(values);
-    for (std::size_t i = 0; i < values.size(); ++i)
+    // Round values need no fixed decimals: the general form shows 20 and 0.3 as such.
+    for (double t : values)
         plot.ValueTicks.push_back(
-            {plot.Value == Axis::Linear ? values[i] : ToAxis(c, values[i]), labels[i]});
+            {plot.Value == Axis::Linear ? t : ToAxis(c, t), support::Format(t, "")});
     return plot;
 }
 

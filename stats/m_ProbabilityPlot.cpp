@@ -283,9 +283,15 @@ std::vector<double> ValueTicks(const Curve& c, Axis axis, double uLow, double uH
         const double u = uLow + (k + 0.5) * du;
         const double spread = FromAxis(c, u + du / 2) - FromAxis(c, u - du / 2);
         if (!(spread > 0) || !std::isfinite(spread)) continue;
-        const double step = NiceStepBelow(spread);
-        const double t = std::round(FromAxis(c, u) / step) * step;
-        const double at = ToAxis(c, t);
+        // The roundest value near the target: coarse steps first, down to the local spread.
+        double t = 0, at = kNaN;
+        for (double step = 10 * NiceStepBelow(spread); !std::isfinite(at);) {
+            step = NiceStepBelow(step * 0.99);
+            t = std::round(FromAxis(c, u) / step) * step;
+            at = ToAxis(c, t);
+            if (std::fabs(at - u) > du / 3) at = kNaN;
+            if (step < spread / 20) break;
+        }
         if (!std::isfinite(at) || at < uLow || at > uHigh || at - lastU < du / 2) continue;
         ticks.push_back(t);
         lastU = at;

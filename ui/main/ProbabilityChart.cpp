@@ -125,7 +125,8 @@ void ProbabilityChart::Paint(QPainter& painter, const QRectF& area, const Plot& 
             painter.setPen(ink);
             painter.drawText(frame.adjusted(8 * px, 8 * px, -8 * px, -8 * px),
                              Qt::AlignCenter | Qt::TextWordWrap,
-                             QString::fromStdString(plot.Status));
+                             QString::fromStdString(
+                                 plot.Name.empty() ? plot.Status : plot.Name + ": " + plot.Status));
         }
         painter.restore();
         return;

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace m_ProbabilityPlot {
 
@@ -34,6 +35,23 @@ double Threshold(const Curve& c) {
         return c.P[1];
     default:
         return 0;
+    }
+}
+
+// The open interval the curve gives density to.
+std::pair<double, double> Support(const Curve& c) {
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    switch (c.K) {
+    case Kind::LogNormal:
+    case Kind::Weibull:
+    case Kind::Exponential:
+        return {Threshold(c), inf};
+    case Kind::JohnsonSB:
+        return {c.P[3], c.P[3] + c.P[2]};
+    case Kind::JohnsonSL:
+        return c.P[2] > 0 ? std::pair{c.P[3], inf} : std::pair{-inf, c.P[3]};
+    default:
+        return {-inf, inf};
     }
 }
 
@@ -272,8 +290,14 @@ std::vector<double> ValueTicks(const Curve& c, Axis axis, double uLow, double uH
     std::vector<double> ticks;
     if (axis == Axis::Linear) {
         const double step = NiceStepBelow((uHigh - uLow) / 4);
-        for (double t = std::ceil(uLow / step) * step; t <= uHigh; t += step)
-            ticks.push_back(std::fabs(t) < step * 1e-9 ? 0 : t);
+        const double first = std::ceil(uLow / step);
+        // Counted, not stepped: a step below the values' own resolution must not loop.
+        for (int k = 0; k < 12; ++k) {
+            const double t = (first + k) * step;
+            if (!(t <= uHigh)) break;
+            if (ticks.empty() || t > ticks.back())
+                ticks.push_back(std::fabs(t) < step * 1e-9 ? 0 : t);
+        }
         return ticks;
     }
     constexpr int kCount = 6;
@@ -285,13 +309,16 @@ std::vector<double> ValueTicks(const Curve& c, Axis axis, double uLow, double uH
         if (!(spread > 0) || !std::isfinite(spread)) continue;
         // The roundest value near the target: coarse steps first, down to the local spread.
         double t = 0, at = kNaN;
-        for (double step = 10 * NiceStepBelow(spread); !std::isfinite(at);) {
+        double step = 10 * NiceStepBelow(spread);
+        for (int tries = 0; tries < 6 && !std::isfinite(at); ++tries) {
             step = NiceStepBelow(step * 0.99);
             t = std::round(FromAxis(c, u) / step) * step;
             at = ToAxis(c, t);
             if (std::fabs(at - u) > du / 3) at = kNaN;
-            if (step < spread / 20) break;
         }
+        // Beside a bound of a Johnson curve the values crowd: a label of a
+        // dozen digits would tell the reader nothing.
+        if (step < 1e-5 * std::fabs(t)) continue;
         if (!std::isfinite(at) || at < uLow || at > uHigh || at - lastU < du / 2) continue;
         ticks.push_back(t);
         lastU = at;
@@ -399,6 +426,10 @@ Plot Make(const std::vector<double>& ascending, int row, const m_Fits::Fit& fit,
         plot.U.push_back(u);
         plot.V.push_back(v);
     }
+    const auto [lo, hi] = Support(c);
+    plot.Outside =
+        static_cast<std::size_t>((std::upper_bound(x->begin(), x->end(), lo) - x->begin()) +
+                                 (x->end() - std::lower_bound(x->begin(), x->end(), hi)));
     if (plot.U.empty()) {
         plot.Status = m_Fits::kOutside;
         return plot;

@@ -40,7 +40,8 @@ struct Plot {
     std::string Name;   // the row's name
     Paper Prob = Paper::Normal;
     Axis Value = Axis::Linear;
-    std::size_t N = 0; // values in the sample (the points may be fewer)
+    std::size_t N = 0;       // values in the sample (the points may be fewer)
+    std::size_t Outside = 0; // values the curve gives no density: not on the paper
     double Level = 0.95;
     std::vector<double> U, V;         // the points, ascending
     std::vector<double> LineU, LineV; // the fitted line, bottom to top

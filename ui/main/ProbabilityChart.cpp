@@ -100,7 +100,9 @@ void ProbabilityChart::Paint(QPainter& painter, const QRectF& area, const Plot& 
     const double textH = fm.height();
     const double tick = 4 * px;
 
-    const bool drawn = plot.Status.empty() && !plot.U.empty();
+    const bool drawn = plot.Status.empty() && !plot.U.empty() && plot.UHigh > plot.ULow &&
+                       plot.VHigh > plot.VLow && std::isfinite(plot.UHigh - plot.ULow) &&
+                       std::isfinite(plot.VHigh - plot.VLow);
     double probLabelWidth = fm.horizontalAdvance(QStringLiteral("99.9"));
     for (const auto& t : plot.ProbTicks)
         probLabelWidth =
@@ -133,8 +135,17 @@ void ProbabilityChart::Paint(QPainter& painter, const QRectF& area, const Plot& 
     }
 
     const double uSpan = plot.UHigh - plot.ULow, vSpan = plot.VHigh - plot.VLow;
-    const auto X = [&](double u) { return left + (u - plot.ULow) / uSpan * frame.width(); };
-    const auto Y = [&](double v) { return bottom - (v - plot.VLow) / vSpan * frame.height(); };
+    // Far outside the frame only the direction matters; huge coordinates would
+    // strain the rasteriser.
+    const double reach = 4 * (frame.width() + frame.height());
+    const auto X = [&](double u) {
+        return std::clamp(left + (u - plot.ULow) / uSpan * frame.width(), left - reach,
+                          right + reach);
+    };
+    const auto Y = [&](double v) {
+        return std::clamp(bottom - (v - plot.VLow) / vSpan * frame.height(), top - reach,
+                          bottom + reach);
+    };
 
     // The ticks whose labels fit: probabilities by rank (50 first, then the
     // tails inward), values from left to right.
@@ -232,6 +243,7 @@ void ProbabilityChart::Paint(QPainter& painter, const QRectF& area, const Plot& 
     if (!plot.BandV.empty())
         caption += QStringLiteral("   %1 % band").arg(std::round(plot.Level * 100));
     caption += QStringLiteral("   n = %1").arg(plot.N);
+    if (plot.Outside > 0) caption += QStringLiteral(" (%1 outside the curve)").arg(plot.Outside);
     painter.drawText(QRectF(left, area.top() + 3 * px, right - left, textH),
                      Qt::AlignRight | Qt::AlignTop, caption);
     painter.restore();

@@ -5,7 +5,7 @@
 #include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
-#include "engine/m_Distributions.h"
+#include "engine/Families.h"
 #include "engine/m_PercentCertainty.h"
 #include "johnson/JohnsonDist.h"
 #include "stats/m_Capability.h"
@@ -30,9 +30,9 @@ double Or(const std::optional<double>& v) {
 // The distribution code the PNC calculator takes for a fitted curve, as the
 // window passes it: a normal fit goes to the Johnson normal form (code 0).
 std::optional<int> CodeOfFit(const std::string& type) {
-    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(type);
+    const Families::Family* f = Families::ByFittedType(type);
     if (!f) return std::nullopt; // no curve to draw (an error, or the two-point ST limit)
-    return f->PncCode;
+    return f->Code;
 }
 
 std::string Capability(const std::optional<m_Capability::Percentiles>& x, std::optional<double> lsl,
@@ -106,24 +106,11 @@ int RunData(const DataRequest& r) {
         out.AddRaw("fit", fitted.Str());
         const std::optional<int> code = CodeOfFit(fit.JDistribution);
         const double p[4] = {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi};
-        double lower = kUndefined, upper = kUndefined;
         const bool crossed = LimitsCrossed(lsl, usl);
-        if (code && !crossed) {
-            namespace pc = m_PercentCertainty;
-            pc::CurrentDistribution = *code;
-            pc::Param1 = p[0], pc::Param2 = p[1], pc::Param3 = p[2], pc::Param4 = p[3];
-            lower = upper = 0; // a missing limit contributes nothing
-            if (lsl) {
-                pc::LSL = *lsl;
-                lower = pc::CalcLSLPNC();
-            }
-            if (usl) {
-                pc::USL = *usl;
-                upper = pc::CalcUSLPNC();
-            }
-        }
-        if (code && lsl && usl && !crossed) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
-        out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
+        // No curve, or crossed limits: no figures. A missing limit contributes 0.
+        m_PercentCertainty::Figures f{kUndefined, kUndefined, kUndefined};
+        if (code && !crossed) f = m_PercentCertainty::Pnc(Families::ByCode(*code), p, lsl, usl);
+        out.Add("lower", f.Lower).Add("upper", f.Upper).Add("total", f.Total);
         // Crossed limits leave the curve's percentiles but no figures.
         out.AddRaw("capability", !code     ? Capability(std::nullopt, lsl, usl)
                                  : crossed ? CapabilityJson(*code, p, {}, {})

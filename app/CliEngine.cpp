@@ -80,24 +80,10 @@ JsonObject Pnc(const Request& r) {
             out.Add("lower", none).Add("upper", none).Add("total", none);
             out.AddRaw("capability", CapabilityJson(family->Code, r.P, {}, {}));
         } else if (pass && !broken) {
-            const int code = family->Code;
-            m_PercentCertainty::CurrentDistribution = code;
-            m_PercentCertainty::Param1 = r.P[0];
-            m_PercentCertainty::Param2 = r.P[1];
-            m_PercentCertainty::Param3 = r.P[2];
-            m_PercentCertainty::Param4 = r.P[3];
-            double lower = 0, upper = 0;
-            if (r.LSL) {
-                m_PercentCertainty::LSL = *r.LSL;
-                lower = m_PercentCertainty::CalcLSLPNC();
-            }
-            if (r.USL) {
-                m_PercentCertainty::USL = *r.USL;
-                upper = m_PercentCertainty::CalcUSLPNC();
-            }
-            if (r.LSL && r.USL) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
-            out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
-            out.AddRaw("capability", CapabilityJson(code, r.P, r.LSL, r.USL));
+            const m_PercentCertainty::Figures f =
+                m_PercentCertainty::Pnc(*family, r.P, r.LSL, r.USL);
+            out.Add("lower", f.Lower).Add("upper", f.Upper).Add("total", f.Total);
+            out.AddRaw("capability", CapabilityJson(family->Code, r.P, r.LSL, r.USL));
         }
     }
     if (!support::Recorder().Status.empty()) out.AddString("status", support::Recorder().Status);
@@ -174,7 +160,7 @@ int RunPdf(Request& r) {
             for (int i = 1; i <= n; ++i)
                 x[static_cast<size_t>(i - 1)] = GridX(low, high, n, i);
             // The Johnson kinds by the engine's own densities, as the moments view draws them.
-            if (const JohnsonPdf pdf = JohnsonDensityOf(r.Dist)) {
+            if (const Families::JohnsonPdf pdf = Families::ByName(r.Dist)->EngineDensity) {
                 for (size_t i = 0; i < x.size(); ++i)
                     density[i] = pdf(x[i], r.P[0], r.P[1], r.P[2], r.P[3]);
             } else {

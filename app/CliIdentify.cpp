@@ -66,22 +66,11 @@ std::vector<double> Slots(const m_Curves::Curve& c) {
 // lower, upper, total and capability as pnc computes them for the row's curve.
 void AddLimits(JsonObject& out, const m_Curves::Curve& c, std::optional<double> lsl,
                std::optional<double> usl) {
-    namespace pc = m_PercentCertainty;
     const int code = m_Curves::Code(c.K);
     const double p[4] = {c.P[0], c.P[1], c.P[2], c.P[3]};
-    pc::CurrentDistribution = code;
-    pc::Param1 = p[0], pc::Param2 = p[1], pc::Param3 = p[2], pc::Param4 = p[3];
-    double lower = 0, upper = 0;
-    if (lsl) {
-        pc::LSL = *lsl;
-        lower = pc::CalcLSLPNC();
-    }
-    if (usl) {
-        pc::USL = *usl;
-        upper = pc::CalcUSLPNC();
-    }
-    if (lsl && usl) upper = pc::CapUpperPNC(lower, upper);
-    out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
+    const m_PercentCertainty::Figures f =
+        m_PercentCertainty::Pnc(Families::ByCode(code), p, lsl, usl);
+    out.Add("lower", f.Lower).Add("upper", f.Upper).Add("total", f.Total);
     out.AddRaw("capability", CapabilityJson(code, p, lsl, usl));
 }
 

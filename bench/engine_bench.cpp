@@ -1,7 +1,6 @@
 // The engine's share of one plot: the density on a 500-point grid plus the
 // cumulative probabilities at two spec limits, per family.
 #include "engine/m_Distributions.h"
-#include "engine/m_PercentCertainty.h"
 
 #include <benchmark/benchmark.h>
 
@@ -10,7 +9,7 @@ namespace {
 struct Family {
     const char* Name; // as GetPDFData takes it
     const char* Key;  // as the PNC functions take it
-    int Code;         // current distribution code (Johnson forms)
+    int Code;         // the Johnson form the "Johnson" key means
     double P[4];
     double Low, High, LSL, USL;
 };
@@ -30,12 +29,13 @@ const Family kFamilies[] = {
 
 void BM_PlotFigures(benchmark::State& state) {
     const Family& f = kFamilies[state.range(0)];
-    m_PercentCertainty::CurrentDistribution = f.Code;
     for (auto _ : state) {
-        auto density =
-            m_Distributions::GetPDFData(f.Name, f.Low, f.High, 500, f.P[0], f.P[1], f.P[2], f.P[3]);
-        double lower = m_Distributions::PNC_LSL(f.Key, f.LSL, f.P[0], f.P[1], f.P[2], f.P[3]);
-        double upper = m_Distributions::PNC_USL_Upper(f.Key, f.USL, f.P[0], f.P[1], f.P[2], f.P[3]);
+        auto density = m_Distributions::GetPDFData(f.Name, f.Low, f.High, 500, f.P[0], f.P[1],
+                                                   f.P[2], f.P[3], f.Code);
+        double lower =
+            m_Distributions::PNC_LSL(f.Key, f.LSL, f.P[0], f.P[1], f.P[2], f.P[3], f.Code);
+        double upper =
+            m_Distributions::PNC_USL_Upper(f.Key, f.USL, f.P[0], f.P[1], f.P[2], f.P[3], f.Code);
         benchmark::DoNotOptimize(density.data());
         benchmark::DoNotOptimize(lower);
         benchmark::DoNotOptimize(upper);

@@ -2,7 +2,6 @@
 #include "engine/DistCalculator.h"
 
 #include "engine/Families.h"
-#include "engine/m_PercentCertainty.h"
 #include "support/ErrorTrap.h"
 
 #include <algorithm>
@@ -28,7 +27,7 @@ bool DistCalculator::Prepare() {
     message_.clear();
     ready_ = false;
     pointMass_ = false;
-    family_ = Families::ForCalculator(key_, m_PercentCertainty::CurrentDistribution);
+    family_ = Families::ForCalculator(key_, form_);
     if (!family_) {
         message_ = "Unknown distribution \"" + key_ + "\".";
         return false;

@@ -2,10 +2,10 @@
 // for "Normal", "Lognormal", "Exponential", "Weibull", "Uniform", "Triangular"
 // and "Johnson".
 //
-// It receives only the key "Johnson" and four parameters (delta, gamma, lamda,
-// xi), so it learns which Johnson form it has from the program-wide current
-// distribution code (m_PercentCertainty::CurrentDistribution). The formulas and
-// the rules on the parameters are the families' own (engine/Families.h).
+// The Johnson forms share the key "Johnson" and four parameters (delta, gamma,
+// lamda, xi); the caller names the form with its distribution code beside the
+// key. The formulas and the rules on the parameters are the families' own
+// (engine/Families.h).
 //
 // Like the component it stands for, the calculator has no error trap of its own:
 // unusable parameters make ComputeDensities and Calculate return false with a
@@ -22,8 +22,11 @@ struct Family;
 
 class DistCalculator {
   public:
-    void SetDistribution(const std::string& key) {
+    // form: the distribution code that tells apart the forms sharing a key
+    // ("Johnson": 7 SB, 8 SU, 9 SL); any other code means the Johnson normal form.
+    void SetDistribution(const std::string& key, int form = 0) {
         key_ = key;
+        form_ = form;
         ready_ = false;
     }
     void SetParam(int slot, double value); // slot 1..4
@@ -52,6 +55,7 @@ class DistCalculator {
     double Tail(double x, bool upper) const;
 
     std::string key_;
+    int form_ = 0;
     double p_[4] = {0, 0, 0, 0};
     int n_ = 0;
     std::vector<double> density_;

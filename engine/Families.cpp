@@ -583,9 +583,6 @@ constexpr Rule kDeltaRule = {0, [](const Params& p) { return Gt(p[0], 0); },
                              "Delta must be greater than zero for a Johnson distribution."};
 constexpr Rule kUniformRule = {1, [](const Params& p) { return Le(p[0], p[1]); },
                                "Minimum must be less than Maximum for a Uniform distribution."};
-// Typed by parameters, a Johnson form starts as the standard curve of its kind.
-constexpr std::array<Slot, 4> kJohnsonSlots = {
-    {{"Delta:", "1"}, {"Gamma:", "0"}, {"Lamda:", "1"}, {"Xi:", "0"}}};
 
 } // namespace
 
@@ -599,6 +596,9 @@ const std::array<Family, 10>& All() {
                       .Classical = true,
                       .SlotCount = 2,
                       .Slots = {{{"Mean:", "0"}, {"Std. Deviation:", "1"}}},
+                      .ListItem = 1,
+                      .MomentsListItem = 4,
+                      .Picture = {-3.2, 3.2, {0, 1}},
                       .Rules = {kStDevRule},
                       .MeanArgs = 2,
                       .MomentArgs = 2}),
@@ -609,6 +609,8 @@ const std::array<Family, 10>& All() {
                          .SlotCount = 3,
                          .Slots = {{{"Mean:", "0"}, {"Std. Deviation:", "1"}, {"Minimum:", "0"}}},
                          .MinimumSlot = 3,
+                         .ListItem = 3,
+                         .Picture = {0.02, 3.6, {0, 0.5}},
                          .Rules = {kStDevRule},
                          .MeanArgs = 3,
                          .MomentArgs = 2}),
@@ -620,6 +622,8 @@ const std::array<Family, 10>& All() {
              .SlotCount = 2,
              .Slots = {{{"Scale:", "1"}, {"Minimum:", "0"}}},
              .MinimumSlot = 2,
+             .ListItem = 2,
+             .Picture = {0, 4, {1, 0}},
              .Rules =
                  {{{1, [](const Params& p) { return Gt(p[0], 0); },
                     "Scale parameter for an Exponential distribution must be greater than zero."}}},
@@ -633,6 +637,8 @@ const std::array<Family, 10>& All() {
              .SlotCount = 3,
              .Slots = {{{"Shape:", "2"}, {"Scale:", "10"}, {"Minimum:", "0"}}},
              .MinimumSlot = 3,
+             .ListItem = 6,
+             .Picture = {0, 2.6, {2, 1}},
              .Rules = {{{1, [](const Params& p) { return Gt(p[0], 0); },
                          "Shape parameter for a Weibull distribution must be greater than zero."},
                         {2, [](const Params& p) { return Gt(p[1], 0); },
@@ -646,6 +652,8 @@ const std::array<Family, 10>& All() {
              .Classical = true,
              .SlotCount = 2,
              .Slots = {{{"Minimum:", "-1"}, {"Maximum:", "1"}}},
+             .ListItem = 4,
+             .Picture = {-1.6, 1.6, {-1, 1}},
              // Equal ends pass, whatever the words say. The second text says
              // the reverse of what it guards; it is shown as it always was.
              .Rules = {{kUniformRule,
@@ -660,6 +668,8 @@ const std::array<Family, 10>& All() {
              .Classical = true,
              .SlotCount = 3,
              .Slots = {{{"Minimum:", "-1"}, {"Likeliest:", "0.5"}, {"Maximum:", "1"}}},
+             .ListItem = 5,
+             .Picture = {-1.2, 1.2, {-1, 0.5, 1}},
              // The likeliest may equal either end. The third rule repeats the first in
              // other words: it is reached only when CheckParam3 is called on its own.
              .Rules = {{{1, [](const Params& p) { return Le(p[0], p[2]); },
@@ -678,6 +688,13 @@ const std::array<Family, 10>& All() {
              .SlotCount = 4,
              .Slots = kJohnsonSlots,
              .As99Type = 3,
+             .ListItem = 7,
+             .MomentsListItem = 1,
+             // Clear of the end points, where the density is 0 anyway.
+             .Picture = {0.01, 0.99, {1.1, 0.6, 1}},
+             .FittedType = "SB",
+             .FitItem = "Johnson SB",
+             .EngineDensity = m_Distributions::JohnsonSB_PDF,
              .Rules = {{kDeltaRule,
                         {0, [](const Params& p) { return Gt(p[2], 0); },
                          "Lamda must be greater than zero for a Johnson SB distribution."}}}}),
@@ -687,6 +704,12 @@ const std::array<Family, 10>& All() {
                          .SlotCount = 4,
                          .Slots = kJohnsonSlots,
                          .As99Type = 1,
+                         .ListItem = 8,
+                         .MomentsListItem = 2,
+                         .Picture = {0.02, 4, {1.6, 0.4, 1}},
+                         .FittedType = "SL",
+                         .FitItem = "Johnson SL",
+                         .EngineDensity = m_Distributions::JohnsonSL_PDF,
                          .Rules = {{kDeltaRule,
                                     {0, [](const Params& p) { return p[2] != 0; },
                                      "Lamda must not be zero for a Johnson SL distribution."}}}}),
@@ -697,6 +720,12 @@ const std::array<Family, 10>& All() {
              .SlotCount = 4,
              .Slots = kJohnsonSlots,
              .As99Type = 2,
+             .ListItem = 9,
+             .MomentsListItem = 3,
+             .Picture = {-3, 5, {1.4, -0.9, 1}},
+             .FittedType = "SU",
+             .FitItem = "Johnson SU",
+             .EngineDensity = m_Distributions::JohnsonSU_PDF,
              .Rules = {{kDeltaRule,
                         {0, [](const Params& p) { return Gt(p[2], 0); },
                          "Lamda must be greater than zero for a Johnson SU distribution."}}}}),
@@ -706,6 +735,9 @@ const std::array<Family, 10>& All() {
                              .SlotCount = 4,
                              .Slots = kJohnsonSlots,
                              .As99Type = 4,
+                             // A normal fit is shown as the list's "Normal".
+                             .FittedType = "Normal",
+                             .FitItem = "Normal",
                              .Rules = {kDeltaRule}}),
     };
     return table;
@@ -723,18 +755,36 @@ const Family* ByName(const std::string& name) {
     return nullptr;
 }
 
+const Family* ByFittedType(const std::string& type) {
+    for (const Family& f : All())
+        if (f.FittedType && type == f.FittedType) return &f;
+    return nullptr;
+}
+
+std::vector<std::string> ListOrder(bool byMoments) {
+    std::vector<std::pair<int, const char*>> items;
+    for (const Family& f : All())
+        if (const int at = byMoments ? f.MomentsListItem : f.ListItem)
+            items.emplace_back(at, f.Name);
+    std::sort(items.begin(), items.end());
+    std::vector<std::string> names;
+    for (const auto& item : items)
+        names.emplace_back(item.second);
+    return names;
+}
+
 const Family& ByCode(int code) {
     for (const Family& f : All())
         if (f.Code == code) return f;
     return All().back();
 }
 
-const Family* ForCalculator(const std::string& key, int currentCode) {
+const Family* ForCalculator(const std::string& key, int form) {
     const Family *first = nullptr, *current = nullptr, *codeless = nullptr;
     for (const Family& f : All()) {
         if (key != f.CalculatorKey) continue;
         if (!first) first = &f;
-        if (f.Code == currentCode) current = &f;
+        if (f.Code == form) current = &f;
         if (f.Code == 0) codeless = &f;
     }
     return current ? current : codeless ? codeless : first;

@@ -1,12 +1,15 @@
 // One record per distribution family: its code and names, the calculator's key,
-// the parameter slots, the rules on them, the closed-form moments and
-// quantiles, the density and both tails. The named procedures of
-// m_Distributions, the distribution calculator, the window and the command
-// line all read their family's record instead of testing names or codes.
+// the parameter slots, the rules on them, its places in the distribution list
+// and its picture there, the fitted type that shows it in moments mode, the
+// closed-form moments and quantiles, the density and both tails. The named
+// procedures of m_Distributions, the distribution calculator, the window, the
+// list and the command line all read their family's record instead of testing
+// names or codes.
 #pragma once
 
 #include <array>
 #include <string>
+#include <vector>
 
 namespace Families {
 
@@ -27,6 +30,20 @@ struct Slot {
 };
 
 using Moment = double (*)(double p1, double p2, double p3);
+// A Johnson density with the engine's argument order (x, delta, gamma, lamda, xi).
+using JohnsonPdf = double (*)(double x, double delta, double gamma, double lamda, double xi);
+
+// The parameter rows of every Johnson form: typed by parameters it starts as the
+// standard curve of its kind; in moments mode the rows show the fit.
+inline constexpr std::array<Slot, 4> kJohnsonSlots = {
+    {{"Delta:", "1"}, {"Gamma:", "0"}, {"Lamda:", "1"}, {"Xi:", "0"}}};
+
+// The picture in the distribution list: a typical member over a range that
+// shows its shape.
+struct Icon {
+    double Low = 0, High = 0;
+    std::array<double, 4> P{};
+};
 
 struct Family {
     const char* Name = nullptr; // user-facing, compared exactly; nullptr: the calculator's alone
@@ -38,6 +55,20 @@ struct Family {
     std::array<Slot, 4> Slots{};
     int MinimumSlot = 0; // the slot (1..4) where the support starts, 0 for none
     int As99Type = 0; // AS 99's curve type of a Johnson form (1 SL, 2 SU, 3 SB, 4 normal), else 0
+
+    // Place in the distribution list (1 = first; 0 = not listed) outside and
+    // inside moments mode.
+    int ListItem = 0, MomentsListItem = 0;
+    Icon Picture{};
+
+    // Drawing by moments: JohnsonDist's JDistribution for a fit of this form
+    // ("SB", "SL", "SU", "Normal"), the list item that shows such a fit, and the
+    // engine's named density that draws it (nullptr for the normal fit, drawn by
+    // Normal_PDF of the requested moments). The command line draws a Johnson
+    // form typed by its parameters with the same density.
+    const char* FittedType = nullptr;
+    const char* FitItem = nullptr;
+    JohnsonPdf EngineDensity = nullptr;
 
     // In the order the calculator applies them; the first that fails refuses.
     std::array<Rule, 3> Rules{};
@@ -73,12 +104,17 @@ const std::array<Family, 10>& All();
 
 // By the user-facing name; nullptr when the name is not one of the nine.
 const Family* ByName(const std::string& name);
+// By JohnsonDist's fitted type; nullptr for a type without a curve ("Error",
+// the two-point "ST", ...).
+const Family* ByFittedType(const std::string& type);
+// The names of the distribution list, in moments mode or outside it.
+std::vector<std::string> ListOrder(bool byMoments);
 // By code; any code without a row of its own is the Johnson normal form, as
 // the calculator takes it.
 const Family& ByCode(int code);
 // The family the calculator means by its key: a key shared by several forms
-// ("Johnson") is told apart by the current distribution code, the normal form
-// standing for any code without a form of its own. nullptr for an unknown key.
-const Family* ForCalculator(const std::string& key, int currentCode);
+// ("Johnson") is told apart by the distribution code given with it, the normal
+// form standing for any code without a form of its own. nullptr for an unknown key.
+const Family* ForCalculator(const std::string& key, int form);
 
 } // namespace Families

@@ -6,7 +6,6 @@
 #include "engine/DistCalculator.h"
 #include "engine/Families.h"
 #include "engine/m_NumRecipes.h"
-#include "engine/m_PercentCertainty.h"
 #include "support/ErrorTrap.h"
 #include "support/UserFace.h"
 
@@ -22,10 +21,9 @@ using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
 
 void SetUpCalculator(DistCalculator& calc, const std::string& key, double p1, double p2, double p3,
-                     double p4) {
-    calc.SetDistribution(key);
-    const Families::Family* family =
-        Families::ForCalculator(key, m_PercentCertainty::CurrentDistribution);
+                     double p4, int form) {
+    calc.SetDistribution(key, form);
+    const Families::Family* family = Families::ForCalculator(key, form);
     const int slots = family ? family->SlotCount : 0;
     const double p[4] = {p1, p2, p3, p4};
     for (int i = 0; i < slots; ++i)
@@ -36,9 +34,8 @@ void SetUpCalculator(DistCalculator& calc, const std::string& key, double p1, do
 // minimum of the Exponential, Weibull and LogNormal): nothing lies below it, and
 // the calculator's cumulative probability is not asked for.
 bool AtOrBelowStart(const std::string& key, double limit, double p1, double p2, double p3,
-                    double p4) {
-    const Families::Family* family =
-        Families::ForCalculator(key, m_PercentCertainty::CurrentDistribution);
+                    double p4, int form) {
+    const Families::Family* family = Families::ForCalculator(key, form);
     const double p[4] = {p1, p2, p3, p4};
     return family && family->MinimumSlot && std::islessequal(limit, p[family->MinimumSlot - 1]);
 }
@@ -46,45 +43,28 @@ bool AtOrBelowStart(const std::string& key, double limit, double p1, double p2, 
 // Sets up the calculator for a cumulative probability; when it refuses, its
 // message goes to the status bar and the caller's figure stays 0.
 bool ReadyForTail(DistCalculator& calc, const std::string& key, double p1, double p2, double p3,
-                  double p4) {
-    SetUpCalculator(calc, key, p1, p2, p3, p4);
+                  double p4, int form) {
+    SetUpCalculator(calc, key, p1, p2, p3, p4, form);
     if (calc.Calculate()) return true;
     support::Face().SetStatusText(calc.Message());
     return false;
 }
 } // namespace
 
-// ---- Fitted curves and the lists ----------------------------------------------
-
-namespace {
-const FittedCurve kFits[] = {{"SB", "Johnson SB", kJohnsonSB, JohnsonSB_PDF},
-                             {"SL", "Johnson SL", kJohnsonSL, JohnsonSL_PDF},
-                             {"SU", "Johnson SU", kJohnsonSU, JohnsonSU_PDF},
-                             {"Normal", "Normal", 0, nullptr}};
-} // namespace
-
-const FittedCurve* FindFit(const std::string& type) {
-    for (const FittedCurve& f : kFits)
-        if (type == f.Type) return &f;
-    return nullptr;
-}
-
-JohnsonPdf JohnsonDensityOf(const std::string& name) {
-    for (const FittedCurve& f : kFits)
-        if (name == f.ListItem) return f.Density;
-    return nullptr;
-}
+// ---- The lists ------------------------------------------------------------------
 
 const std::vector<std::string>& ClassicalListOrder() {
-    // Not the start-up order, on purpose.
-    static const std::vector<std::string> names = {"Normal",  "Exponential", "LogNormal",
-                                                   "Uniform", "Triangular",  "Weibull"};
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> classical;
+        for (const std::string& name : Families::ListOrder(false))
+            if (Families::ByName(name)->Classical) classical.push_back(name);
+        return classical;
+    }();
     return names;
 }
 
 const std::vector<std::string>& MomentsListOrder() {
-    static const std::vector<std::string> names = {"Johnson SB", "Johnson SL", "Johnson SU",
-                                                   "Normal"};
+    static const std::vector<std::string> names = Families::ListOrder(true);
     return names;
 }
 
@@ -198,7 +178,7 @@ MomentSet MomentsOf(const std::string& name, double p1, double p2, double p3) {
 // ---- Densities -----------------------------------------------------------------
 
 std::vector<double> GetPDFData(const std::string& name, double low, double high, int n, double p1,
-                               double p2, double p3, double p4) {
+                               double p2, double p3, double p4, int form) {
     std::vector<double> result(1, 0.0);
     support::Trap({kModule, __func__}, [&] {
         if (n > kMaxPoints) support::Raise(support::kErrOverflow, support::kAppTitle, "");
@@ -211,13 +191,13 @@ std::vector<double> GetPDFData(const std::string& name, double low, double high,
         std::string key;
         if (family && family->Classical)
             key = family->CalculatorKey;
-        else if (const Families::Family* form = Families::ForCalculator(name, 0);
-                 !family && form && !form->Classical)
+        else if (const Families::Family* shared = Families::ForCalculator(name, form);
+                 !family && shared && !shared->Classical)
             key = name;
         else
             return;
         DistCalculator calc;
-        SetUpCalculator(calc, key, p1, p2, p3, p4);
+        SetUpCalculator(calc, key, p1, p2, p3, p4, form);
         calc.SetNumberOfPoints(count);
         if (!calc.ComputeDensities(low, high))
             support::Raise(support::kErrInvalidCall, "DistCalculator", calc.Message());
@@ -279,37 +259,37 @@ double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double 
 
 // ---- Cumulative probability at a limit -------------------------------------------
 
-double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3,
-               double p4) {
+double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4,
+               int form) {
     double result = 0;
     support::Trap({kModule, __func__}, [&] {
         DistCalculator calc;
-        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
-        if (AtOrBelowStart(calcName, lsl, p1, p2, p3, p4)) return;
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return;
+        if (AtOrBelowStart(calcName, lsl, p1, p2, p3, p4, form)) return;
         result = calc.CumulativeProbability(lsl);
     });
     return result;
 }
 
-double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3,
-               double p4) {
+double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4,
+               int form) {
     double result = 0;
     support::Trap({kModule, __func__}, [&] {
         DistCalculator calc;
-        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
-        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4)) return;
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return;
+        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4, form)) return;
         result = calc.CumulativeProbability(usl);
     });
     return result;
 }
 
 double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double p2, double p3,
-                     double p4) {
+                     double p4, int form) {
     double result = 0;
     support::Trap({kModule, __func__}, [&] {
         DistCalculator calc;
-        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4)) return;
-        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4)) {
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return;
+        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4, form)) {
             result = 1;
             return;
         }

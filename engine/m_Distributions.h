@@ -1,6 +1,6 @@
 // The engine's named procedures: parameter checks, moments, densities and the
 // cumulative probability at a limit, each a dispatcher over its family's record
-// (engine/Families.h); and the moments view's table of fitted curves.
+// (engine/Families.h).
 #pragma once
 
 #include <cmath>
@@ -9,25 +9,9 @@
 
 namespace m_Distributions {
 
-// A fitted Johnson type as the moments view shows it: the item of the moments-mode
-// list, the code the PNC figures take (a normal fit goes to the calculator's
-// Johnson normal form z = gamma + delta x, code 0), and the engine density that
-// draws it (nullptr for "Normal", drawn by Normal_PDF of the requested moments).
-using JohnsonPdf = double (*)(double x, double delta, double gamma, double lamda, double xi);
-struct FittedCurve {
-    const char* Type;     // JohnsonDist's JDistribution: "SB", "SL", "SU", "Normal"
-    const char* ListItem; // catalogue name shown in the list
-    int PncCode;
-    JohnsonPdf Density;
-};
-// nullptr for a type without a curve ("Error", the two-point "ST", ...).
-const FittedCurve* FindFit(const std::string& type);
-// The Johnson density of a catalogue name ("Johnson SB", ...); nullptr for the others.
-JohnsonPdf JohnsonDensityOf(const std::string& name);
-
-// The list after leaving moments mode, in its own order.
+// The list outside moments mode up to its Johnson forms (the six classical
+// families), and the list in moments mode; both in the families' list order.
 const std::vector<std::string>& ClassicalListOrder();
-// The list in moments mode.
 const std::vector<std::string>& MomentsListOrder();
 
 // Distribution codes.
@@ -75,9 +59,11 @@ inline double GridX(double low, double high, int n, int i) {
 inline constexpr int kMaxPoints = 32767;
 
 // Density values on x(i) = low + (i - 1)(high - low)/N, returned 1-based in a
-// vector of N + 1 elements (element 0 unused).
+// vector of N + 1 elements (element 0 unused). For the calculator's shared key
+// "Johnson", form is the distribution code of the Johnson form (7 SB, 8 SU,
+// 9 SL; any other: the normal form).
 std::vector<double> GetPDFData(const std::string& name, double low, double high, int n, double p1,
-                               double p2, double p3, double p4);
+                               double p2, double p3, double p4, int form = 0);
 
 double Normal_PDF(double x, double mean, double sd);
 double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double xi);
@@ -85,10 +71,13 @@ double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double 
 double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double xi);
 
 // ---- Cumulative probability at a limit (calculator key, limit, parameters) ----
-double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4);
-double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4);
+// form tells the Johnson forms apart, as for GetPDFData.
+double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4,
+               int form = 0);
+double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4,
+               int form = 0);
 // The same probability as 1 - PNC_USL, computed directly so the upper tail keeps its digits.
 double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double p2, double p3,
-                     double p4);
+                     double p4, int form = 0);
 
 } // namespace m_Distributions

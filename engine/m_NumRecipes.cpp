@@ -1,6 +1,6 @@
 // ln Gamma by the six-term Lanczos series (gamma = 5) as published in Numerical
-// Recipes, with its coefficients kept to the 15 digits the program has always
-// used; and the numeric kernels of the density and probability code.
+// Recipes; and the numeric kernels of the density and probability code.
+// Kept: the series' coefficients to the 15 digits the program has always used.
 #include "engine/m_NumRecipes.h"
 
 #include "support/ErrorTrap.h"
@@ -19,8 +19,7 @@ constexpr double kSqrt2PiFactor = 2.506628274631;
 } // namespace
 
 double gammln(double xx) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         kernel::RequireFinite({xx});
         const double x = xx;
         double y = xx;
@@ -33,23 +32,20 @@ double gammln(double xx) {
         }
         // x = 0 divides by zero here; x < 0 takes the logarithm of a negative number.
         const double arg = support::ck(kSqrt2PiFactor * ser / x);
-        result = support::ck(-tmp + std::log(arg));
+        return support::ck(-tmp + std::log(arg));
     });
-    return result;
 }
 
 double Gamma(double x) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         kernel::RequireFinite({x});
         // No reflection formula: arguments <= 0 are not supported. The series
         // divides by x, which overflows below about 6e-307. Refusing both here
         // keeps Gamma from turning gammln's failure (0) into exp(0) = 1.
         if (!(x > 0)) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
         if (x < 1e-306) support::Raise(support::kErrOverflow, support::kAppTitle, "");
-        result = support::ck(std::exp(gammln(x)));
+        return support::ck(std::exp(gammln(x)));
     });
-    return result;
 }
 
 namespace kernel {

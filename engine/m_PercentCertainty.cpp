@@ -1,8 +1,7 @@
-// Fraction nonconforming for the current distribution: the program-wide current
-// values turned into the calculator's key and passed to the cumulative probability.
+// Fraction nonconforming: the family's tails at the limits, through the
+// cumulative probability of m_Distributions, each step in its own error trap.
 #include "engine/m_PercentCertainty.h"
 
-#include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "support/ErrorTrap.h"
 
@@ -10,7 +9,51 @@ namespace m_PercentCertainty {
 
 namespace {
 constexpr const char* kModule = "Pondera.m_PercentCertainty";
+constexpr const char* kLower = "CalcLSLPNC";
+constexpr const char* kUpper = "CalcUSLPNC";
+constexpr const char* kCap = "CapUpperPNC";
+
+double Lower(const Families::Family& f, const Families::Params& p, double lsl) {
+    double result = 0;
+    support::Trap({kModule, kLower}, [&] {
+        result = support::ck(
+            m_Distributions::PNC_LSL(f.CalculatorKey, lsl, p[0], p[1], p[2], p[3], f.Code));
+    });
+    return result;
+}
+
+double Upper(const Families::Family& f, const Families::Params& p, double usl) {
+    double result = 0;
+    support::Trap({kModule, kUpper}, [&] {
+        // The same figure as 1 - PNC_USL, taken directly so a small upper tail keeps
+        // its digits, and a failed calculation gives 0 rather than 1.
+        result = support::ck(
+            m_Distributions::PNC_USL_Upper(f.CalculatorKey, usl, p[0], p[1], p[2], p[3], f.Code));
+    });
+    return result;
+}
+
+double Capped(double lsl, double usl, double lower, double upper) {
+    double result = upper;
+    support::Trap({kModule, kCap}, [&] {
+        // 1 - lower is exact or within half an ulp of it, so lower + (1 - lower)
+        // rounds to at most 1.
+        if (lsl <= usl && upper > 1 - lower) result = 1 - lower;
+    });
+    return result;
+}
+
 } // namespace
+
+Figures Pnc(const Families::Family& family, const Families::Params& p, std::optional<double> lsl,
+            std::optional<double> usl) {
+    Figures f;
+    if (lsl) f.Lower = Lower(family, p, *lsl);
+    if (usl) f.Upper = Upper(family, p, *usl);
+    if (lsl && usl) f.Upper = Capped(*lsl, *usl, f.Lower, f.Upper);
+    f.Total = f.Lower + f.Upper;
+    return f;
+}
 
 int CurrentDistribution = 0;
 double Param1 = 0, Param2 = 0, Param3 = 0, Param4 = 0;
@@ -27,33 +70,15 @@ std::string CalculatorName(int code) {
 }
 
 double CalcLSLPNC() {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
-        result = support::ck(m_Distributions::PNC_LSL(CalculatorName(CurrentDistribution), LSL,
-                                                      Param1, Param2, Param3, Param4));
-    });
-    return result;
+    return Lower(Families::ByCode(CurrentDistribution), {Param1, Param2, Param3, Param4}, LSL);
 }
 
 double CalcUSLPNC() {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
-        // The same figure as 1 - PNC_USL, taken directly so a small upper tail keeps
-        // its digits, and a failed calculation gives 0 rather than 1.
-        result = support::ck(m_Distributions::PNC_USL_Upper(CalculatorName(CurrentDistribution),
-                                                            USL, Param1, Param2, Param3, Param4));
-    });
-    return result;
+    return Upper(Families::ByCode(CurrentDistribution), {Param1, Param2, Param3, Param4}, USL);
 }
 
 double CapUpperPNC(double lower, double upper) {
-    double result = upper;
-    support::Trap({kModule, __func__}, [&] {
-        // 1 - lower is exact or within half an ulp of it, so lower + (1 - lower)
-        // rounds to at most 1.
-        if (LSL <= USL && upper > 1 - lower) result = 1 - lower;
-    });
-    return result;
+    return Capped(LSL, USL, lower, upper);
 }
 
 } // namespace m_PercentCertainty

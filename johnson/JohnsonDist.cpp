@@ -1,5 +1,5 @@
 // The Johnson curve object, the AS 100 transforms, AS 111 and the fixed-end-point
-// SB fit (the fit by moments is in JohnsonDistFit.cpp).
+// SB fit (the fit by moments: JohnsonDistFit.h lists its files).
 //
 // Sources: Hill (1976), AS 100 "Normal-Johnson and Johnson-normal
 // transformations" (AJV, SNV); Beasley & Springer (1977), AS 111 "The percentage
@@ -15,10 +15,6 @@
 
 using m_NumRecipes::kernel::RequireFinite;
 using support::ck;
-
-namespace {
-constexpr const char* kModule = "Pondera.JohnsonDist"; // error labels: kModule + procedure
-} // namespace
 
 // ---------------------------------------------------------------------------
 // The object
@@ -64,11 +60,11 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
                     JDistribution = "SB";
                     break;
                 default:
-                    break; // kept as it was
+                    break; // Kept: any other code leaves the type as it was
                 }
             }
-            // Fault 3 (a replaced SB fit) leaves the curve as it was; jnsn never
-            // returns it, the branch stays for the message.
+            // Kept: fault 3 (a replaced SB fit) leaves the curve as it was; jnsn
+            // never returns it, the branch stays for the message.
             CalcError = FitMessage(fault);
             return;
         }
@@ -96,81 +92,65 @@ void JohnsonDist::Calculate(double mean, double stDev, double skewness, double k
     });
 }
 
+// Kept: the status texts word for word, "fita", "intead", the double blank and
+// "Newton-Rhapson" included.
 const char* JohnsonDist::FitMessage(int16_t fault) {
-    const char* text = "";
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, "", [&]() -> const char* {
         switch (fault) {
         case 0:
-            text = "Success";
-            break;
+            return "Success";
         case 1:
-            text = "Error: standard deviation less than zero.";
-            break;
+            return "Error: standard deviation less than zero.";
         case 2:
-            text = "Error: Kurtosis < SQRT(Skewness) + 1";
-            break;
+            return "Error: Kurtosis < SQRT(Skewness) + 1";
         case 3:
-            text = "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
+            return "Warning: SB Fit has failed to converge, so a SL or ST fita has been made "
                    "intead.  Check that the SL or ST fit is adequate.";
-            break;
         case kNoCurve:
-            text = "Error: the fit failed; no curve was found for these moments.";
-            break;
+            return "Error: the fit failed; no curve was found for these moments.";
         default:
-            break;
+            return "";
         }
     });
-    return text;
 }
 
 const char* JohnsonDist::FixedEndpointMessage(int16_t fault) {
-    const char* text = "";
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, "", [&]() -> const char* {
         switch (fault) {
         case 0:
-            text = "Success";
-            break;
+            return "Success";
         case 1:
-            text = "Error: Input error in Xlower or XUpper or number of moments.";
-            break;
+            return "Error: Input error in Xlower or XUpper or number of moments.";
         case 2:
-            text = "Error: Input error in moments.";
-            break;
+            return "Error: Input error in moments.";
         case 3:
-            text = "Error: Parameter values out of bounds during the iteration process.";
-            break;
+            return "Error: Parameter values out of bounds during the iteration process.";
         case 4:
-            text = "Error: breakdown of Newton-Rhapson process.";
-            break;
+            return "Error: breakdown of Newton-Rhapson process.";
         case 5:
-            text = "Error: indicates a failure to converge in 1000 iterations.";
-            break;
+            return "Error: indicates a failure to converge in 1000 iterations.";
         default:
-            break;
+            return "";
         }
     });
-    return text;
 }
 
 double JohnsonDist::JohnsontoNormal(double data, double delta, double gamma, double lamda,
                                     double xi, int jDist) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
-        if (jDist >= kSL && jDist <= kST) {
-            result = SNV(data, jDist, gamma, delta, lamda, xi);
-        } else if (jDist == kSB3 || jDist == kSB3Mirrored) {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
+        if (jDist >= kSL && jDist <= kST) return SNV(data, jDist, gamma, delta, lamda, xi);
+        if (jDist == kSB3 || jDist == kSB3Mirrored) {
             int16_t fault = 0;
-            result = Johnson5ToNormal(data, delta, gamma, lamda, xi, Alpha, Reflected, fault);
+            return Johnson5ToNormal(data, delta, gamma, lamda, xi, Alpha, Reflected, fault);
         }
+        return 0.0;
     });
-    return result;
 }
 
 double JohnsonDist::NormaltoJohnson(double data, double delta, double gamma, double lamda,
                                     double xi, int jDist) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] { result = AJV(data, jDist, gamma, delta, lamda, xi); });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0,
+                              [&] { return AJV(data, jDist, gamma, delta, lamda, xi); });
 }
 
 void JohnsonDist::CalculateFromData(const std::vector<double>& data, bool fixedEndpoints) {
@@ -198,8 +178,7 @@ void JohnsonDist::CalculateFromData(const std::vector<double>& data, bool fixedE
 // ---------------------------------------------------------------------------
 
 double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double xlam, double xi) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         RequireFinite({x, gamma, delta, xlam, xi});
         // Outside the support SL and SB give 0 and no fault; callers rely on it.
         const double d = x - xi;
@@ -208,9 +187,8 @@ double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double 
         case kSL:
             // xlam is the +-1 of the SL fit, so this covers both orientations.
             w = ck(d * xlam);
-            if (w <= 0) return;
-            result = ck((std::log(w) * delta + gamma) * xlam);
-            break;
+            if (w <= 0) return 0.0;
+            return ck((std::log(w) * delta + gamma) * xlam);
         case kSU:
             w = ck(d / xlam);
             // Far in the left tail w + sqrt(w^2 + 1) cancels; -0.5/w is its limit.
@@ -218,76 +196,63 @@ double JohnsonDist::SNV(double x, int itype, double gamma, double delta, double 
                 w = -0.5 / w;
             else
                 w = ck(std::sqrt(w * w + 1) + w);
-            result = ck(std::log(w) * delta + gamma);
-            break;
+            return ck(std::log(w) * delta + gamma);
         case kSB: {
             w = ck(d);
             const double v = ck(xlam - w);
-            if (w <= 0 || v <= 0) return;
-            result = ck(std::log(w / v) * delta + gamma);
-            break;
+            if (w <= 0 || v <= 0) return 0.0;
+            return ck(std::log(w / v) * delta + gamma);
         }
         case kNormal:
-            result = ck(x * delta + gamma);
-            break;
+            return ck(x * delta + gamma);
         default:
-            break;
+            return 0.0;
         }
     });
-    return result;
 }
 
 double JohnsonDist::AJV(double z, int itype, double gamma, double delta, double xlam, double xi) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
-        if (itype < kSL || itype > kNormal) return;
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
+        if (itype < kSL || itype > kNormal) return 0.0;
         RequireFinite({z, gamma, delta, xlam, xi});
         const double w = ck((z - gamma) / delta);
         double v;
         switch (itype) {
         case kSL:
-            result = ck(xlam * std::exp(w) + xi);
-            break;
+            return ck(xlam * std::exp(w) + xi);
         case kSU:
             v = ck(std::exp(w));
-            result = ck(xlam * 0.5 * (v - 1 / v) + xi);
-            break;
+            return ck(xlam * 0.5 * (v - 1 / v) + xi);
         case kSB:
             v = std::exp(-std::fabs(w));
             v = (1 - v) / (1 + v);
-            result = ck(0.5 * xlam * (sign(v, w) + 1) + xi);
-            break;
+            return ck(0.5 * xlam * (sign(v, w) + 1) + xi);
         case kNormal:
-            result = w;
-            break;
+            return w;
         default:
-            break;
+            return 0.0;
         }
     });
-    return result;
 }
 
 double JohnsonDist::Johnson5ToNormal(double x, double delta, double gamma, double xlam, double xi,
                                      double alpha, bool mirrored, int16_t& fault) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         fault = 0;
         RequireFinite({x, delta, gamma, xlam, xi, alpha});
-        if (delta != 0 && xlam != 0) {
-            double u = ck((x - xi) / xlam);
-            if (mirrored) u = 1 - u;
-            const double p = ck(std::pow(u, 1 / alpha));
-            result = ck(std::log(p / (1 - p)) * delta + gamma);
-        } else {
+        if (delta == 0 || xlam == 0) {
             fault = 1;
+            return 0.0;
         }
+        double u = ck((x - xi) / xlam);
+        if (mirrored) u = 1 - u;
+        const double p = ck(std::pow(u, 1 / alpha));
+        return ck(std::log(p / (1 - p)) * delta + gamma);
     });
-    return result;
 }
 
 double JohnsonDist::PPND(double p, int16_t& ifault) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         constexpr double split = 0.42;
         constexpr double a0 = 2.50662823884, a1 = -18.61500062529, a2 = 41.39119773534,
                          a3 = -25.44106049637;
@@ -301,28 +266,25 @@ double JohnsonDist::PPND(double p, int16_t& ifault) {
         const double q = p - 0.5;
         if (std::fabs(q) <= split) {
             const double r = q * q;
-            result = ck(q * (((a3 * r + a2) * r + a1) * r + a0) /
-                        ((((b4 * r + b3) * r + b2) * r + b1) * r + 1));
-            return;
+            return ck(q * (((a3 * r + a2) * r + a1) * r + a0) /
+                      ((((b4 * r + b3) * r + b2) * r + b1) * r + 1));
         }
         double r = p;
         if (q > 0) r = 1 - p;
         if (r <= 0) {
             ifault = 1;
-            return;
+            return 0.0;
         }
         r = ck(std::sqrt(-std::log(r)));
         double z = ck((((c3 * r + c2) * r + c1) * r + c0) / ((d2 * r + d1) * r + 1));
         if (q < 0) z = -z;
-        result = z;
+        return z;
     });
-    return result;
 }
 
 double JohnsonDist::sign(double a, double b) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] { result = b >= 0 ? std::fabs(a) : -std::fabs(a); });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0,
+                              [&] { return b >= 0 ? std::fabs(a) : -std::fabs(a); });
 }
 
 // ---------------------------------------------------------------------------
@@ -393,19 +355,15 @@ void JohnsonDist::MOMENT(const std::vector<double>& data, double& ave, double& s
 }
 
 double JohnsonDist::MinofArray(const std::vector<double>& data) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
-        if (!data.empty()) result = ck(*std::min_element(data.begin(), data.end()));
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
+        return data.empty() ? 0.0 : ck(*std::min_element(data.begin(), data.end()));
     });
-    return result;
 }
 
 double JohnsonDist::MaxofArray(const std::vector<double>& data) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
-        if (!data.empty()) result = ck(*std::max_element(data.begin(), data.end()));
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
+        return data.empty() ? 0.0 : ck(*std::max_element(data.begin(), data.end()));
     });
-    return result;
 }
 
 // ---------------------------------------------------------------------------

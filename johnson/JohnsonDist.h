@@ -37,9 +37,12 @@ class JohnsonDist {
     std::string CalcError;
     double Delta = 0;
     double Gamma = 0;
-    double Lamda = 0;
+    double Lamda = 0; // Kept: spelled without the b, the property's own name
     double Xi = 0;
     bool Reflected = false;
+
+    // The module part of every routine's error label, "Pondera.JohnsonDist.<routine>".
+    static constexpr const char* kModule = "Pondera.JohnsonDist";
 
     // ---- Curve type codes shared with the routines -------------------------
     static constexpr int kSL = 1, kSU = 2, kSB = 3, kNormal = 4, kST = 5, kSB3 = 6,
@@ -91,7 +94,7 @@ class JohnsonDist {
     // Finishes an SB fit where AS 99's iteration stopped: damped Newton on (g, d)
     // for |skewness| rb1 and beta2 b2, from the g, d given; on success they hold
     // the answer, mu1 and m2 the mean and variance of its standard variable.
-    // nearLine: iterate on q = exp(-g / d) in place of g (see the .cpp).
+    // nearLine: iterate on q = exp(-g / d) in place of g (see JohnsonDistSbContinue.cpp).
     static void SbContinue(double rb1, double b2, bool nearLine, double& g, double& d, double& mu1,
                            double& m2, bool& fault);
     // The SB shape (g, d) for |skewness| rb1 and beta2 b2 by nested one-dimensional
@@ -111,9 +114,9 @@ class JohnsonDist {
     static void MOMExact(double g, double d, double (&a)[6], bool& fault);
     // The moments sbfit uses: MOM's (from g / d = 4 on, what MOM converges to,
     // by MOMExact), and MOMExact's where the series fails or cannot finish.
-    // momFaulted, when given, is set then, and MOMExact alone serves while set.
+    // seriesAbandoned, when given, is set then, and MOMExact alone serves while set.
     static void SbMoments(double g, double d, double (&a)[6], bool& fault,
-                          bool* momFaulted = nullptr);
+                          bool* seriesAbandoned = nullptr);
 
     // AS 100: Johnson variate -> standard normal, and back.
     static double SNV(double x, int itype, double gamma, double delta, double xlam, double xi);

@@ -105,11 +105,9 @@ void LoadDecPlaces() {
 }
 
 std::string Pattern() {
-    std::string pattern;
-    support::Trap({kModule, __func__}, [&] {
-        pattern = m_Interface::FormatDec(AppDecPlaces) + (AppDisplay ? "E+00" : "");
+    return support::TrapValue({kModule, __func__}, std::string(), [&] {
+        return m_Interface::FormatDec(AppDecPlaces) + (AppDisplay ? "E+00" : "");
     });
-    return pattern;
 }
 
 std::optional<double> NumStDevFrom(std::string_view text) {

@@ -58,8 +58,9 @@ void LoadDecPlaces();
 // The display pattern: FormatDec(places), plus "E+00" in scientific display.
 std::string Pattern();
 
-// The checks of the options dialog's fields, with its own wording (the missing
-// "be" and the "X" in the y-tick message are kept as the program always had them).
+// The checks of the options dialog's fields, with its own wording.
+// Kept: the missing "be" and the "X" in the y-tick message, as the program
+// always had them.
 inline constexpr const char* kMsgNumStDev = "Number of standard deviations must greater than zero.";
 inline constexpr const char* kMsgXMin = "Display range minimum must be a number.";
 inline constexpr const char* kMsgXMax = "Display range maximum must be a number.";

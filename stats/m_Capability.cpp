@@ -42,20 +42,21 @@ std::optional<double> Quantile(int code, double p1, double p2, double p3, double
 } // namespace
 
 std::optional<Percentiles> PercentilePoints(int code, double p1, double p2, double p3, double p4) {
-    std::optional<Percentiles> result;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, std::optional<Percentiles>(), [&] {
         const double tail = 0.5 * std::erfc(3 / std::sqrt(2.0)); // P(Z < -3)
         const Point points[3] = {{-3, tail, 1 - tail}, {0, 0.5, 0.5}, {3, 1 - tail, tail}};
         double x[3];
         for (int i = 0; i < 3; ++i) {
             const std::optional<double> q = Quantile(code, p1, p2, p3, p4, points[i]);
-            if (!q || !std::isfinite(*q)) return Quiet();
+            if (!q || !std::isfinite(*q)) {
+                Quiet();
+                return std::optional<Percentiles>();
+            }
             x[i] = *q;
         }
-        result = Percentiles{x[0], x[1], x[2]};
         Quiet();
+        return std::optional<Percentiles>(Percentiles{x[0], x[1], x[2]});
     });
-    return result;
 }
 
 Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<double> usl,
@@ -111,26 +112,25 @@ Figures ZScoreIndices(std::optional<Tails> lsl, std::optional<Tails> usl, double
 }
 
 std::optional<Interval> NormalPpInterval(double pp, int n, double level) {
-    std::optional<Interval> result;
-    support::Trap({kModule, __func__}, [&] {
-        if (n < 2 || !(level > 0 && level < 1) || !std::isfinite(pp)) return;
+    return support::TrapValue({kModule, __func__}, std::optional<Interval>(), [&] {
+        if (n < 2 || !(level > 0 && level < 1) || !std::isfinite(pp))
+            return std::optional<Interval>();
         const boost::math::chi_squared chi(n - 1);
         const double alpha = 1 - level;
-        result = Interval{pp * std::sqrt(boost::math::quantile(chi, alpha / 2) / (n - 1)),
-                          pp * std::sqrt(boost::math::quantile(chi, 1 - alpha / 2) / (n - 1))};
+        return std::optional<Interval>(
+            Interval{pp * std::sqrt(boost::math::quantile(chi, alpha / 2) / (n - 1)),
+                     pp * std::sqrt(boost::math::quantile(chi, 1 - alpha / 2) / (n - 1))});
     });
-    return result;
 }
 
 std::optional<Interval> NormalPpkInterval(double ppk, int n, double level) {
-    std::optional<Interval> result;
-    support::Trap({kModule, __func__}, [&] {
-        if (n < 2 || !(level > 0 && level < 1) || !std::isfinite(ppk)) return;
+    return support::TrapValue({kModule, __func__}, std::optional<Interval>(), [&] {
+        if (n < 2 || !(level > 0 && level < 1) || !std::isfinite(ppk))
+            return std::optional<Interval>();
         const double z = m_Quantile::NormalQuantile((1 - level) / 2, true);
         const double half = z * std::sqrt(1.0 / (9.0 * n) + ppk * ppk / (2.0 * (n - 1)));
-        result = Interval{ppk - half, ppk + half};
+        return std::optional<Interval>(Interval{ppk - half, ppk + half});
     });
-    return result;
 }
 
 } // namespace m_Capability

@@ -1,12 +1,12 @@
 // The one error path: run-time errors, the per-procedure trap and the
 // floating-point checks.
 //
-// A procedure wraps its body in a trap with its label (see Label):
+// A procedure wraps its body in a trap with its label (see Label); a function
+// returns its body's value through TrapValue:
 //
+//     void Plot() { support::Trap({kModule, __func__}, [&] { ... }); }
 //     double mean(int code, double p1, double p2, double p3) {
-//         double result = 0;
-//         support::Trap({kModule, __func__}, [&] { result = support::ck(...); });
-//         return result;
+//         return support::TrapValue({kModule, __func__}, 0.0, [&] { return support::ck(...); });
 //     }
 //
 // On an error the trap hands it to m_Interface::HandleErrors with the label and
@@ -166,6 +166,20 @@ template <class Body> void Trap(Label label, Body&& body) noexcept {
         detail::Dispatch(label, std::current_exception());
     }
     --detail::TrapDepth();
+}
+
+// The trap of a function: body returns the function's result. On an error the
+// function returns what its result held, as under Trap: `initial` when body
+// did not finish, body's value when only the floating-point check at the end
+// failed.
+//
+//     double Max(double a, double b) {
+//         return support::TrapValue({kModule, __func__}, 0.0, [&] { return a >= b ? a : b; });
+//     }
+template <class R, class Body> R TrapValue(Label label, R initial, Body&& body) noexcept {
+    R result = std::move(initial);
+    Trap(label, [&] { result = body(); });
+    return result;
 }
 
 // As Trap, but errors are ignored (cleared, not reported): "On Error Resume Next".

@@ -49,21 +49,16 @@ std::string FormatDec(int16_t places) {
 }
 
 double Max(double a, double b) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] { result = a >= b ? a : b; });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0, [&] { return a >= b ? a : b; });
 }
 
 double Min(double a, double b) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] { result = a <= b ? a : b; });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0, [&] { return a <= b ? a : b; });
 }
 
 double Pi() {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] { result = support::ck(4 * std::atan(1.0)); });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0,
+                              [&] { return support::ck(4 * std::atan(1.0)); });
 }
 
 } // namespace m_Interface

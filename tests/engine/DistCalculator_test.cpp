@@ -4,7 +4,6 @@
 #include "engine/DistCalculator.h"
 
 #include "engine/m_Distributions.h"
-#include "engine/m_PercentCertainty.h"
 #include "support/ErrorTrap.h"
 #include "tests/helpers/TestSupport.h"
 
@@ -19,13 +18,12 @@ using Pdf = double (*)(double, double, double, double, double);
 struct Dist {
     std::string Key;
     double P[4];
-    int Code = 0; // current distribution code, read by the "Johnson" key
+    int Code = 0; // the Johnson form the "Johnson" key means
 };
 
 DistCalculator Make(const Dist& s, bool calculate = true) {
-    m_PercentCertainty::CurrentDistribution = s.Code;
     DistCalculator calc;
-    calc.SetDistribution(s.Key);
+    calc.SetDistribution(s.Key, s.Code);
     for (int i = 0; i < 4; ++i)
         calc.SetParam(i + 1, s.P[i]);
     if (calculate) {
@@ -82,7 +80,7 @@ TEST_F(DistCalculatorTest, TailsMatchClosedFormsAndDensitiesAreTheirSlope) {
              return x <= 0.5 ? std::pair{a, 1 - a} : std::pair{1 - b, b};
          },
          {1e-150, 0.25, 0.75, 1 - 0x1p-50}},
-        // The Johnson forms by the current code, as AS 100 gives them; the SL keeps
+        // The Johnson forms by the code given with the key, as AS 100 gives them; the SL keeps
         // lamda inside the logarithm, a negative lamda mirrors it, and any other
         // code is the normal form.
         {{"Johnson", {2, 0.5, 4, 1}, 7},
@@ -123,8 +121,9 @@ TEST_F(DistCalculatorTest, TailsMatchClosedFormsAndDensitiesAreTheirSlope) {
         };
         for (double x : r.Ahead)
             tailsMatch(x);
-        const auto grid = m_Distributions::GetPDFData(d.Key == "Lognormal" ? "LogNormal" : d.Key,
-                                                      -20, 20, kN, d.P[0], d.P[1], d.P[2], d.P[3]);
+        const auto grid =
+            m_Distributions::GetPDFData(d.Key == "Lognormal" ? "LogNormal" : d.Key, -20, 20, kN,
+                                        d.P[0], d.P[1], d.P[2], d.P[3], d.Code);
         ASSERT_EQ(grid.size(), kN + 1u);
         int checked = 0;
         for (int i = 1; i <= kN; ++i) {

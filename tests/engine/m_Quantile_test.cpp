@@ -18,14 +18,10 @@ class QuantileTest : public testing_support::RecordingTest {};
 
 // The PNC the window would show for a limit at x on one side.
 double Pnc(int code, const double (&p)[4], double x, bool upper) {
-    namespace pc = m_PercentCertainty;
-    pc::CurrentDistribution = code;
-    pc::Param1 = p[0];
-    pc::Param2 = p[1];
-    pc::Param3 = p[2];
-    pc::Param4 = p[3];
-    pc::LSL = pc::USL = x;
-    return upper ? pc::CalcUSLPNC() : pc::CalcLSLPNC();
+    const auto f =
+        m_PercentCertainty::Pnc(Families::ByCode(code), p, upper ? std::nullopt : std::optional(x),
+                                upper ? std::optional(x) : std::nullopt);
+    return upper ? f.Upper : f.Lower;
 }
 
 // mpmath (60 digits): the roots of Phi(z) = p.

@@ -86,10 +86,11 @@ TEST_P(CapabilityPercentiles, AreTheCurvesQuantiles) {
     const CurveRow& r = GetParam();
     const auto x = m_Capability::PercentilePoints(r.Code, r.P[0], r.P[1], r.P[2], r.P[3]);
     ASSERT_TRUE(x);
-    m_PercentCertainty::CurrentDistribution = r.Code; // tells the calculator the Johnson form
     const std::string key = m_PercentCertainty::CalculatorName(r.Code);
-    auto cdf = [&](double v) { return PNC_LSL(key, v, r.P[0], r.P[1], r.P[2], r.P[3]); };
-    auto upper = [&](double v) { return PNC_USL_Upper(key, v, r.P[0], r.P[1], r.P[2], r.P[3]); };
+    auto cdf = [&](double v) { return PNC_LSL(key, v, r.P[0], r.P[1], r.P[2], r.P[3], r.Code); };
+    auto upper = [&](double v) {
+        return PNC_USL_Upper(key, v, r.P[0], r.P[1], r.P[2], r.P[3], r.Code);
+    };
     EXPECT_NEAR(cdf(x->X0135), kTail, 1e-10 * kTail);
     EXPECT_NEAR(cdf(x->X50), 0.5, 1e-12);
     EXPECT_NEAR(upper(x->X99865), kTail, 1e-10 * kTail);

@@ -35,9 +35,7 @@ class ErrorPath : public testing_support::RecordingTest {
 };
 
 double Divide(double a, double b) {
-    double result = 0;
-    support::Trap("Pondera.Test.Divide", [&] { result = support::ck(a / b); });
-    return result;
+    return support::TrapValue("Pondera.Test.Divide", 0.0, [&] { return support::ck(a / b); });
 }
 
 volatile double zero = 0, one = 1, big = 1e300;
@@ -51,8 +49,8 @@ TEST_F(ErrorPath, FloatingPointFaultsBecomeNumberedErrorsAndLeaveTheResult) {
     };
     for (const auto& [name, compute, number, description] : rows) {
         Rec().Clear();
-        double result = 7;
-        support::Trap({"Pondera.Test", "Compute"}, [&] { result = support::ck(compute()); });
+        const double result = support::TrapValue({"Pondera.Test", "Compute"}, 7.0,
+                                                 [&] { return support::ck(compute()); });
         EXPECT_EQ(result, 7) << name;
         const auto errors = Rec().AllErrors();
         ASSERT_EQ(errors.size(), 1u) << name;
@@ -61,6 +59,17 @@ TEST_F(ErrorPath, FloatingPointFaultsBecomeNumberedErrorsAndLeaveTheResult) {
         EXPECT_EQ(errors[0].Source, "Pondera");
         EXPECT_EQ(errors[0].Description, description);
     }
+    // A fault found only when the body has ended is reported, and the function
+    // returns the body's value: its result had been assigned by then.
+    Rec().Clear();
+    const double unchecked = support::TrapValue({"Pondera.Test", "Compute"}, 7.0, [] {
+        const volatile double inf = one / zero;
+        (void)inf;
+        return 2.0;
+    });
+    EXPECT_EQ(unchecked, 2);
+    ASSERT_EQ(Rec().AllErrors().size(), 1u);
+    EXPECT_EQ(Rec().AllErrors()[0].Number, 11);
 }
 
 // The toolkit's own flags (raised around an event it delivers, or by its work in

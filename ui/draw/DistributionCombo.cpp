@@ -1,6 +1,6 @@
 #include "ui/draw/DistributionCombo.h"
 
-#include "engine/m_Distributions.h"
+#include "engine/Families.h"
 #include "support/ErrorTrap.h"
 #include "ui/draw/Look.h"
 
@@ -22,53 +22,15 @@ namespace {
 constexpr const char* kModule = "Pondera.DistributionCombo";
 constexpr int kSamples = 64;
 
-// A typical member of each family and a range that shows its shape. Johnson
-// curves are kept clear of their end points, where the density is 0 anyway.
-struct Sketch {
-    const char* Name;
-    double Low, High;
-    double P1, P2, P3, P4;
-};
-
-const Sketch kSketches[] = {
-    {"Normal", -3.2, 3.2, 0, 1, 0, 0},          {"LogNormal", 0.02, 3.6, 0, 0.5, 0, 0},
-    {"Exponential", 0, 4, 1, 0, 0, 0},          {"Weibull", 0, 2.6, 2, 1, 0, 0},
-    {"Uniform", -1.6, 1.6, -1, 1, 0, 0},        {"Triangular", -1.2, 1.2, -1, 0.5, 1, 0},
-    {"Johnson SB", 0.01, 0.99, 1.1, 0.6, 1, 0}, {"Johnson SL", 0.02, 4, 1.6, 0.4, 1, 0},
-    {"Johnson SU", -3, 5, 1.4, -0.9, 1, 0},
-};
-
-const Sketch* FindSketch(const QString& name) {
-    for (const Sketch& s : kSketches)
-        if (name == QLatin1String(s.Name)) return &s;
-    return nullptr;
-}
-
-// Densities at kSamples points from Low to High (both ends), from the engine.
-std::vector<double> SampleSketch(const Sketch& s) {
+// The family's density at kSamples points from the low to the high end of its
+// picture, both ends included.
+std::vector<double> SampleSketch(const Families::Family& f) {
     std::vector<double> y(kSamples, 0.0);
-    const std::string name = s.Name;
-    const double step = (s.High - s.Low) / (kSamples - 1);
-    if (name.rfind("Johnson", 0) == 0 || name == "Normal") {
-        for (int i = 0; i < kSamples; ++i) {
-            const double x = s.Low + i * step;
-            if (name == "Normal")
-                y[i] = m_Distributions::Normal_PDF(x, s.P1, s.P2);
-            else if (name == "Johnson SB")
-                y[i] = m_Distributions::JohnsonSB_PDF(x, s.P1, s.P2, s.P3, s.P4);
-            else if (name == "Johnson SL")
-                y[i] = m_Distributions::JohnsonSL_PDF(x, s.P1, s.P2, s.P3, s.P4);
-            else
-                y[i] = m_Distributions::JohnsonSU_PDF(x, s.P1, s.P2, s.P3, s.P4);
-        }
-        return y;
-    }
-    // The engine's grid stops one step short of its high end; ask for one
-    // point more over a range one step longer so both ends are sampled.
-    const std::vector<double> data =
-        m_Distributions::GetPDFData(name, s.Low, s.High + step, kSamples, s.P1, s.P2, s.P3, s.P4);
-    for (int i = 0; i < kSamples && i + 1 < static_cast<int>(data.size()); ++i)
-        y[i] = data[i + 1];
+    const Families::Icon& icon = f.Picture;
+    const double step = (icon.High - icon.Low) / (kSamples - 1);
+    const Families::Params p = {icon.P[0], icon.P[1], icon.P[2], icon.P[3]};
+    for (int i = 0; i < kSamples; ++i)
+        y[i] = support::ck(f.Density(p, icon.Low + i * step));
     return y;
 }
 
@@ -142,9 +104,10 @@ QIcon DistributionCombo::DistributionIcon(const QString& name, QSize size) {
                         QString::number(size.height());
     if (auto it = cache.constFind(key); it != cache.constEnd()) return *it;
     QIcon icon;
-    if (const Sketch* sketch = FindSketch(name)) {
+    const Families::Family* family = Families::ByName(name.toStdString());
+    if (family && family->Picture.High > family->Picture.Low) {
         support::Trap({kModule, __func__}, [&] {
-            icon = QIcon(QPixmap::fromImage(DrawSketch(SampleSketch(*sketch), size)));
+            icon = QIcon(QPixmap::fromImage(DrawSketch(SampleSketch(*family), size)));
         });
     }
     cache.insert(key, icon);

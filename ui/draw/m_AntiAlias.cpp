@@ -85,9 +85,7 @@ void Dot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, int gre
 } // namespace
 
 long long IntPart(double x) {
-    long long result = 0;
-    support::Trap({kModule, __func__}, [&] { result = Floor(x); });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0LL, [&] { return Floor(x); });
 }
 
 void AADot(double x, double y, int red, int green, int blue) {

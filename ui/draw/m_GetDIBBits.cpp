@@ -29,8 +29,9 @@ uint8_t Clamp(int v) {
     return static_cast<uint8_t>(std::clamp(v, 0, 255));
 }
 
-// A blended component as a byte, rounded half to even as the old byte
-// conversion did; a value beyond a byte is an overflow, as it was there.
+// A blended component as a byte.
+// Kept: rounded half to even as the old byte conversion did; a value beyond a
+// byte is an overflow, as it was there.
 uint8_t ToByte(double v) {
     const double r = std::nearbyint(v);
     if (!(r >= 0.0 && r <= 255.0)) support::Raise(support::kErrOverflow, support::kAppTitle, "");
@@ -174,12 +175,10 @@ uint32_t PixelBuffer::Get(int x, int y) const {
 // ---- Pixel access --------------------------------------------------------------
 
 bool InitSetDIBPixel(QImage& image) {
-    bool opened = false;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, false, [&] {
         Close();
-        opened = OpenOn(image);
+        return OpenOn(image);
     });
-    return opened;
 }
 
 bool InitSetDIBPixel(PictureBox& surface) {
@@ -195,14 +194,12 @@ bool InitSetDIBPixel(PictureBox& surface) {
 }
 
 bool InitSetDIBPixel(PixelBuffer& buffer) {
-    bool opened = false;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, false, [&] {
         Close();
-        if (!buffer.Bits) return;
+        if (!buffer.Bits) return false;
         State().Target = &buffer;
-        opened = true;
+        return true;
     });
-    return opened;
 }
 
 void SetDIBPixel(int x, int y, int red, int green, int blue) {

@@ -35,9 +35,8 @@ void CopyEntirePicture(PictureBox& surface) {
 }
 
 bool SavePicture(PictureBox& surface, const QString& path) {
-    bool saved = false;
-    support::Trap({kModule, __func__}, [&] { saved = surface.Image().save(path, "PNG"); });
-    return saved;
+    return support::TrapValue({kModule, __func__}, false,
+                              [&] { return surface.Image().save(path, "PNG"); });
 }
 
 } // namespace m_PictureBoxCopy

@@ -26,8 +26,8 @@ Fit FitMoments(double mean, double stDev, double skewness, double kurtosis) {
 }
 
 const char* ListItem(const std::string& type) {
-    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(type);
-    return f ? f->ListItem : nullptr;
+    const Families::Family* f = Families::ByFittedType(type);
+    return f ? f->FitItem : nullptr;
 }
 
 std::array<std::string, 4> ParamTexts(const Fit& fit, const std::string& pattern) {
@@ -47,21 +47,18 @@ std::vector<double> Grid(double low, double high, int n) {
 std::vector<double> Densities(const Fit& fit, const std::vector<double>& x, double mean,
                               double stDev) {
     std::vector<double> y(x.size(), 0.0);
-    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(fit.Type);
-    const m_Distributions::JohnsonPdf johnson = f ? f->Density : nullptr;
-    for (std::size_t i = 1; i < x.size(); ++i) {
-        if (johnson)
-            y[i] = johnson(x[i], fit.Delta, fit.Gamma, fit.Lamda, fit.Xi);
-        else if (fit.Type == "Normal")
-            y[i] = m_Distributions::Normal_PDF(x[i], mean, stDev);
-    }
+    const Families::Family* f = Families::ByFittedType(fit.Type);
+    if (!f) return y;
+    for (std::size_t i = 1; i < x.size(); ++i)
+        y[i] = f->EngineDensity ? f->EngineDensity(x[i], fit.Delta, fit.Gamma, fit.Lamda, fit.Xi)
+                                : m_Distributions::Normal_PDF(x[i], mean, stDev);
     return y;
 }
 
 PlotPipeline::PncSource PncSourceOf(const Fit& fit) {
     PlotPipeline::PncSource s;
-    const m_Distributions::FittedCurve* f = m_Distributions::FindFit(fit.Type);
-    s.Code = f ? f->PncCode : 0;
+    const Families::Family* f = Families::ByFittedType(fit.Type);
+    s.Code = f ? f->Code : 0;
     s.Params = {fit.Delta, fit.Gamma, fit.Lamda, fit.Xi};
     return s;
 }

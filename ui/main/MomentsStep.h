@@ -4,6 +4,7 @@
 // frm_Pondera::PlotbyMoments reads the fields, calls these in order and paints.
 #pragma once
 
+#include "engine/Families.h"
 #include "ui/main/PlotPipeline.h"
 
 #include <array>
@@ -12,8 +13,10 @@
 
 namespace MomentsStep {
 
-// Captions of the parameter rows in moments mode.
-inline constexpr const char* kParamCaptions[4] = {"Delta:", "Gamma:", "Lamda:", "Xi:"};
+// Captions of the parameter rows in moments mode: the Johnson forms' own.
+inline constexpr const char* kParamCaptions[4] = {
+    Families::kJohnsonSlots[0].Label, Families::kJohnsonSlots[1].Label,
+    Families::kJohnsonSlots[2].Label, Families::kJohnsonSlots[3].Label};
 
 // Mean, StDev, Skewness, Kurtosis must hold numbers; only numericness is
 // tested, the fit judges the rest.

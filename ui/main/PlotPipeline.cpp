@@ -64,6 +64,13 @@ Check CheckLimitTexts(const Limits& limits) {
     return {};
 }
 
+Check CheckInputs(const PlotInputs& in) {
+    if (Check c = CheckParamTexts(in); !c.Ok) return c;
+    if (Check c = CheckParamRules(in.Name, ParamValues(in), support::Val(in.ParamTexts[3])); !c.Ok)
+        return c;
+    return CheckLimitTexts(in.Limit);
+}
+
 namespace {
 
 // The moments of x(z) for z standard normal, by the trapezoid rule over z, which
@@ -170,8 +177,7 @@ Curve Sample(const std::string& name, double low, double high, int n,
     // The calculator samples on these very points.
     for (int i = 1; i <= n; ++i)
         c.X[i] = support::ck(m_Distributions::GridX(low, high, n, i));
-    // The calculator knows the Johnson forms only by their shared key and the
-    // current code; typed by parameters they are sampled from their own record.
+    // A Johnson form typed by its parameters is sampled from its own record.
     const Families::Family* family = Families::ByName(name);
     if (family && !family->Classical && family->Grid && n > 0 &&
         !family->Refusal({p[0], p[1], p[2], p[3]})) {
@@ -201,28 +207,36 @@ PncSource SourceFromFields(const std::string& name, const std::array<std::string
     return s;
 }
 
+std::optional<PncSource> FiguresSource(bool byMoments, const std::optional<PncSource>& fitted,
+                                       const std::string& name,
+                                       const std::array<std::string, 4>& texts) {
+    if (byMoments) return fitted;
+    return SourceFromFields(name, texts);
+}
+
+std::optional<ResultTexts> UncalculatedResults(const Limits& limits, const std::string& pattern) {
+    const PncBoxes kind = ResultKind(limits);
+    if (kind == PncBoxes::Calculated) return std::nullopt;
+    const std::string shown = kind == PncBoxes::Zero ? support::Format(0.0, pattern) : "";
+    ResultTexts r;
+    r.Pnc = {shown, shown, shown};
+    r.Capability.Ppm = shown;
+    return r;
+}
+
 namespace {
 
-// Below LSL and above USL, each 0 for an unticked limit.
-std::pair<double, double> PncFigures(const PncSource& source, const Limits& limits, int decPlaces) {
-    namespace pc = m_PercentCertainty;
-    pc::CurrentDistribution = source.Code;
-    double* dest[] = {&pc::Param1, &pc::Param2, &pc::Param3, &pc::Param4};
-    for (int i = 0; i < 4; ++i)
-        if (source.Params[i]) *dest[i] = *source.Params[i];
-    pc::DecPlaces = static_cast<int16_t>(decPlaces);
+std::optional<double> TickedValue(const LimitField& f) {
+    return f.Ticked ? std::optional(support::Val(f.Text)) : std::nullopt;
+}
 
-    double lower = 0, upper = 0;
-    if (limits[0].Ticked) {
-        pc::LSL = support::Val(limits[0].Text);
-        lower = pc::CalcLSLPNC();
-    }
-    if (limits[2].Ticked) {
-        pc::USL = support::Val(limits[2].Text);
-        upper = pc::CalcUSLPNC();
-    }
-    if (limits[0].Ticked && limits[2].Ticked) upper = pc::CapUpperPNC(lower, upper);
-    return {lower, upper};
+// Below LSL and above USL, each 0 for an unticked limit.
+m_PercentCertainty::Figures PncFigures(const PncSource& source, const Limits& limits) {
+    const auto& p = source.Params;
+    return m_PercentCertainty::Pnc(
+        Families::ByCode(source.Code),
+        {p[0].value_or(0), p[1].value_or(0), p[2].value_or(0), p[3].value_or(0)},
+        TickedValue(limits[0]), TickedValue(limits[2]));
 }
 
 std::string Shown(const std::optional<double>& v, const std::string& pattern) {
@@ -232,29 +246,26 @@ std::string Shown(const std::optional<double>& v, const std::string& pattern) {
 } // namespace
 
 std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
-                                        int decPlaces, const std::string& pattern) {
-    const auto [lower, upper] = PncFigures(source, limits, decPlaces);
-    return {support::Format(lower, pattern), support::Format(upper, pattern),
-            support::Format(support::ck(lower + upper), pattern)};
+                                        const std::string& pattern) {
+    const m_PercentCertainty::Figures f = PncFigures(source, limits);
+    return {support::Format(f.Lower, pattern), support::Format(f.Upper, pattern),
+            support::Format(support::ck(f.Total), pattern)};
 }
 
-CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, int decPlaces,
+CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits,
                                const std::string& pattern) {
-    const auto [lower, upper] = PncFigures(source, limits, decPlaces);
-    auto limit = [&](int i) {
-        return limits[i].Ticked ? std::optional(support::Val(limits[i].Text)) : std::nullopt;
-    };
+    const m_PercentCertainty::Figures pnc = PncFigures(source, limits);
     const auto p = source.Params;
     const std::optional<m_Capability::Percentiles> x = m_Capability::PercentilePoints(
         source.Code, p[0].value_or(0), p[1].value_or(0), p[2].value_or(0), p[3].value_or(0));
     m_Capability::Figures f;
-    if (x) f = m_Capability::Indices(*x, limit(0), limit(2));
+    if (x) f = m_Capability::Indices(*x, TickedValue(limits[0]), TickedValue(limits[2]));
     auto tip = [&](const char* name, const std::optional<double>& v) {
         return std::string(name) + (v ? support::Format(*v, pattern) : std::string("n/a"));
     };
     return {Shown(f.Pp, pattern),
             Shown(f.Ppk, pattern),
-            support::Format(support::ck((lower + upper) * 1e6), pattern),
+            support::Format(support::ck(pnc.Total * 1e6), pattern),
             tip("Ppl: ", f.Ppl) + "\n" + tip("Ppu: ", f.Ppu),
             Shown(f.Ppl, pattern),
             Shown(f.Ppu, pattern)};
@@ -264,20 +275,19 @@ Readout ReadoutAt(const PncSource& source, double x) {
     Readout r;
     r.X = x;
     support::Trap({kModule, __func__}, [&] {
-        // The calculator learns the Johnson form from the current code.
-        m_PercentCertainty::CurrentDistribution = source.Code;
-        const std::string key = m_PercentCertainty::CalculatorName(source.Code);
+        const Families::Family& family = Families::ByCode(source.Code);
+        const std::string key = family.CalculatorKey;
         double p[4];
         for (int i = 0; i < 4; ++i)
             p[i] = source.Params[i].value_or(0);
         DistCalculator calc;
-        calc.SetDistribution(key);
+        calc.SetDistribution(key, source.Code);
         for (int i = 0; i < 4; ++i)
             calc.SetParam(i + 1, p[i]);
         if (!calc.Calculate()) return;
         r.Density = support::ck(calc.Density(x));
-        r.Below = m_Distributions::PNC_LSL(key, x, p[0], p[1], p[2], p[3]);
-        r.Above = m_Distributions::PNC_USL_Upper(key, x, p[0], p[1], p[2], p[3]);
+        r.Below = m_Distributions::PNC_LSL(key, x, p[0], p[1], p[2], p[3], source.Code);
+        r.Above = m_Distributions::PNC_USL_Upper(key, x, p[0], p[1], p[2], p[3], source.Code);
     });
     return r;
 }

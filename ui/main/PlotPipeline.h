@@ -77,6 +77,9 @@ std::array<double, 3> ParamValues(const PlotInputs& in);
 Check CheckParamRules(const std::string& name, const std::array<double, 3>& p, double p4 = 0);
 // Each ticked limit must hold a number, in the order LSL, Target, USL.
 Check CheckLimitTexts(const Limits& limits);
+// The checks in the order Plot runs them: the parameter texts, the
+// distribution's rules, the ticked limits' texts. The first that fails stops.
+Check CheckInputs(const PlotInputs& in);
 
 using Moments = m_Distributions::MomentSet;
 // The engine's moments of the distribution; for the Johnson forms, by
@@ -126,18 +129,24 @@ enum class PncBoxes { Empty, Calculated, Zero };
 // when one of them is ticked; zeros when neither is.
 PncBoxes ResultKind(const Limits& limits);
 
-// The calculator's distribution and the parameters CalcPercent hands it; an
-// absent parameter leaves the calculator's previous value.
+// The curve CalcPercent hands the calculator: its distribution code and
+// parameters (an absent one counts as 0; a family reads only its own slots).
 struct PncSource {
     int Code = 0;
     std::array<std::optional<double>, 4> Params;
 };
 PncSource SourceFromFields(const std::string& name, const std::array<std::string, 4>& texts);
+// The curve the figures are for: in moments mode the fitted curve's exact
+// parameters, not their rounded display (none when the fit gave no curve);
+// otherwise the selected distribution with its fields.
+std::optional<PncSource> FiguresSource(bool byMoments, const std::optional<PncSource>& fitted,
+                                       const std::string& name,
+                                       const std::array<std::string, 4>& texts);
 
 // The three boxes' texts: below LSL, above USL and their sum, each 0 for an
 // unticked limit.
 std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
-                                        int decPlaces, const std::string& pattern);
+                                        const std::string& pattern);
 
 // The capability boxes beside the PNC boxes, by the percentile method: Pp and
 // Ppk (empty when a limit they need is unticked), Ppl and Ppu for Ppk's tool
@@ -146,8 +155,17 @@ struct CapabilityView {
     std::string Pp, Ppk, Ppm, PpkTip;
     std::string Ppl, Ppu; // as Pp and Ppk are shown, for the copied results
 };
-CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits, int decPlaces,
+CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits,
                                const std::string& pattern);
+
+// The PNC and capability boxes when no figures are calculated: all empty for
+// crossed limits, the number 0 in the display pattern when neither limit is
+// ticked (Pp and Ppk stay empty). None when the figures are calculated.
+struct ResultTexts {
+    std::array<std::string, 3> Pnc;
+    CapabilityView Capability;
+};
+std::optional<ResultTexts> UncalculatedResults(const Limits& limits, const std::string& pattern);
 
 // What the status bar shows under the pointer: x, the density there and the
 // probability on either side, from the engine at x itself (not from the drawn

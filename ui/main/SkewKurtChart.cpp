@@ -197,4 +197,8 @@ DragStep Drag(const PickScale& scale, double x, double y, bool lockSkew, bool lo
     return d;
 }
 
+bool Free(PictureBox& surface, double x, double y) {
+    return surface.GetPixel(int(std::nearbyint(x)), int(std::nearbyint(y))) == kWhite;
+}
+
 } // namespace SkewKurtChart

@@ -113,7 +113,13 @@ struct LockView {
 LockView Locks(PickScale scale, bool lockSkew, bool lockKurt, bool drawByMoments, double skew,
                double kurt, double width, double height);
 
-// One accepted drag step (the pointer is over a white pixel): new values for
+// Whether a drag may take the point under the pointer: only a white pixel of
+// the drawn chart is free, so the grey region, the boundary line, the ticks and
+// the lock lines all refuse. One pixel read, not the boundary's formula: the
+// chart has always judged by what it shows.
+bool Free(PictureBox& surface, double x, double y);
+
+// One accepted drag step (the pointer is over a free point): new values for
 // the unlocked moments and the marker, centred on the pointer along an
 // unlocked axis and on the locked value along a locked one.
 struct DragStep {

@@ -200,6 +200,13 @@ PlotPipeline::Limits frm_Pondera::ReadLimits() const {
              {cb_USL->isChecked(), S(tb_USL->text())}}};
 }
 
+std::optional<PlotPipeline::PncSource> frm_Pondera::FiguresSource() const {
+    return PlotPipeline::FiguresSource(
+        cb_DrawbyMoments->isChecked(),
+        fit_ ? std::optional(MomentsStep::PncSourceOf(*fit_)) : std::nullopt,
+        S(dd_Distribution->Text()), TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}));
+}
+
 PlotPipeline::PlotInputs frm_Pondera::ReadPlotInputs() const {
     PlotPipeline::PlotInputs in;
     in.Name = S(dd_Distribution->Text());
@@ -235,11 +242,9 @@ void frm_Pondera::Plot() {
             return;
         }
         const PlotPipeline::PlotInputs in = ReadPlotInputs();
-        if (Refused(PlotPipeline::CheckParamTexts(in))) return;
+        if (Refused(PlotPipeline::CheckInputs(in))) return;
         const std::array<double, 3> p = PlotPipeline::ParamValues(in);
         std::tie(Param1, Param2, Param3) = std::tuple(p[0], p[1], p[2]);
-        if (Refused(PlotPipeline::CheckParamRules(in.Name, p, ValOf(tb_Param4)))) return;
-        if (Refused(PlotPipeline::CheckLimitTexts(in.Limit))) return;
 
         // The moments are computed once the inputs are known good, so a failed
         // check leaves the previous results in place.
@@ -297,13 +302,10 @@ void frm_Pondera::WriteRangeBack(double low, double high) {
 }
 
 void frm_Pondera::ShowResults() {
-    using PlotPipeline::PncBoxes;
-    const PncBoxes kind = PlotPipeline::ResultKind(ReadLimits());
-    if (kind == PncBoxes::Calculated) return CalcPercent();
-    const std::string shown =
-        kind == PncBoxes::Zero ? support::Format(0.0, DisplayOptions::Pattern()) : std::string();
-    ShowPNC({shown, shown, shown});
-    ShowCapability({"", "", shown, ""});
+    const auto fixed = PlotPipeline::UncalculatedResults(ReadLimits(), DisplayOptions::Pattern());
+    if (!fixed) return CalcPercent();
+    ShowPNC(fixed->Pnc);
+    ShowCapability(fixed->Capability);
 }
 
 void frm_Pondera::ShowCapability(const PlotPipeline::CapabilityView& view) {
@@ -331,22 +333,15 @@ void frm_Pondera::CalcMomentsforDistribution() {
 
 void frm_Pondera::CalcPercent() {
     support::Trap({kModule, __func__}, [&] {
-        // In moments mode the fitted curve's exact parameters, not their rounded
-        // display; a fit without a curve has no figures.
-        if (cb_DrawbyMoments->isChecked() && !fit_) {
+        // A fit without a curve has no figures.
+        const std::optional<PlotPipeline::PncSource> source = FiguresSource();
+        if (!source) {
             ShowCapability({});
             return ShowPNC({});
         }
-        const PlotPipeline::PncSource source =
-            cb_DrawbyMoments->isChecked()
-                ? MomentsStep::PncSourceOf(*fit_)
-                : PlotPipeline::SourceFromFields(
-                      S(dd_Distribution->Text()),
-                      TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}));
-        ShowPNC(PlotPipeline::PercentTexts(source, ReadLimits(), DisplayOptions::AppDecPlaces,
-                                           DisplayOptions::Pattern()));
-        ShowCapability(PlotPipeline::CapabilityTexts(
-            source, ReadLimits(), DisplayOptions::AppDecPlaces, DisplayOptions::Pattern()));
+        ShowPNC(PlotPipeline::PercentTexts(*source, ReadLimits(), DisplayOptions::Pattern()));
+        ShowCapability(
+            PlotPipeline::CapabilityTexts(*source, ReadLimits(), DisplayOptions::Pattern()));
     });
 }
 
@@ -634,9 +629,7 @@ void frm_Pondera::pb_SkewKurt_MouseMove(int button, int, double x, double y) {
         }
         const SkewKurtChart::PickScale scale = ReadPickScale();
         if (!cb_DrawbyMoments->isChecked() || button != 1) return;
-        // The pixel under the pointer is the feasibility test: only white is free.
-        if (pb_SkewKurt->GetPixel(int(std::nearbyint(x)), int(std::nearbyint(y))) != look::kWhite)
-            return;
+        if (!SkewKurtChart::Free(*pb_SkewKurt, x, y)) return;
 
         const SkewKurtChart::DragStep step = SkewKurtChart::Drag(
             scale, x, y, cb_LockSkewness->isChecked(), cb_LockKurtosis->isChecked(),
@@ -943,13 +936,7 @@ void frm_Pondera::mnuLimitsFromProbability_Click() {
     support::Trap({kModule, __func__}, [&] {
         if (!limitsDialog_) {
             // The curve is read when OK is pressed: the one CalcPercent would use.
-            auto curve = [this]() -> std::optional<PlotPipeline::PncSource> {
-                if (cb_DrawbyMoments->isChecked())
-                    return fit_ ? std::optional(MomentsStep::PncSourceOf(*fit_)) : std::nullopt;
-                return PlotPipeline::SourceFromFields(
-                    S(dd_Distribution->Text()),
-                    TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}));
-            };
+            auto curve = [this] { return FiguresSource(); };
             limitsDialog_ = new frm_LimitsFromProbability(
                 [curve](const ProbabilityLimits::Request& r) {
                     return ProbabilityLimits::LimitsFor(curve(), r);

@@ -304,6 +304,7 @@ class frm_Pondera : public QMainWindow {
     // What the fields hold, for the pipeline.
     PlotPipeline::PlotInputs ReadPlotInputs() const;
     PlotPipeline::Limits ReadLimits() const;
+    std::optional<PlotPipeline::PncSource> FiguresSource() const;
     QLineEdit* Box(PlotPipeline::Field field) const;
     // True, after its message and with its field focused, when a check failed.
     bool Refused(const PlotPipeline::Check& check);

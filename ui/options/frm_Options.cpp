@@ -369,44 +369,34 @@ void frm_Options::reject() {
 }
 
 bool frm_Options::tb_NumStDev_LostFocus() {
-    bool ok = true;
-    support::Trap({kModule, __func__}, [&] {
-        if (!NumStDevFrom(Text(tb_NumStDev))) ok = ShowFailure(tb_NumStDev, kMsgNumStDev);
+    return support::TrapValue({kModule, __func__}, true, [&] {
+        return NumStDevFrom(Text(tb_NumStDev)) ? true : ShowFailure(tb_NumStDev, kMsgNumStDev);
     });
-    return ok;
 }
 
 bool frm_Options::tb_XMin_LostFocus() {
-    bool ok = true;
-    support::Trap({kModule, __func__}, [&] {
-        if (!RangeEndFrom(Text(tb_XMin))) ok = ShowFailure(tb_XMin, kMsgXMin);
+    return support::TrapValue({kModule, __func__}, true, [&] {
+        return RangeEndFrom(Text(tb_XMin)) ? true : ShowFailure(tb_XMin, kMsgXMin);
     });
-    return ok;
 }
 
 bool frm_Options::tb_XMax_LostFocus() {
-    bool ok = true;
-    support::Trap({kModule, __func__}, [&] {
-        if (!RangeEndFrom(Text(tb_XMax))) ok = ShowFailure(tb_XMax, kMsgXMax);
+    return support::TrapValue({kModule, __func__}, true, [&] {
+        return RangeEndFrom(Text(tb_XMax)) ? true : ShowFailure(tb_XMax, kMsgXMax);
     });
-    return ok;
 }
 
 bool frm_Options::tb_XTicks_LostFocus() {
-    bool ok = true;
-    support::Trap({kModule, __func__}, [&] {
-        if (!TicksFrom(Text(tb_XTicks))) ok = ShowFailure(tb_XTicks, kMsgTicks);
+    return support::TrapValue({kModule, __func__}, true, [&] {
+        return TicksFrom(Text(tb_XTicks)) ? true : ShowFailure(tb_XTicks, kMsgTicks);
     });
-    return ok;
 }
 
 bool frm_Options::tb_YTicks_LostFocus() {
-    bool ok = true;
-    support::Trap({kModule, __func__}, [&] {
-        // The message names X ticks here too: the program's own wording.
-        if (!TicksFrom(Text(tb_YTicks))) ok = ShowFailure(tb_YTicks, kMsgTicks);
+    return support::TrapValue({kModule, __func__}, true, [&] {
+        // Kept: the message names X ticks here too, the program's own wording.
+        return TicksFrom(Text(tb_YTicks)) ? true : ShowFailure(tb_YTicks, kMsgTicks);
     });
-    return ok;
 }
 
 void frm_Options::sb_XTicks_Change() {

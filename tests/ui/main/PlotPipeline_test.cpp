@@ -23,13 +23,6 @@ PlotInputs Inputs(const std::string& name, std::array<std::string, 4> params, bo
     return in;
 }
 
-// The checks in the order Plot runs them.
-Check RunChecks(const PlotInputs& in) {
-    if (Check c = CheckParamTexts(in); !c.Ok) return c;
-    if (Check c = CheckParamRules(in.Name, ParamValues(in)); !c.Ok) return c;
-    return CheckLimitTexts(in.Limit);
-}
-
 } // namespace
 
 struct PipelineCheckRow {
@@ -44,7 +37,7 @@ class PipelineChecks : public testing_support::RecordingTest,
 
 TEST_P(PipelineChecks, StopAtTheFirstBadFieldWithItsMessage) {
     const PipelineCheckRow& r = GetParam();
-    const Check c = RunChecks(r.In);
+    const Check c = CheckInputs(r.In);
     EXPECT_EQ(c.Ok, r.Focus == Field::None);
     EXPECT_EQ(c.Focus, r.Focus);
     EXPECT_EQ(c.Message, r.Message);
@@ -163,15 +156,23 @@ TEST(PlotPipeline, ThePNCBoxes) {
     EXPECT_EQ(ResultKind(lsl), PncBoxes::Calculated);
     EXPECT_EQ(ResultKind({{{true, "5"}, {}, {true, "5"}}}), PncBoxes::Empty);
     EXPECT_EQ(ResultKind({{{true, "6"}, {true, "x"}, {false, "5"}}}), PncBoxes::Calculated);
+    // Without figures: zeros in the pattern (the ppm box too), or all empty.
+    const auto zeros = UncalculatedResults(none, "0.00E+00");
+    ASSERT_TRUE(zeros);
+    EXPECT_EQ(zeros->Pnc, (std::array<std::string, 3>{"0.00E+00", "0.00E+00", "0.00E+00"}));
+    EXPECT_EQ(zeros->Capability.Ppm + "|" + zeros->Capability.Pp, "0.00E+00|");
+    const auto crossed = UncalculatedResults({{{true, "5"}, {}, {true, "4"}}}, "0.0");
+    ASSERT_TRUE(crossed);
+    EXPECT_EQ(crossed->Pnc[0] + crossed->Pnc[2] + crossed->Capability.Ppm, "");
+    EXPECT_FALSE(UncalculatedResults(lsl, "0.0"));
 
     const auto texts = PercentTexts(SourceFromFields("Normal", {"0", "1", "", ""}),
-                                    {{{true, "-3"}, {}, {true, "2"}}}, 6, "0.000000000000E+00");
+                                    {{{true, "-3"}, {}, {true, "2"}}}, "0.000000000000E+00");
     const double lower = reference::NormalCdf(-3), upper = reference::NormalCdf(-2);
     EXPECT_LT(RelErr(support::Val(texts[0]), lower), 1e-6);
     EXPECT_LT(RelErr(support::Val(texts[1]), upper), 1e-6);
     EXPECT_LT(RelErr(support::Val(texts[2]), lower + upper), 1e-6);
-    EXPECT_EQ(PercentTexts(SourceFromFields("Normal", {"0", "1", "", ""}), lsl, 6, "0.0")[1],
-              "0.0");
+    EXPECT_EQ(PercentTexts(SourceFromFields("Normal", {"0", "1", "", ""}), lsl, "0.0")[1], "0.0");
 }
 
 // What the capability boxes show (the indices themselves are m_Capability's):
@@ -203,19 +204,19 @@ TEST(PlotPipeline, CapabilityBoxes) {
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.name);
-        const CapabilityView v = CapabilityTexts(r.source, r.limits, 4, "0.0000000000");
+        const CapabilityView v = CapabilityTexts(r.source, r.limits, "0.0000000000");
         EXPECT_EQ(v.Pp.empty(), !r.pp);
         EXPECT_LT(RelErr(support::Val(v.Pp), r.pp.value_or(0)), 1e-9);
         EXPECT_LT(RelErr(support::Val(v.Ppk), *r.ppk), 1e-9);
-        EXPECT_EQ(CapabilityTexts(r.source, r.limits, 4, "0.0000").PpkTip,
+        EXPECT_EQ(CapabilityTexts(r.source, r.limits, "0.0000").PpkTip,
                   std::string(r.ppl) + "\n" + r.ppu);
     }
     // The total in ppm, and nothing to judge without limits.
-    const CapabilityView both = CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}),
-                                                rows[0].limits, 6, "0.000000");
+    const CapabilityView both =
+        CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}), rows[0].limits, "0.000000");
     EXPECT_LT(RelErr(support::Val(both.Ppm), (phi3 + reference::NormalCdf(-2)) * 1e6), 1e-9);
     const CapabilityView none =
-        CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}), {}, 6, "0.000000");
+        CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}), {}, "0.000000");
     EXPECT_EQ(none.Pp + none.Ppk, "");
     EXPECT_EQ(none.Ppm, "0.000000");
 }

@@ -200,8 +200,8 @@ bool TabStop(const Field& f) {
     return f.role != Role::Output;
 }
 
-QLineEdit* MakeBox(const char* name, QWidget* parent = nullptr) {
-    auto* box = new QLineEdit(parent);
+QLineEdit* MakeBox(const char* name) {
+    auto* box = new QLineEdit;
     box->setObjectName(name);
     box->setMinimumWidth(90);
     return box;

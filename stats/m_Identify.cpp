@@ -123,7 +123,7 @@ double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t
     }
     if (redraws) *redraws = static_cast<int>(all.Redraws);
     if (all.GaveUp) return kNaN;
-    return (1.0 + all.Exceed) / (all.Done + 1.0);
+    return (1.0 + static_cast<double>(all.Exceed)) / (static_cast<double>(all.Done) + 1.0);
 }
 
 std::vector<RowResult> Identify(const std::vector<double>& values, const Options& o) {

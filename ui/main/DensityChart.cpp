@@ -338,12 +338,12 @@ Result DrawWhole(PictureBox& surface, const Input& in) {
     // pixel), so the area reads as filled without stripes.
     const std::size_t n = PointCount(in.X, in.Y);
     // The end samples get no outer share, so nothing pokes past them.
-    std::vector<double> px(n + 2, 0.0);
+    std::vector<double> sampleX(n + 2, 0.0);
     for (std::size_t i = 1; i <= n; ++i)
-        px[i] = g.Px(in.X[i]);
+        sampleX[i] = g.Px(in.X[i]);
     if (n >= 1) {
-        px[0] = px[1];
-        px[n + 1] = px[n];
+        sampleX[0] = sampleX[1];
+        sampleX[n + 1] = sampleX[n];
     }
     std::vector<PictureBox::Bar> bars;
     bars.reserve(n);
@@ -356,8 +356,8 @@ Result DrawWhole(PictureBox& surface, const Input& in) {
         surface.SetFillColor(color);
         // From halfway to the left neighbour to halfway to the right one, and
         // never narrower than the sample's own pixel; edges at device resolution.
-        const double left = std::min(px[i], (px[i - 1] + px[i]) / 2);
-        const double right = std::max(px[i] + 1, (px[i] + px[i + 1]) / 2);
+        const double left = std::min(sampleX[i], (sampleX[i - 1] + sampleX[i]) / 2);
+        const double right = std::max(sampleX[i] + 1, (sampleX[i] + sampleX[i + 1]) / 2);
         bars.push_back({left, right, std::min(g.Y0, py), std::max(g.Y0, py) + 1, color});
     }
     surface.FillBars(bars);

@@ -216,9 +216,9 @@ Geometry Geometry::ForSize(double w, double h) {
 }
 
 void Geometry::SetRanges(std::span<const double> x, std::span<const double> y) {
-    // The density's running maximum starts at -1e30 as it always did (no
-    // density is below it); the others start beyond any value, so a curve
-    // beyond 1e30 (mean 1e300) keeps its own ends.
+    // Kept: the density's running maximum starts at -1e30 (no density is below
+    // it). The others start beyond any value, so a curve beyond 1e30 (mean
+    // 1e300) keeps its own ends.
     constexpr double kBeyond = std::numeric_limits<double>::infinity();
     double xMin = kBeyond, xMax = -kBeyond, yMin = kBeyond, yMax = -1e30;
     const std::size_t n = PointCount(x, y);

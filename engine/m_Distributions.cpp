@@ -51,23 +51,6 @@ bool ReadyForTail(DistCalculator& calc, const std::string& key, double p1, doubl
 }
 } // namespace
 
-// ---- The lists ------------------------------------------------------------------
-
-const std::vector<std::string>& ClassicalListOrder() {
-    static const std::vector<std::string> names = [] {
-        std::vector<std::string> classical;
-        for (const std::string& name : Families::ListOrder(false))
-            if (Families::ByName(name)->Classical) classical.push_back(name);
-        return classical;
-    }();
-    return names;
-}
-
-const std::vector<std::string>& MomentsListOrder() {
-    static const std::vector<std::string> names = Families::ListOrder(true);
-    return names;
-}
-
 // ---- Parameter checks ---------------------------------------------------------
 
 namespace {

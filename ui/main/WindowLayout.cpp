@@ -716,13 +716,8 @@ void ShowParamRows(frm_Pondera& w, const std::array<PlotPipeline::ParamRow, 4>& 
 
 void ShowMode(frm_Pondera& w, bool byMoments) {
     QStringList names;
-    for (const auto& n :
-         byMoments ? m_Distributions::MomentsListOrder() : m_Distributions::ClassicalListOrder())
+    for (const std::string& n : Families::ListOrder(byMoments))
         names << QString::fromStdString(n);
-    // After the six, the Johnson forms a user types by their parameters.
-    if (!byMoments)
-        for (const Families::Family& f : Families::All())
-            if (f.Name && f.As99Type) names << QString::fromLatin1(f.Name);
     w.dd_Distribution->SetLocked(byMoments);
     w.dd_Distribution->SetDistributions(names);
     w.dd_Distribution->setCurrentIndex(0);

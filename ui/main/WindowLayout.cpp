@@ -1,7 +1,6 @@
 #include "ui/main/WindowLayout.h"
 
 #include "engine/Families.h"
-#include "engine/m_Distributions.h"
 #include "ui/draw/DistributionCombo.h"
 #include "ui/draw/Look.h"
 #include "ui/draw/MarkerShape.h"

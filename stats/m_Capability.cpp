@@ -110,6 +110,46 @@ Figures ZScoreIndices(std::optional<Tails> lsl, std::optional<Tails> usl, double
     return f;
 }
 
+const char* MethodName(Method m) {
+    return m == Method::ZScore ? "Z-score" : "percentile (ISO 22514-2)";
+}
+
+const char* MethodKey(Method m) {
+    return m == Method::ZScore ? "z-score" : "percentile";
+}
+
+Figures ZScoreFigures(int code, const double (&p)[4], std::optional<double> lsl,
+                      std::optional<double> usl, double pncTotal) {
+    Figures f;
+    support::Trap({kModule, __func__}, [&] {
+        const Families::Family& family = Families::ByCode(code);
+        if (family.Refusal(p)) return;
+        auto tails = [&](std::optional<double> x) -> std::optional<Tails> {
+            if (!x) return std::nullopt;
+            return Tails{family.Tail(p, *x, false), family.Tail(p, *x, true)};
+        };
+        f = ZScoreIndices(tails(lsl), tails(usl), pncTotal);
+        Quiet();
+    });
+    return f;
+}
+
+Ppm Observed(const std::vector<double>& values, std::optional<double> lsl,
+             std::optional<double> usl) {
+    Ppm o;
+    if (values.empty()) return o;
+    std::size_t below = 0, above = 0;
+    for (double v : values) {
+        if (lsl && v < *lsl) ++below;
+        if (usl && v > *usl) ++above;
+    }
+    const double n = static_cast<double>(values.size());
+    o.Below = 1e6 * static_cast<double>(below) / n;
+    o.Above = 1e6 * static_cast<double>(above) / n;
+    o.Total = 1e6 * static_cast<double>(below + above) / n;
+    return o;
+}
+
 std::optional<Interval> NormalPpInterval(double pp, int n, double level) {
     std::optional<Interval> result;
     support::Trap({kModule, __func__}, [&] {

@@ -3,7 +3,9 @@
 // mean +- 3 standard deviations, so a skewed curve is judged by its tails.
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <vector>
 
 namespace m_Capability {
 
@@ -49,5 +51,27 @@ struct Interval {
 };
 std::optional<Interval> NormalPpInterval(double pp, int n, double level);
 std::optional<Interval> NormalPpkInterval(double ppk, int n, double level);
+
+// Which figures the window shows; both are always computed.
+enum class Method { Percentile, ZScore };
+// As the user reads it beside the figures: "percentile (ISO 22514-2)", "Z-score".
+const char* MethodName(Method m);
+// As pondera-cli writes it: "percentile", "z-score".
+const char* MethodKey(Method m);
+
+// The Z-score figures of a distribution code and Param1..Param4: each limit's
+// two tails from the family record, then ZScoreIndices. Empty when the
+// parameters describe no curve.
+Figures ZScoreFigures(int code, const double (&p)[4], std::optional<double> lsl,
+                      std::optional<double> usl, double pncTotal = 0);
+
+// Parts per million below the LSL, above the USL and in all; an absent limit
+// counts 0.
+struct Ppm {
+    double Below = 0, Above = 0, Total = 0;
+};
+// The sample's own: values below the LSL and above the USL, per million values.
+Ppm Observed(const std::vector<double>& values, std::optional<double> lsl,
+             std::optional<double> usl);
 
 } // namespace m_Capability

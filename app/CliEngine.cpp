@@ -79,6 +79,7 @@ JsonObject Pnc(const Request& r) {
             const double none = std::nan("");
             out.Add("lower", none).Add("upper", none).Add("total", none);
             out.AddRaw("capability", CapabilityJson(family->Code, r.P, {}, {}));
+            out.AddRaw("capability_z", CapabilityZJson(family->Code, r.P, {}, {}));
         } else if (pass && !broken) {
             const int code = family->Code;
             m_PercentCertainty::CurrentDistribution = code;
@@ -98,6 +99,7 @@ JsonObject Pnc(const Request& r) {
             if (r.LSL && r.USL) upper = m_PercentCertainty::CapUpperPNC(lower, upper);
             out.Add("lower", lower).Add("upper", upper).Add("total", lower + upper);
             out.AddRaw("capability", CapabilityJson(code, r.P, r.LSL, r.USL));
+            out.AddRaw("capability_z", CapabilityZJson(code, r.P, r.LSL, r.USL));
         }
     }
     if (!support::Recorder().Status.empty()) out.AddString("status", support::Recorder().Status);

@@ -161,6 +161,7 @@ CurveFigures FiguresOf(const m_Curves::Curve& c, std::optional<double> lsl,
     double above = usl ? family.Tail(p, *usl, true) : 0;
     if (lsl && usl && *lsl <= *usl && above > 1 - below) above = 1 - below; // as the PNC boxes
     const double total = below + above;
+    out.Below = below, out.Above = above;
     if (const auto x = m_Capability::PercentilePoints(code, p[0], p[1], p[2], p[3]))
         out.Percentile = m_Capability::Indices(*x, lsl, usl, total);
     out.ZScore = m_Capability::ZScoreFigures(code, p, lsl, usl, total);

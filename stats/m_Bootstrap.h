@@ -51,6 +51,7 @@ Result Intervals(int row, const m_Curves::Curve& fitted, std::size_t n, std::opt
 struct CurveFigures {
     m_Capability::Figures Percentile, ZScore;
     std::optional<double> Ppm;
+    double Below = 0, Above = 0; // the fractions outside each limit (0 for an absent one)
 };
 CurveFigures FiguresOf(const m_Curves::Curve& c, std::optional<double> lsl,
                        std::optional<double> usl);

@@ -1,7 +1,9 @@
 #include "stats/m_CapabilityStudy.h"
 
+#include "engine/Families.h"
 #include "stats/m_Fits.h"
 
+#include <algorithm>
 #include <string>
 
 namespace m_CapabilityStudy {
@@ -10,11 +12,21 @@ Study Compute(const Request& r) {
     Study s;
     s.Shown = r.Shown;
     s.Level = r.Level;
-    const double total = r.Below + r.Above;
+    double below = 0, above = 0;
+    if (r.Below && r.Above) {
+        below = *r.Below, above = *r.Above;
+    } else if (const Families::Family& family = Families::ByCode(r.Code); !family.Refusal(r.P)) {
+        // As the calculator answers: the record's tails within 0..1, the upper
+        // one capped so that the two never pass 1.
+        if (r.LSL) below = std::clamp(family.Tail(r.P, *r.LSL, false), 0.0, 1.0);
+        if (r.USL) above = std::clamp(family.Tail(r.P, *r.USL, true), 0.0, 1.0);
+        if (r.LSL && r.USL && *r.LSL <= *r.USL && above > 1 - below) above = 1 - below;
+    }
+    const double total = below + above;
     s.X = m_Capability::PercentilePoints(r.Code, r.P[0], r.P[1], r.P[2], r.P[3]);
     if (s.X) s.Percentile = m_Capability::Indices(*s.X, r.LSL, r.USL, total);
     s.ZScore = m_Capability::ZScoreFigures(r.Code, r.P, r.LSL, r.USL, total);
-    s.Expected = {r.Below * 1e6, r.Above * 1e6, total * 1e6};
+    s.Expected = {below * 1e6, above * 1e6, total * 1e6};
     if (r.Values && !r.Values->empty()) {
         s.N = r.Values->size();
         s.Observed = m_Capability::Observed(*r.Values, r.LSL, r.USL);

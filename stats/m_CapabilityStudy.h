@@ -18,8 +18,9 @@ struct Request {
     int Code = 1; // the distribution code and Param1..Param4 of the curve shown
     double P[4] = {0, 0, 0, 0};
     std::optional<double> LSL, USL;
-    // The fractions below the LSL and above the USL as the PNC boxes show them.
-    double Below = 0, Above = 0;
+    // The fractions below the LSL and above the USL as the PNC boxes show them;
+    // absent, they are taken from the family's tails as the calculator takes them.
+    std::optional<double> Below, Above;
     m_Capability::Method Shown = m_Capability::Method::Percentile;
     // With data: the values, and the m_Fits row whose estimator gave the curve
     // (-1: the curve was typed, so it has no sampling uncertainty).

@@ -308,7 +308,7 @@ void frm_Options::Form_Load() {
             levels.push_back(AppConfLevel);
         std::sort(levels.begin(), levels.end());
         for (double level : levels) {
-            dd_ConfLevel->addItem(Q(support::Format(level * 100, "0.##")) + " %", level);
+            dd_ConfLevel->addItem(QString::number(level * 100, 'g', 4) + " %", level);
             if (level == AppConfLevel) dd_ConfLevel->setCurrentIndex(dd_ConfLevel->count() - 1);
         }
     });

@@ -84,9 +84,9 @@ void CapabilityPanel::Poll() {
 
 std::string CapabilityPanel::Progress() const {
     if (!job_) return "";
-    if (!job_->Started) return "waiting";
+    if (!job_->Started) return "computing...";
     const int total = job_->Total;
-    return std::to_string(total > 0 ? 100 * job_->Done / total : 0) + " %";
+    return "computing... " + std::to_string(total > 0 ? 100 * job_->Done / total : 0) + " %";
 }
 
 void CapabilityPanel::Wait() {

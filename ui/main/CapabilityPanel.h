@@ -29,8 +29,8 @@ class CapabilityPanel : public QObject {
     // No figures (a drawing without them).
     void Clear();
     const m_CapabilityStudy::Study& Current() const { return study_; }
-    // "35 %" while the intervals are under way, "waiting" before they start,
-    // empty otherwise.
+    // "computing... 35 %" while the intervals are under way, "computing..."
+    // before they start, empty otherwise.
     std::string Progress() const;
     // Blocks until the intervals under way or waiting are in (for the tests
     // and the report, which need the final figures).

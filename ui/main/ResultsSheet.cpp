@@ -37,7 +37,7 @@ std::string Compact(double v) {
 }
 
 std::string Range(const m_Capability::Interval& i) {
-    return Compact(i.Low) + " to " + Compact(i.High);
+    return Compact(i.Low) + "\u2013" + Compact(i.High);
 }
 
 // "95 %", "99.5 %": the level as people say it.
@@ -70,7 +70,8 @@ CapabilityTexts Capability(const m_CapabilityStudy::Study& s, const std::string&
     };
     t.PpTip = s.Shown == m_Capability::Method::ZScore
                   ? "Pp = (Z(USL) - Z(LSL)) / 6, Z the normal quantile of the curve's tail "
-                    "(Z-score method)"
+                    "(Z-score method); empty when a limit lies beyond the curve's end, where "
+                    "the curve has no tail to give a Z"
                   : "Pp = (USL - LSL) / (X99.865 - X0.135), from the curve's own percentiles "
                     "(percentile method, ISO 22514-2)";
     t.PpkTip = tip("Ppl: ", t.Ppl) + "\n" + tip("Ppu: ", t.Ppu) + "\nMethod: " + method;

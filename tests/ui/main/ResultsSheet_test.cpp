@@ -69,7 +69,7 @@ TEST(ResultsSheet, CaptionNamesTheMethodAndTinyPpmStaysVisible) {
     const ResultsSheet::CapabilityTexts t = ResultsSheet::Capability(s, "0.00");
     EXPECT_EQ(t.Caption,
               "Method: Z-score; n = 20\nObserved ppm: 50000 below, 0 above, 50000 total\n"
-              "95 % CI: Pp 0.75 to 1.26, ppm 10 to 9000");
+              "95 % CI: Pp 0.75\u20131.26, ppm 10\u20139000");
     EXPECT_EQ(ResultsSheet::Capability(s, "0.00", "35 %").Caption.substr(t.Caption.find("95 %")),
               "95 % CI: 35 %");
     EXPECT_EQ(ResultsSheet::PpmText(3e-7, "0.00"), "3.00E-07");

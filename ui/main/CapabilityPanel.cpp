@@ -1,5 +1,6 @@
 #include "ui/main/CapabilityPanel.h"
 
+#include <algorithm>
 #include <atomic>
 
 // One run of the intervals: what it works on, owned here so that the window
@@ -40,7 +41,10 @@ void CapabilityPanel::Show(const m_CapabilityStudy::Request& r) {
     if (r.Values) job->Values = *r.Values;
     job->Request.Values = &job->Values;
     study_ = m_CapabilityStudy::Compute(job->Request);
-    if (m_CapabilityStudy::HasIntervals(job->Request)) {
+    note_.clear();
+    if (m_CapabilityStudy::HasIntervals(job->Request) && job->Values.size() > kMaxValues) {
+        note_ = "not computed above " + std::to_string(kMaxValues) + " values";
+    } else if (m_CapabilityStudy::HasIntervals(job->Request)) {
         job_ = std::move(job);
         quiet_.start();
     }
@@ -49,6 +53,7 @@ void CapabilityPanel::Show(const m_CapabilityStudy::Request& r) {
 
 void CapabilityPanel::Clear() {
     Stop();
+    note_.clear();
     study_ = {};
     emit Changed();
 }
@@ -59,6 +64,8 @@ void CapabilityPanel::Start() {
     job_->Study = study_;
     worker_ = std::thread([job = job_] {
         m_Bootstrap::Options o;
+        o.Replicates = static_cast<int>(
+            std::clamp(kBudget / static_cast<double>(job->Values.size()), 200.0, 1000.0));
         o.Cancel = &job->Cancel;
         o.Progress = [&job = *job](int done, int total) {
             job.Done = done;
@@ -83,7 +90,7 @@ void CapabilityPanel::Poll() {
 }
 
 std::string CapabilityPanel::Progress() const {
-    if (!job_) return "";
+    if (!job_) return note_;
     if (!job_->Started) return "computing...";
     const int total = job_->Total;
     return "computing... " + std::to_string(total > 0 ? 100 * job_->Done / total : 0) + " %";

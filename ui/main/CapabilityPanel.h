@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <thread>
@@ -30,13 +31,20 @@ class CapabilityPanel : public QObject {
     void Clear();
     const m_CapabilityStudy::Study& Current() const { return study_; }
     // "computing... 35 %" while the intervals are under way, "computing..."
-    // before they start, empty otherwise.
+    // before they start, why they are not computed for a fit to too many
+    // values, empty otherwise.
     std::string Progress() const;
     // Blocks until the intervals under way or waiting are in (for the tests
     // and the report, which need the final figures).
     void Wait();
 
     static constexpr int kQuiet = 250;
+    // Past this many values the bootstrap would take minutes (and its
+    // intervals would be very narrow): it is not run.
+    static constexpr std::size_t kMaxValues = 100000;
+    // Up to this many values each replicate draws from the curve: 1,000
+    // replicates up to 20,000 values, fewer (at least 200) above.
+    static constexpr double kBudget = 2e7;
 
   signals:
     void Changed();
@@ -49,6 +57,7 @@ class CapabilityPanel : public QObject {
 
     m_CapabilityStudy::Study study_;
     std::shared_ptr<Job> job_;
+    std::string note_; // why a fit to data has no intervals
     std::thread worker_;
     QTimer quiet_, poll_;
 };

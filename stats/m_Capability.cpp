@@ -104,6 +104,12 @@ Figures ZScoreIndices(std::optional<Tails> lsl, std::optional<Tails> usl, double
             f.Ppk = std::min(*f.Ppl, *f.Ppu);
         else
             f.Ppk = f.Ppl ? f.Ppl : f.Ppu;
+        // A limit beyond the curve's far end (the whole curve on its wrong side)
+        // has no finite z either, but its side is worse than any figure: then
+        // there is no Ppk rather than the other side's.
+        if ((lsl && lsl->Above == 0 && lsl->Below > 0) ||
+            (usl && usl->Below == 0 && usl->Above > 0))
+            f.Pp.reset(), f.Ppk.reset();
         if (lsl || usl) f.Ppm = pncTotal * 1e6;
         Quiet();
     });

@@ -1,6 +1,8 @@
 // Process performance figures beside the fraction nonconforming, by the
-// percentile method of ISO 22514-2: the curve's own quantiles stand in for
-// mean +- 3 standard deviations, so a skewed curve is judged by its tails.
+// percentile method of ISO 22514-2 (the curve's own quantiles stand in for
+// mean +- 3 standard deviations, so a skewed curve is judged by its tails) and
+// by the Z-score method (each limit's tail turned into a normal z); observed
+// ppm of a sample; the normal curve's confidence intervals.
 #pragma once
 
 #include <cstddef>
@@ -37,7 +39,8 @@ Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<d
 // Ppl = -Z_L / 3, Ppu = Z_U / 3, Ppk the smaller. Each limit comes as its two
 // exact tails (below, above); Phi^-1 is taken of the smaller one, so a tail of
 // 1e-300 keeps its digits. A limit with an empty tail (no figure) leaves its
-// figures empty.
+// figures empty; one with the whole curve on its wrong side leaves Pp and Ppk
+// empty as well.
 struct Tails {
     double Below = 0, Above = 0;
 };

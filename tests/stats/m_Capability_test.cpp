@@ -146,6 +146,11 @@ TEST(ZScoreIndices, WeibullAgainstSecondQuantile) {
         m_Capability::ZScoreIndices(std::nullopt, m_Capability::Tails{1, 1e-300});
     EXPECT_NEAR(*tiny.Ppu * 3, -boost::math::quantile(phi, 1e-300), 1e-10);
     EXPECT_FALSE(tiny.Pp || tiny.Ppl);
+    // Beyond the curve's lower end the LSL side simply has no tail; above its
+    // upper end the whole curve is out, and Ppk is no longer the USL side's.
+    const m_Capability::Tails below{0, 1}, inside{0.5, 0.5}, above{1, 0};
+    EXPECT_NEAR(*m_Capability::ZScoreIndices(below, inside).Ppk, 0, 1e-15);
+    EXPECT_FALSE(m_Capability::ZScoreIndices(above, m_Capability::Tails{1, 1e-9}).Ppk);
 }
 
 // The published 50-value sample: Cp 0.237112 [0.190279, 0.283853],

@@ -2,6 +2,7 @@
 
 #include "engine/m_Distributions.h"
 #include "settings/DisplayOptions.h"
+#include "stats/m_Fits.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
 #include "support/MExceptionHandler.h"
@@ -13,6 +14,7 @@
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
+#include "ui/main/CapabilityPanel.h"
 #include "ui/main/MarkerDrag.h"
 #include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
@@ -32,6 +34,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -97,6 +100,14 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
     WindowLayout::BuildMenus(*this);
     WindowLayout::Connect(*this);
     WindowLayout::SetKeyboard(*this);
+    lb_Capability = new QLabel;
+    lb_Capability->setObjectName("lb_Capability");
+    lb_Capability->setWordWrap(true);
+    if (auto* grid = qobject_cast<QGridLayout*>(qarvFrame_Results->layout()))
+        grid->addWidget(lb_Capability, 3, 0, 1, 4);
+    capabilityPanel_ = new CapabilityPanel(this);
+    connect(capabilityPanel_, &CapabilityPanel::Changed, this,
+            [this] { RunAsAction([&] { RefreshCapability(); }); });
     resize(1200, 880);
     Form_Initialize();
 }
@@ -303,15 +314,74 @@ void frm_Pondera::ShowResults() {
     const auto fixed = PlotPipeline::UncalculatedResults(ReadLimits(), DisplayOptions::Pattern());
     if (!fixed) return CalcPercent();
     ShowPNC(fixed->Pnc);
-    ShowCapability(fixed->Capability);
+    capabilityFigures_ = false;
+    capabilityPanel_->Clear();
+    ResultsSheet::CapabilityTexts none;
+    none.Ppm = fixed->Capability.Ppm;
+    ShowCapability(none);
 }
 
-void frm_Pondera::ShowCapability(const PlotPipeline::CapabilityView& view) {
-    Capability = view;
-    tb_Pp->setText(Q(view.Pp));
-    tb_Ppk->setText(Q(view.Ppk));
-    tb_Ppk->setToolTip(Q(view.PpkTip));
-    tb_PPM->setText(Q(view.Ppm));
+void frm_Pondera::ShowCapability(const ResultsSheet::CapabilityTexts& texts) {
+    Capability = texts;
+    tb_Pp->setText(Q(texts.Pp));
+    tb_Pp->setToolTip(Q(texts.PpTip));
+    tb_Ppk->setText(Q(texts.Ppk));
+    tb_Ppk->setToolTip(Q(texts.PpkTip));
+    tb_PPM->setText(Q(texts.Ppm));
+    tb_PPM->setToolTip(Q(texts.PpmTip));
+    lb_Capability->setText(Q(texts.Caption));
+    lb_Capability->setToolTip(Q(texts.CaptionTip));
+}
+
+void frm_Pondera::RefreshCapability() {
+    if (!capabilityFigures_) return;
+    ShowCapability(ResultsSheet::Capability(capabilityPanel_->Current(), DisplayOptions::Pattern(),
+                                            capabilityPanel_->Progress()));
+}
+
+const m_CapabilityStudy::Study& frm_Pondera::CapabilityStudy() const {
+    return capabilityPanel_->Current();
+}
+
+void frm_Pondera::WaitForCapability() {
+    capabilityPanel_->Wait();
+}
+
+void frm_Pondera::SetFittedRow(int row) {
+    fittedRow_ = row;
+    fittedParams_ = TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4});
+}
+
+int frm_Pondera::FittedDataRow() const {
+    if (DataValues.empty()) return -1;
+    // The data's Johnson fit holds while the moment fields show the data's moments.
+    if (cb_DrawbyMoments->isChecked())
+        return DataMoments &&
+                       TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}) == DataMoments->Shown
+                   ? m_Fits::kJohnsonMoments
+                   : -1;
+    return fittedRow_ >= 0 && TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}) == fittedParams_
+               ? fittedRow_
+               : -1;
+}
+
+m_CapabilityStudy::Request
+frm_Pondera::CapabilityRequest(const PlotPipeline::PncSource& source) const {
+    m_CapabilityStudy::Request r;
+    r.Code = source.Code;
+    for (int i = 0; i < 4; ++i)
+        r.P[i] = source.Params[i].value_or(0);
+    const PlotPipeline::Limits limits = ReadLimits();
+    if (limits[0].Ticked) r.LSL = support::Val(limits[0].Text);
+    if (limits[2].Ticked) r.USL = support::Val(limits[2].Text);
+    r.Shown = DisplayOptions::AppCapMethod == 1 ? m_Capability::Method::ZScore
+                                                : m_Capability::Method::Percentile;
+    r.Level = DisplayOptions::AppConfLevel;
+    if (!DataValues.empty()) {
+        r.Values = &DataValues;
+        r.Row = FittedDataRow();
+    }
+    return r;
 }
 
 void frm_Pondera::ShowPNC(const std::array<std::string, 3>& texts) {
@@ -334,12 +404,14 @@ void frm_Pondera::CalcPercent() {
         // A fit without a curve has no figures.
         const std::optional<PlotPipeline::PncSource> source = FiguresSource();
         if (!source) {
+            capabilityFigures_ = false;
+            capabilityPanel_->Clear();
             ShowCapability({});
             return ShowPNC({});
         }
         ShowPNC(PlotPipeline::PercentTexts(*source, ReadLimits(), DisplayOptions::Pattern()));
-        ShowCapability(
-            PlotPipeline::CapabilityTexts(*source, ReadLimits(), DisplayOptions::Pattern()));
+        capabilityFigures_ = true;
+        capabilityPanel_->Show(CapabilityRequest(*source));
     });
 }
 
@@ -816,7 +888,10 @@ void frm_Pondera::mnuCopyResults_Click() {
         shown.Limit = ReadLimits();
         shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
         shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
+        WaitForCapability();
         shown.Capability = Capability;
+        shown.Study = CapabilityStudy();
+        shown.Pattern = DisplayOptions::Pattern();
         if (DataBins) shown.N = std::to_string(DataBins->N);
         if (QClipboard* clipboard = QGuiApplication::clipboard())
             clipboard->setText(Q(ResultsSheet::Text(shown)));
@@ -860,6 +935,7 @@ void frm_Pondera::ApplyData() {
     support::Trap({kModule, __func__}, [&] {
         const DataStep::Sample& sample = dataDialog_->Result();
         DataBins = DataStep::Bins(sample.Values);
+        DataValues = sample.Values;
         DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
         mnuClearData->setEnabled(true);
         SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}, DataMoments->Shown);
@@ -925,6 +1001,7 @@ void frm_Pondera::mnuClearData_Click() {
 
 void frm_Pondera::ForgetData(bool moments) {
     DataBins.reset();
+    DataValues.clear();
     if (moments) DataMoments.reset();
     HistogramHeights.clear();
     mnuClearData->setEnabled(false);

@@ -19,6 +19,7 @@
 #include "ui/main/DensityChart.h"
 #include "ui/main/MomentsStep.h"
 #include "ui/main/PlotPipeline.h"
+#include "ui/main/ResultsSheet.h"
 #include "ui/main/SkewKurtChart.h"
 
 #include <QMainWindow>
@@ -28,6 +29,7 @@
 #include <string>
 #include <vector>
 
+class CapabilityPanel;
 class DistributionCombo;
 class MarkerShape;
 class PictureBox;
@@ -82,6 +84,8 @@ class frm_Pondera : public QMainWindow {
     QLineEdit* tb_Pp = nullptr;
     QLineEdit* tb_Ppk = nullptr;
     QLineEdit* tb_PPM = nullptr;
+    // Beneath them: the method, observed ppm and the intervals (or their progress).
+    QLabel* lb_Capability = nullptr;
 
     TitledFrame* qarvFrame_Moments = nullptr;
     QLineEdit* tb_Mean = nullptr;
@@ -160,7 +164,17 @@ class frm_Pondera : public QMainWindow {
     // The pinned curve (1-based; empty when nothing is pinned), drawn in grey.
     std::vector<double> PinnedX, PinnedY;
     // The capability figures as last shown.
-    PlotPipeline::CapabilityView Capability;
+    ResultsSheet::CapabilityTexts Capability;
+    // The values of the data loaded from the data dialog (empty without data).
+    std::vector<double> DataValues;
+    // The study behind the capability boxes: both methods, expected and
+    // observed ppm, n, and the intervals once they are in.
+    const m_CapabilityStudy::Study& CapabilityStudy() const;
+    // Waits for intervals under way (Copy Results, a report).
+    void WaitForCapability();
+    // The curve now in the parameter fields was fitted to DataValues by this
+    // m_Fits row: its figures get intervals until a parameter is changed.
+    void SetFittedRow(int row);
 
     // ---- Procedures ------------------------------------------------------------
     void Form_Initialize();
@@ -302,7 +316,12 @@ class frm_Pondera : public QMainWindow {
     void WriteRangeBack(double low, double high);
     void ShowResults();
     void ShowPNC(const std::array<std::string, 3>& texts);
-    void ShowCapability(const PlotPipeline::CapabilityView& view);
+    void ShowCapability(const ResultsSheet::CapabilityTexts& texts);
+    // The study's figures again (they change when the intervals come in).
+    void RefreshCapability();
+    m_CapabilityStudy::Request CapabilityRequest(const PlotPipeline::PncSource& source) const;
+    // The m_Fits row the shown curve was fitted to the data by, or -1.
+    int FittedDataRow() const;
     // Drops the data's histogram and point (and, with moments, its exact moments).
     void ForgetData(bool moments);
     void PlaceDataPoint();
@@ -350,4 +369,8 @@ class frm_Pondera : public QMainWindow {
     // The distribution of the curve drawn last, for the readout; empty when
     // the last drawing had no curve.
     std::optional<PlotPipeline::PncSource> drawnSource_;
+    CapabilityPanel* capabilityPanel_ = nullptr;
+    bool capabilityFigures_ = false; // the boxes show a study (not zeros or blanks)
+    int fittedRow_ = -1;
+    std::array<std::string, 4> fittedParams_;
 };

@@ -101,14 +101,23 @@ void RunReplicate(int row, const m_Curves::Curve& fitted, double a2, std::size_t
 
 } // namespace
 
+int DefaultReplicates(std::size_t n) {
+    constexpr double kBudget = 5e6;
+    return static_cast<int>(
+        std::clamp(kBudget / static_cast<double>(std::max<std::size_t>(n, 1)), 19.0, 1000.0));
+}
+
 double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t n,
                   const Options& o, int* redraws) {
     if (o.Replicates <= 0) return kNaN;
     const int threads = std::clamp(o.Threads, 1, 64);
     std::vector<Tally> tallies(threads);
+    auto stopped = [&] { return o.Cancel && o.Cancel->load(std::memory_order_relaxed); };
     auto work = [&](int t) {
-        for (int r = t; r < o.Replicates; r += threads)
+        for (int r = t; r < o.Replicates && !stopped(); r += threads) {
             RunReplicate(row, fitted, a2, n, o, r, tallies[t]);
+            if (o.Progress) o.Progress();
+        }
     };
     std::vector<std::thread> pool;
     for (int t = 1; t < threads; ++t)
@@ -122,7 +131,7 @@ double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t
         all.GaveUp = all.GaveUp || t.GaveUp;
     }
     if (redraws) *redraws = static_cast<int>(all.Redraws);
-    if (all.GaveUp) return kNaN;
+    if (all.GaveUp || stopped()) return kNaN;
     return (1.0 + all.Exceed) / (all.Done + 1.0);
 }
 

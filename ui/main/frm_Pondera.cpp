@@ -13,6 +13,7 @@
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
+#include "ui/main/IdentifyTable.h"
 #include "ui/main/MarkerDrag.h"
 #include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
@@ -276,7 +277,7 @@ void frm_Pondera::ShowCurve(PlotPipeline::Curve curve, double low, double high) 
 }
 
 std::pair<double, double> frm_Pondera::WithOthersShown(std::pair<double, double> range) const {
-    if (DataBins && cb_DrawbyMoments->isChecked() && !DataBins->Counts.empty())
+    if (DataBins && !DataBins->Counts.empty())
         range = PlotPipeline::Covering(
             range, DataBins->Low,
             DataBins->Low + static_cast<double>(DataBins->Counts.size()) * DataBins->Width);
@@ -386,7 +387,7 @@ void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int y
                            .USLMarkerWidth = double(sh_USL->Width())};
     // The data's histogram under the curve fitted to it, and the pinned curve.
     HistogramHeights.clear();
-    if (DataBins && cb_DrawbyMoments->isChecked() && &surface == pb_PDF) {
+    if (DataBins && &surface == pb_PDF) {
         for (std::size_t i = 0; i < DataBins->Counts.size(); ++i)
             HistogramHeights.push_back(DataBins->Density(i));
         in.Bins = {DataBins->Low, DataBins->Width, HistogramHeights};
@@ -850,8 +851,13 @@ void frm_Pondera::mnuFitToData_Click() {
     support::Trap({kModule, __func__}, [&] {
         if (!dataDialog_) {
             dataDialog_ = new frm_Data(this);
-            connect(dataDialog_, &QDialog::accepted, this,
-                    [this] { RunAsAction([&] { ApplyData(); }); });
+            // The Johnson fit by moments is drawn in moments mode, as OK does.
+            connect(dataDialog_, &QDialog::accepted, this, [this] {
+                const m_Identify::RowResult* chosen = dataDialog_->ChosenFit();
+                const bool byParams =
+                    chosen && chosen->Name != m_Fits::Info(m_Fits::kJohnsonMoments).Name;
+                RunAsAction([&] { byParams ? UseDataFit() : ApplyData(); });
+            });
         }
         // The limits to draw the fit against start as the window's ticked ones.
         auto ticked = [](const QCheckBox* check, const QLineEdit* box) {
@@ -887,6 +893,34 @@ void frm_Pondera::ApplyData() {
         } else {
             SetCheckValue(cb_DrawbyMoments, true, [&] { cb_DrawbyMoments_Click(); });
         }
+    });
+}
+
+void frm_Pondera::UseDataFit() {
+    support::Trap({kModule, __func__}, [&] {
+        const DataStep::Sample& sample = dataDialog_->Result();
+        const IdentifyText::WindowParams fit =
+            IdentifyText::ParamsOf(dataDialog_->ChosenFit()->F.C, DisplayOptions::Pattern());
+        // The dialog's limits first, so no plot on the way meets an old bad one.
+        const std::array<QString, 3> limits = dataDialog_->Limits();
+        const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
+            {{cb_LSL, tb_LSL}, {cb_Target, tb_Target}, {cb_USL, tb_USL}}};
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
+            fields[i].first->setChecked(!limits[i].isEmpty());
+            fields[i].second->setEnabled(!limits[i].isEmpty());
+        }
+        SetCheckValue(cb_DrawbyMoments, false, [&] { cb_DrawbyMoments_Click(); });
+        // Choosing the family shows its rows, as a pick from the list does.
+        dd_Distribution->SelectText(Q(fit.Name));
+        dd_Distribution_Change();
+        SetTexts({tb_Param1, tb_Param2, tb_Param3, tb_Param4}, fit.Texts);
+        DataBins = DataStep::Bins(sample.Values);
+        DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
+        mnuClearData->setEnabled(true);
+        NumPoints = 300;
+        Plot();
+        PlaceDataPoint();
     });
 }
 

@@ -469,11 +469,11 @@ void frm_Data::accept() {
 void frm_Data::but_UseFit_Click() {
     bool done = false;
     support::Trap(kbut_UseFit_Click, [&] {
+        DataStep::Sample s;
+        if (!Checked(s)) return;
         const QModelIndex at = tbl_Fits->currentIndex();
         if (!at.isValid()) return;
         const int fitRow = fits_->FitRow(at.row());
-        DataStep::Sample s;
-        if (!Checked(s)) return;
         // Typed or picked since the table was filled: the fits of what is there now.
         if (!tableCurrent_) {
             settle_->stop();
@@ -519,6 +519,10 @@ void frm_Data::tbl_Fits_RowChange(int row) {
 // fits_->Fit(shown) the row's fit (find the shown row of fitRow as
 // but_UseFit_Click does).
 void frm_Data::ShowProbabilityPlot(int /*fitRow*/) {}
+
+bool frm_Data::Settled() const {
+    return tableCurrent_ && !settle_->isActive();
+}
 
 bool frm_Data::Simulating() const {
     return job_ && !job_->Finished && !job_->Cancel;

@@ -67,6 +67,8 @@ class frm_Data : public QDialog {
     const std::vector<double>& Sorted() const { return *sorted_; }
     // A simulation of p-values is running.
     bool Simulating() const;
+    // The table shows the fits of the text and column as they are now.
+    bool Settled() const;
     // The seed of the simulated p: the same answers as pondera-cli identify.
     static constexpr std::uint64_t kSeed = 1;
     // Typing waits this long before the sample is identified again.

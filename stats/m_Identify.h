@@ -14,15 +14,21 @@
 
 namespace m_Identify {
 
+struct RowResult;
+
 struct Options {
     int Replicates = 1000; // simulated samples per row; 0 skips the simulation
     std::uint64_t Seed = 1;
     int Threads = 2; // the answer is the same for any number
-    // Read between simulated samples: once true, the simulation stops and its p
-    // is NaN. A run that is not stopped gives the same p as without it.
+    // Read between rows and between simulated samples: once true, the rows not
+    // yet fitted say "stopped" and the simulation stops with a p of NaN. A run
+    // that is not stopped gives the same answer as without it.
     const std::atomic<bool>* Cancel = nullptr;
     // Called after each simulated sample, from whichever thread drew it.
     std::function<void()> Progress;
+    // Called with each row's index as soon as it is fitted and measured (before
+    // the ranking), from whichever thread fitted it.
+    std::function<void(int row, const RowResult& r)> RowDone;
 };
 
 // 1,000 simulated samples per row, but no more than 5e6 simulated values per row

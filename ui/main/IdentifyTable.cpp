@@ -54,6 +54,7 @@ void IdentifyTable::SetRows(std::vector<m_Identify::RowResult> rows, const std::
     beginResetModel();
     rows_ = std::move(rows);
     pattern_ = pattern;
+    noSimulation_.clear();
     order_.resize(rows_.size());
     for (std::size_t i = 0; i < rows_.size(); ++i)
         order_[i] = static_cast<int>(i);
@@ -89,6 +90,13 @@ void IdentifyTable::StopWaiting() {
 
 bool IdentifyTable::Complete() const {
     return std::all_of(p_.begin(), p_.end(), [](PState s) { return s == PState::Done; });
+}
+
+void IdentifyTable::SkipSimulation(const QString& why) {
+    noSimulation_ = why;
+    for (PState& s : p_)
+        s = PState::Done;
+    if (!rows_.empty()) emit dataChanged(index(0, kP), index(rowCount() - 1, kP));
 }
 
 int IdentifyTable::rowCount(const QModelIndex& parent) const {
@@ -165,6 +173,7 @@ QString IdentifyTable::Tip(int shown, int column) const {
     if (r.Status != "ok") return Q("No fit: " + r.Status + ".");
     if (column == kP && !std::isnan(r.PTable))
         return Q("Table p (D'Agostino & Stephens): " + IdentifyText::PText(r.PTable));
+    if (column == kP && std::isnan(r.P)) return noSimulation_;
     if (column == kName && !r.F.Type.empty()) return Q("Johnson " + r.F.Type);
     if (column == kParams) return Text(shown, column);
     return {};

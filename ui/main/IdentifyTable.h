@@ -31,6 +31,8 @@ class IdentifyTable : public QAbstractTableModel {
     void SetP(int fitRow, double p);
     // The simulation stopped: the rows still waiting say so.
     void StopWaiting();
+    // No simulation for these rows; `why` is the p column's tool tip.
+    void SkipSimulation(const QString& why);
 
     // The fit shown in row `shown`; the m_Fits row it is.
     const m_Identify::RowResult& Fit(int shown) const { return rows_[order_[shown]]; }
@@ -53,6 +55,7 @@ class IdentifyTable : public QAbstractTableModel {
     std::vector<int> order_; // shown row -> m_Fits row
     std::vector<PState> p_;  // by m_Fits row
     std::string pattern_;
+    QString noSimulation_;
 };
 
 namespace IdentifyText {

@@ -1,6 +1,7 @@
 #include "ui/main/frm_Data.h"
 
 #include "settings/DisplayOptions.h"
+#include "stats/m_Fits.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
 #include "support/UserFace.h"
@@ -36,6 +37,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <stdexcept>
 
 namespace {
 
@@ -530,6 +532,7 @@ bool frm_Data::Simulating() const {
 
 void frm_Data::IdentifyNow() {
     support::Trap(kIdentifyNow, [&] {
+        settle_->stop();
         DataStep::Sample s = Refresh();
         tableCurrent_ = !s.Ok(); // until the fits of this sample arrive
         if (!s.Ok()) {
@@ -541,6 +544,7 @@ void frm_Data::IdentifyNow() {
             but_UseFit->setEnabled(false);
             return;
         }
+        partial_.clear();
         StartIdentify(std::move(s.Values));
     });
 }
@@ -570,33 +574,44 @@ void frm_Data::StartIdentify(std::vector<double> values) {
     pg_Simulation->setValue(0);
     std::thread worker([this, job, generation, values = std::move(values)]() mutable {
         try {
+            // Sorted once here (the probability plot wants it so); the fits' own
+            // sort then finds it done.
+            std::sort(values.begin(), values.end());
+            auto sorted = std::make_shared<const std::vector<double>>(std::move(values));
+            const std::size_t n = sorted->size();
             m_Identify::Options o;
             o.Replicates = 0;
             o.Seed = kSeed;
-            std::vector<m_Identify::RowResult> rows = m_Identify::Identify(values, o);
-            const std::size_t n = values.size();
-            std::sort(values.begin(), values.end());
-            auto sorted = std::make_shared<const std::vector<double>>(std::move(values));
+            o.Cancel = &job->Cancel;
+            // A big sample shows each row as it is fitted: the quick ones at once.
+            if (n > kRowByRow)
+                o.RowDone = [this, generation](int i, const m_Identify::RowResult& r) {
+                    QMetaObject::invokeMethod(
+                        this, [this, generation, i, r] { ShowRow(generation, i, r); },
+                        Qt::QueuedConnection);
+                };
+            std::vector<m_Identify::RowResult> rows = m_Identify::Identify(*sorted, o);
+            if (job->Cancel) throw std::runtime_error("stopped");
             std::vector<int> order;
             for (int i = 0; i < static_cast<int>(rows.size()); ++i)
                 if (rows[i].Status == "ok") order.push_back(i);
             std::stable_sort(order.begin(), order.end(),
                              [&](int a, int b) { return rows[a].Rank < rows[b].Rank; });
-            o.Replicates = m_Identify::DefaultReplicates(n);
+            o.Replicates = n <= kMaxSimulated ? m_Identify::DefaultReplicates(n) : 0;
             job->Total = static_cast<long>(o.Replicates) * static_cast<long>(order.size());
             QMetaObject::invokeMethod(
                 this, [this, generation, rows, sorted] { ShowFits(generation, rows, sorted); },
                 Qt::QueuedConnection);
-            o.Cancel = &job->Cancel;
             o.Progress = [job] { ++job->Drawn; };
             for (int i : order) {
+                if (o.Replicates == 0) break;
                 const double p = m_Identify::SimulatedP(i, rows[i].F.C, rows[i].A2, n, o);
                 if (job->Cancel) break;
                 QMetaObject::invokeMethod(
                     this, [this, generation, i, p] { ShowP(generation, i, p); },
                     Qt::QueuedConnection);
             }
-        } catch (const std::exception&) { // out of memory: the table stays as it was
+        } catch (const std::exception&) { // stopped, or out of memory: nothing more to show
         }
         job->Finished = true;
         QMetaObject::invokeMethod(
@@ -612,7 +627,13 @@ void frm_Data::ShowFits(int generation, std::vector<m_Identify::RowResult> rows,
         support::Trap(kShowFits, [&] {
             sorted_ = std::move(sorted);
             tableCurrent_ = true;
+            partial_.clear();
+            const std::size_t n = sorted_->size();
             fits_->SetRows(std::move(rows), DisplayOptions::Pattern());
+            if (n > kMaxSimulated)
+                fits_->SkipSimulation("Not simulated for more than " +
+                                      QLocale().toString(static_cast<qlonglong>(kMaxSimulated)) +
+                                      " values; the table p is in the tool tip where it exists.");
             tbl_Fits->resizeColumnsToContents();
             tbl_Fits->horizontalHeader()->setSectionResizeMode(IdentifyTable::kParams,
                                                                QHeaderView::Stretch);
@@ -629,6 +650,24 @@ void frm_Data::ShowFits(int generation, std::vector<m_Identify::RowResult> rows,
             }
         });
     });
+}
+
+// Rows not fitted yet wait greyed in the table, in its own order.
+void frm_Data::ShowRow(int generation, int fitRow, const m_Identify::RowResult& row) {
+    if (generation != generation_ || tableCurrent_) return;
+    if (partial_.size() != m_Fits::kRowCount) {
+        partial_.assign(m_Fits::kRowCount, {});
+        for (int i = 0; i < m_Fits::kRowCount; ++i) {
+            partial_[i].Name = m_Fits::Info(i).Name;
+            partial_[i].Status = "fitting...";
+        }
+    }
+    partial_[fitRow] = row;
+    fits_->SetRows(partial_, DisplayOptions::Pattern());
+    fits_->SkipSimulation("");
+    tbl_Fits->resizeColumnsToContents();
+    tbl_Fits->horizontalHeader()->setSectionResizeMode(IdentifyTable::kParams,
+                                                       QHeaderView::Stretch);
 }
 
 void frm_Data::ShowP(int generation, int fitRow, double p) {

@@ -73,6 +73,11 @@ class frm_Data : public QDialog {
     static constexpr std::uint64_t kSeed = 1;
     // Typing waits this long before the sample is identified again.
     static constexpr int kSettleMs = 250;
+    // Bigger samples show each row as it is fitted.
+    static constexpr std::size_t kRowByRow = 100000;
+    // Bigger samples get no simulated p: a simulated sample would take seconds
+    // to fit, and at that size the test rejects any real data anyway.
+    static constexpr std::size_t kMaxSimulated = 200000;
 
     // The sample last accepted.
     const DataStep::Sample& Result() const { return result_; }
@@ -117,6 +122,7 @@ class frm_Data : public QDialog {
     // Queued from the worker: the fits, one simulated p, the end.
     void ShowFits(int generation, std::vector<m_Identify::RowResult> rows,
                   std::shared_ptr<const std::vector<double>> sorted);
+    void ShowRow(int generation, int fitRow, const m_Identify::RowResult& row);
     void ShowP(int generation, int fitRow, double p);
     void SimulationEnded(int generation);
     void ShowProgress();
@@ -137,6 +143,7 @@ class frm_Data : public QDialog {
     QTimer* settle_ = nullptr;   // typing has paused
     QTimer* progress_ = nullptr; // polls the simulation's progress
     std::optional<m_Identify::RowResult> chosen_;
+    std::vector<m_Identify::RowResult> partial_; // the rows fitted so far
     std::shared_ptr<const std::vector<double>> sorted_;
     bool tableCurrent_ = false; // the table shows the text and column as they are
     int generation_ = 0;        // of the identification whose answers are shown

@@ -920,7 +920,10 @@ void frm_Pondera::UseDataFit() {
         mnuClearData->setEnabled(true);
         NumPoints = 300;
         Plot();
-        PlaceDataPoint();
+        // The moments chart follows the fitted curve's moments, as after a pick
+        // from the list, and shows the data's point beside them.
+        cb_LockSkewness_Click();
+        cb_LockKurtosis_Click();
     });
 }
 

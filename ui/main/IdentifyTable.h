@@ -37,6 +37,8 @@ class IdentifyTable : public QAbstractTableModel {
     // The fit shown in row `shown`; the m_Fits row it is.
     const m_Identify::RowResult& Fit(int shown) const { return rows_[order_[shown]]; }
     int FitRow(int shown) const { return order_[shown]; }
+    // The fit of m_Fits row `fitRow`.
+    const m_Identify::RowResult& ByFitRow(int fitRow) const { return rows_[fitRow]; }
     bool Usable(int shown) const { return Fit(shown).Status == "ok"; }
     // Every row's p is in (or the row has none).
     bool Complete() const;

@@ -517,9 +517,9 @@ void frm_Data::tbl_Fits_RowChange(int row) {
     });
 }
 
-// The probability plot is drawn here: Sorted() holds the sample ascending, and
-// fits_->Fit(shown) the row's fit (find the shown row of fitRow as
-// but_UseFit_Click does).
+// The one place the probability plot is drawn, for the selected row or none
+// (-1): Sorted() is the identified sample ascending, fits_->ByFitRow(fitRow)
+// the row with its fit (.F) and status; a row that is not "ok" has no curve.
 void frm_Data::ShowProbabilityPlot(int /*fitRow*/) {}
 
 bool frm_Data::Settled() const {

@@ -89,6 +89,18 @@ template <class Handler> void SetCheckValue(QCheckBox* box, bool value, Handler&
     click();
 }
 
+// The data dialog's limits (LSL, Target, USL; empty: none) into the window's
+// boxes, ticked where given.
+void TakeLimits(frm_Pondera& w, const std::array<QString, 3>& limits) {
+    const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
+        {{w.cb_LSL, w.tb_LSL}, {w.cb_Target, w.tb_Target}, {w.cb_USL, w.tb_USL}}};
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
+        fields[i].first->setChecked(!limits[i].isEmpty());
+        fields[i].second->setEnabled(!limits[i].isEmpty());
+    }
+}
+
 } // namespace
 
 frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
@@ -877,14 +889,7 @@ void frm_Pondera::ApplyData() {
         mnuClearData->setEnabled(true);
         SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}, DataMoments->Shown);
         // The dialog's limits, ticked where given; the plot below draws with them.
-        const std::array<QString, 3> limits = dataDialog_->Limits();
-        const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
-            {{cb_LSL, tb_LSL}, {cb_Target, tb_Target}, {cb_USL, tb_USL}}};
-        for (std::size_t i = 0; i < 3; ++i) {
-            if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
-            fields[i].first->setChecked(!limits[i].isEmpty());
-            fields[i].second->setEnabled(!limits[i].isEmpty());
-        }
+        TakeLimits(*this, dataDialog_->Limits());
         NumPoints = 300;
         // Switching to moments mode plots; in moments mode the fit follows at once.
         if (cb_DrawbyMoments->isChecked()) {
@@ -902,14 +907,7 @@ void frm_Pondera::UseDataFit() {
         const IdentifyText::WindowParams fit =
             IdentifyText::ParamsOf(dataDialog_->ChosenFit()->F.C, DisplayOptions::Pattern());
         // The dialog's limits first, so no plot on the way meets an old bad one.
-        const std::array<QString, 3> limits = dataDialog_->Limits();
-        const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
-            {{cb_LSL, tb_LSL}, {cb_Target, tb_Target}, {cb_USL, tb_USL}}};
-        for (std::size_t i = 0; i < 3; ++i) {
-            if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
-            fields[i].first->setChecked(!limits[i].isEmpty());
-            fields[i].second->setEnabled(!limits[i].isEmpty());
-        }
+        TakeLimits(*this, dataDialog_->Limits());
         SetCheckValue(cb_DrawbyMoments, false, [&] { cb_DrawbyMoments_Click(); });
         // Choosing the family shows its rows, as a pick from the list does.
         dd_Distribution->SelectText(Q(fit.Name));

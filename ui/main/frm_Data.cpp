@@ -476,8 +476,9 @@ void frm_Data::but_UseFit_Click() {
         const QModelIndex at = tbl_Fits->currentIndex();
         if (!at.isValid()) return;
         const int fitRow = fits_->FitRow(at.row());
-        // Typed or picked since the table was filled: the fits of what is there now.
-        if (!tableCurrent_) {
+        // Typed since the table was filled: the fits of what is there now. (A big
+        // sample's rows shown so far are its own, final.)
+        if (!tableCurrent_ && (settle_->isActive() || partial_.empty())) {
             settle_->stop();
             StopJob();
             QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -545,6 +546,8 @@ void frm_Data::IdentifyNow() {
             return;
         }
         partial_.clear();
+        // A big sample's rows come one by one: the old ones must not stand meanwhile.
+        if (s.Values.size() > kRowByRow) fits_->Clear();
         StartIdentify(std::move(s.Values));
     });
 }
@@ -657,9 +660,12 @@ void frm_Data::ShowRow(int generation, int fitRow, const m_Identify::RowResult& 
     if (generation != generation_ || tableCurrent_) return;
     if (partial_.size() != m_Fits::kRowCount) {
         partial_.assign(m_Fits::kRowCount, {});
+        constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
         for (int i = 0; i < m_Fits::kRowCount; ++i) {
-            partial_[i].Name = m_Fits::Info(i).Name;
-            partial_[i].Status = "fitting...";
+            m_Identify::RowResult& r = partial_[i];
+            r.Name = m_Fits::Info(i).Name;
+            r.Status = "fitting...";
+            r.LogLik = r.A2 = r.AICc = r.Weight = r.P = r.PTable = r.LrtP = kNone;
         }
     }
     partial_[fitRow] = row;

@@ -147,13 +147,6 @@ std::string RowJson(int index, const m_Identify::RowResult& r, const std::vector
     return row.Str();
 }
 
-// 1,000 simulated samples per row, but no more than 5e6 simulated values per row
-// (at least 19 samples): a million values would otherwise take an hour.
-int DefaultReplicates(std::size_t n) {
-    constexpr double kBudget = 5e6;
-    return static_cast<int>(std::clamp(kBudget / static_cast<double>(n), 19.0, 1000.0));
-}
-
 int RunIdentify(const IdentifyRequest& q) {
     const SampleRead sample = ReadSample(q.Path, q.Column);
     if (!sample.Problem.empty()) return Fail("identify", sample.Problem);
@@ -167,7 +160,7 @@ int RunIdentify(const IdentifyRequest& q) {
                                     " values are equal; a curve needs values that vary.");
 
     m_Identify::Options options;
-    options.Replicates = q.Replicates.value_or(DefaultReplicates(n));
+    options.Replicates = q.Replicates.value_or(m_Identify::DefaultReplicates(n));
     options.Seed = static_cast<std::uint64_t>(q.Seed.value_or(1));
     JsonObject out;
     out.Add("n", static_cast<double>(n)).Add("replicates", options.Replicates);

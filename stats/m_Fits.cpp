@@ -475,7 +475,7 @@ const RowInfo& Info(int row) {
 Sample Prepare(std::vector<double> values) {
     Sample s;
     s.X = std::move(values);
-    std::sort(s.X.begin(), s.X.end());
+    if (!std::is_sorted(s.X.begin(), s.X.end())) std::sort(s.X.begin(), s.X.end());
     if (s.X.size() < 2) return s;
     MeanSd(
         s.X, [](double v) { return v; }, s.Mean, s.Sd);

@@ -15,6 +15,7 @@
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
 #include "ui/main/CapabilityPanel.h"
+#include "ui/main/IdentifyTable.h"
 #include "ui/main/MarkerDrag.h"
 #include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
@@ -89,6 +90,18 @@ template <class Handler> void SetCheckValue(QCheckBox* box, bool value, Handler&
     if (box->isChecked() == value) return;
     box->setChecked(value);
     click();
+}
+
+// The data dialog's limits (LSL, Target, USL; empty: none) into the window's
+// boxes, ticked where given.
+void TakeLimits(frm_Pondera& w, const std::array<QString, 3>& limits) {
+    const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
+        {{w.cb_LSL, w.tb_LSL}, {w.cb_Target, w.tb_Target}, {w.cb_USL, w.tb_USL}}};
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
+        fields[i].first->setChecked(!limits[i].isEmpty());
+        fields[i].second->setEnabled(!limits[i].isEmpty());
+    }
 }
 
 } // namespace
@@ -292,7 +305,7 @@ void frm_Pondera::ShowCurve(PlotPipeline::Curve curve, double low, double high) 
 }
 
 std::pair<double, double> frm_Pondera::WithOthersShown(std::pair<double, double> range) const {
-    if (DataBins && cb_DrawbyMoments->isChecked() && !DataBins->Counts.empty())
+    if (DataBins && !DataBins->Counts.empty())
         range = PlotPipeline::Covering(
             range, DataBins->Low,
             DataBins->Low + static_cast<double>(DataBins->Counts.size()) * DataBins->Width);
@@ -453,7 +466,7 @@ void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int y
                            .USLMarkerWidth = double(sh_USL->Width())};
     // The data's histogram under the curve fitted to it, and the pinned curve.
     HistogramHeights.clear();
-    if (DataBins && cb_DrawbyMoments->isChecked() && &surface == pb_PDF) {
+    if (DataBins && &surface == pb_PDF) {
         for (std::size_t i = 0; i < DataBins->Counts.size(); ++i)
             HistogramHeights.push_back(DataBins->Density(i));
         in.Bins = {DataBins->Low, DataBins->Width, HistogramHeights};
@@ -918,8 +931,13 @@ void frm_Pondera::mnuFitToData_Click() {
     support::Trap({kModule, __func__}, [&] {
         if (!dataDialog_) {
             dataDialog_ = new frm_Data(this);
-            connect(dataDialog_, &QDialog::accepted, this,
-                    [this] { RunAsAction([&] { ApplyData(); }); });
+            // The Johnson fit by moments is drawn in moments mode, as OK does.
+            connect(dataDialog_, &QDialog::accepted, this, [this] {
+                const m_Identify::RowResult* chosen = dataDialog_->ChosenFit();
+                const bool byParams =
+                    chosen && chosen->Name != m_Fits::Info(m_Fits::kJohnsonMoments).Name;
+                RunAsAction([&] { byParams ? UseDataFit() : ApplyData(); });
+            });
         }
         // The limits to draw the fit against start as the window's ticked ones.
         auto ticked = [](const QCheckBox* check, const QLineEdit* box) {
@@ -940,14 +958,7 @@ void frm_Pondera::ApplyData() {
         mnuClearData->setEnabled(true);
         SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}, DataMoments->Shown);
         // The dialog's limits, ticked where given; the plot below draws with them.
-        const std::array<QString, 3> limits = dataDialog_->Limits();
-        const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
-            {{cb_LSL, tb_LSL}, {cb_Target, tb_Target}, {cb_USL, tb_USL}}};
-        for (std::size_t i = 0; i < 3; ++i) {
-            if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
-            fields[i].first->setChecked(!limits[i].isEmpty());
-            fields[i].second->setEnabled(!limits[i].isEmpty());
-        }
+        TakeLimits(*this, dataDialog_->Limits());
         NumPoints = 300;
         // Switching to moments mode plots; in moments mode the fit follows at once.
         if (cb_DrawbyMoments->isChecked()) {
@@ -956,6 +967,34 @@ void frm_Pondera::ApplyData() {
         } else {
             SetCheckValue(cb_DrawbyMoments, true, [&] { cb_DrawbyMoments_Click(); });
         }
+    });
+}
+
+void frm_Pondera::UseDataFit() {
+    support::Trap({kModule, __func__}, [&] {
+        const DataStep::Sample& sample = dataDialog_->Result();
+        const IdentifyText::WindowParams fit =
+            IdentifyText::ParamsOf(dataDialog_->ChosenFit()->F.C, DisplayOptions::Pattern());
+        // The dialog's limits first, so no plot on the way meets an old bad one.
+        TakeLimits(*this, dataDialog_->Limits());
+        SetCheckValue(cb_DrawbyMoments, false, [&] { cb_DrawbyMoments_Click(); });
+        // Choosing the family shows its rows, as a pick from the list does.
+        dd_Distribution->SelectText(Q(fit.Name));
+        dd_Distribution_Change();
+        SetTexts({tb_Param1, tb_Param2, tb_Param3, tb_Param4}, fit.Texts);
+        DataBins = DataStep::Bins(sample.Values);
+        DataValues = sample.Values;
+        DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
+        // The row's intervals hold while its parameters stay as typed here.
+        for (int row = 0; row < m_Fits::kRowCount; ++row)
+            if (dataDialog_->ChosenFit()->Name == m_Fits::Info(row).Name) SetFittedRow(row);
+        mnuClearData->setEnabled(true);
+        NumPoints = 300;
+        Plot();
+        // The moments chart follows the fitted curve's moments, as after a pick
+        // from the list, and shows the data's point beside them.
+        cb_LockSkewness_Click();
+        cb_LockKurtosis_Click();
     });
 }
 

@@ -154,9 +154,9 @@ class frm_Pondera : public QMainWindow {
     // The sampled curve of the last good plot (1-based, element 0 unused).
     std::vector<double> PlotX, PlotY;
     double RangeLow = 0, RangeHigh = 0;
-    // Data fitted from the data dialog: its histogram and point, drawn while in
-    // moments mode until cleared; and its moments, fitted exactly while their
-    // texts stay in the moment fields.
+    // Data fitted from the data dialog: its histogram and point, drawn until
+    // cleared or moments mode is left; and its moments, fitted exactly while
+    // their texts stay in the moment fields.
     std::optional<DataStep::Histogram> DataBins;
     std::optional<DataStep::Moments> DataMoments;
     // The heights of the histogram's bars in the last drawing (empty without data).
@@ -242,6 +242,9 @@ class frm_Pondera : public QMainWindow {
     void mnuClearData_Click();
     // The accepted dialog's data: moments into the fields, moments mode, a fit.
     void ApplyData();
+    // "Use this fit": the dialog's chosen row drawn by its parameters, with the
+    // data's histogram and point and the dialog's limits.
+    void UseDataFit();
     void pb_PDF_KeyDown() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
     void pb_Slider_GotFocus() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
     void pb_PDF_MouseDown(int button, int, double x, double) {

@@ -6,6 +6,7 @@
 #include "support/Format.h"
 #include "support/UserFace.h"
 #include "ui/main/PlotPipeline.h"
+#include "ui/main/ProbabilityChart.h"
 #include "ui/main/QtFace.h"
 
 #include <QApplication>
@@ -152,7 +153,7 @@ frm_Data::frm_Data(QWidget* parent) : QDialog(parent) {
     but_Open->setAutoDefault(false);
     middle->addWidget(but_Open, 0, Qt::AlignLeft);
 
-    pic_ProbabilityPlot = new QWidget;
+    pic_ProbabilityPlot = new ProbabilityChart;
     pic_ProbabilityPlot->setObjectName("pic_ProbabilityPlot");
     pic_ProbabilityPlot->setFixedSize(420, 320);
     top->addWidget(pic_ProbabilityPlot, 0, Qt::AlignTop);
@@ -519,9 +520,14 @@ void frm_Data::tbl_Fits_RowChange(int row) {
 }
 
 // The one place the probability plot is drawn, for the selected row or none
-// (-1): Sorted() is the identified sample ascending, fits_->ByFitRow(fitRow)
-// the row with its fit (.F) and status; a row that is not "ok" has no curve.
-void frm_Data::ShowProbabilityPlot(int /*fitRow*/) {}
+// (-1); a row without a curve shows its reason instead.
+void frm_Data::ShowProbabilityPlot(int fitRow) {
+    if (fitRow < 0 || !sorted_) return pic_ProbabilityPlot->Clear();
+    const m_Identify::RowResult& r = fits_->ByFitRow(fitRow);
+    if (!r.F.Status.empty() || r.Status != "ok")
+        return pic_ProbabilityPlot->Clear(QString::fromStdString(r.Name + ": " + r.Status));
+    pic_ProbabilityPlot->Show(*sorted_, fitRow, r.F);
+}
 
 bool frm_Data::Settled() const {
     return tableCurrent_ && !settle_->isActive();

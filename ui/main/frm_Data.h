@@ -25,6 +25,7 @@
 #include <thread>
 #include <vector>
 
+class ProbabilityChart;
 class QComboBox;
 class QDialogButtonBox;
 class QLabel;
@@ -58,7 +59,7 @@ class frm_Data : public QDialog {
     QPushButton* but_StopSimulation = nullptr;
     QPushButton* but_UseFit = nullptr;
     // Where the probability plot of the selected row goes.
-    QWidget* pic_ProbabilityPlot = nullptr;
+    ProbabilityChart* pic_ProbabilityPlot = nullptr;
 
     IdentifyTable* Fits() const { return fits_; }
     // The row "Use this fit" accepted with; nullptr after OK.

@@ -10,6 +10,9 @@ namespace CLI {
 class App;
 }
 class JohnsonDist;
+namespace m_Capability {
+struct Ppm;
+}
 namespace cli {
 class JsonObject;
 }
@@ -34,6 +37,12 @@ void AddFitFields(JsonObject& out, const JohnsonDist& fit);
 // The "capability" object of pnc and data for a distribution code and Param1..Param4.
 std::string CapabilityJson(int code, const double (&p)[4], std::optional<double> lsl,
                            std::optional<double> usl);
+// The "capability_z" object beside it: the same figures by the Z-score method.
+std::string CapabilityZJson(int code, const double (&p)[4], std::optional<double> lsl,
+                            std::optional<double> usl);
+// The "ppm" object of data and identify: expected (the curve's) and observed
+// (the values') parts per million below, above and in all.
+std::string PpmJson(const m_Capability::Ppm& expected, const m_Capability::Ppm& observed);
 // True, with a message recorded for the answer, when both limits are given and
 // the LSL is not below the USL: then there are no figures.
 bool LimitsCrossed(std::optional<double> lsl, std::optional<double> usl);

@@ -47,6 +47,7 @@ std::string Capability(const std::optional<m_Capability::Percentiles>& x, std::o
         .Add("x0135", x ? x->X0135 : kUndefined)
         .Add("x50", x ? x->X50 : kUndefined)
         .Add("x99865", x ? x->X99865 : kUndefined)
+        .AddString("method", m_Capability::MethodKey(m_Capability::Method::Percentile))
         .Str();
 }
 
@@ -55,6 +56,29 @@ std::string Capability(const std::optional<m_Capability::Percentiles>& x, std::o
 std::string CapabilityJson(int code, const double (&p)[4], std::optional<double> lsl,
                            std::optional<double> usl) {
     return Capability(m_Capability::PercentilePoints(code, p[0], p[1], p[2], p[3]), lsl, usl);
+}
+
+std::string CapabilityZJson(int code, const double (&p)[4], std::optional<double> lsl,
+                            std::optional<double> usl) {
+    const m_Capability::Figures f = m_Capability::ZScoreFigures(code, p, lsl, usl);
+    return JsonObject()
+        .Add("pp", Or(f.Pp))
+        .Add("ppl", Or(f.Ppl))
+        .Add("ppu", Or(f.Ppu))
+        .Add("ppk", Or(f.Ppk))
+        .AddString("method", m_Capability::MethodKey(m_Capability::Method::ZScore))
+        .Str();
+}
+
+std::string PpmJson(const m_Capability::Ppm& expected, const m_Capability::Ppm& observed) {
+    return JsonObject()
+        .Add("expected_below", expected.Below)
+        .Add("expected_above", expected.Above)
+        .Add("expected_total", expected.Total)
+        .Add("observed_below", observed.Below)
+        .Add("observed_above", observed.Above)
+        .Add("observed_total", observed.Total)
+        .Str();
 }
 
 bool LimitsCrossed(std::optional<double> lsl, std::optional<double> usl) {
@@ -115,6 +139,11 @@ int RunData(const DataRequest& r) {
         out.AddRaw("capability", !code     ? Capability(std::nullopt, lsl, usl)
                                  : crossed ? CapabilityJson(*code, p, {}, {})
                                            : CapabilityJson(*code, p, lsl, usl));
+        out.AddRaw("capability_z", !code || crossed ? CapabilityZJson(0, {}, {}, {})
+                                                    : CapabilityZJson(*code, p, lsl, usl));
+        if (code && !crossed)
+            out.AddRaw("ppm", PpmJson({f.Lower * 1e6, f.Upper * 1e6, f.Total * 1e6},
+                                      m_Capability::Observed(data.Values, lsl, usl)));
     }
     out.AddRecorded();
     PrintLine(out);

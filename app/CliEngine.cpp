@@ -79,11 +79,13 @@ JsonObject Pnc(const Request& r) {
             const double none = std::nan("");
             out.Add("lower", none).Add("upper", none).Add("total", none);
             out.AddRaw("capability", CapabilityJson(family->Code, r.P, {}, {}));
+            out.AddRaw("capability_z", CapabilityZJson(family->Code, r.P, {}, {}));
         } else if (pass && !broken) {
             const m_PercentCertainty::Figures f =
                 m_PercentCertainty::Pnc(*family, r.P, r.LSL, r.USL);
             out.Add("lower", f.Lower).Add("upper", f.Upper).Add("total", f.Total);
             out.AddRaw("capability", CapabilityJson(family->Code, r.P, r.LSL, r.USL));
+            out.AddRaw("capability_z", CapabilityZJson(family->Code, r.P, r.LSL, r.USL));
         }
     }
     if (!support::Recorder().Status.empty()) out.AddString("status", support::Recorder().Status);

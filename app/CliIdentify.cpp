@@ -4,7 +4,9 @@
 #include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
+#include "engine/Families.h"
 #include "engine/m_PercentCertainty.h"
+#include "stats/m_CapabilityStudy.h"
 #include "stats/m_Identify.h"
 #include "stats/m_SampleData.h"
 #include "support/ErrorReporter.h"
@@ -12,6 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,6 +29,7 @@ struct IdentifyRequest {
     std::optional<std::string> Column;
     std::optional<int> Replicates, Seed;
     std::optional<double> LSL, USL;
+    double Level = 0.95;
 };
 
 struct SampleRead {
@@ -63,18 +67,55 @@ std::vector<double> Slots(const m_Curves::Curve& c) {
     }
 }
 
-// lower, upper, total and capability as pnc computes them for the row's curve.
-void AddLimits(JsonObject& out, const m_Curves::Curve& c, std::optional<double> lsl,
-               std::optional<double> usl) {
-    const int code = m_Curves::Code(c.K);
-    const double p[4] = {c.P[0], c.P[1], c.P[2], c.P[3]};
-    const m_PercentCertainty::Figures f =
-        m_PercentCertainty::Pnc(Families::ByCode(code), p, lsl, usl);
-    out.Add("lower", f.Lower).Add("upper", f.Upper).Add("total", f.Total);
-    out.AddRaw("capability", CapabilityJson(code, p, lsl, usl));
+// A capability object with the interval of each figure (null where it has none).
+std::string WithIntervals(std::string object, const m_CapabilityStudy::Intervals& ci) {
+    auto low = [](const std::optional<m_Capability::Interval>& i) {
+        return i ? i->Low : std::nan("");
+    };
+    auto high = [](const std::optional<m_Capability::Interval>& i) {
+        return i ? i->High : std::nan("");
+    };
+    JsonObject more;
+    more.Add("pp_low", low(ci.Pp))
+        .Add("pp_high", high(ci.Pp))
+        .Add("ppk_low", low(ci.Ppk))
+        .Add("ppk_high", high(ci.Ppk))
+        .Add("ppm_low", low(ci.Ppm))
+        .Add("ppm_high", high(ci.Ppm));
+    object.pop_back(); // the closing brace
+    return object + "," + more.Str().substr(1);
 }
 
-std::string RowJson(const m_Identify::RowResult& r, const IdentifyRequest& q) {
+// lower, upper, total and capability as pnc computes them for the row's curve,
+// both methods with their intervals at the requested level, and expected and
+// observed ppm.
+void AddLimits(JsonObject& out, int row, const m_Curves::Curve& c,
+               const std::vector<double>& values, const IdentifyRequest& q,
+               const m_Identify::Options& o) {
+    namespace pc = m_PercentCertainty;
+    const std::optional<double> lsl = q.LSL, usl = q.USL;
+    const int code = m_Curves::Code(c.K);
+    const double p[4] = {c.P[0], c.P[1], c.P[2], c.P[3]};
+    const pc::Figures f = pc::Pnc(Families::ByCode(code), p, lsl, usl);
+    const double lower = f.Lower, upper = f.Upper;
+    out.Add("lower", f.Lower).Add("upper", f.Upper).Add("total", f.Total);
+
+    m_CapabilityStudy::Request r;
+    r.Code = code;
+    std::copy(std::begin(p), std::end(p), r.P);
+    r.LSL = lsl, r.USL = usl, r.Below = lower, r.Above = upper;
+    r.Values = &values, r.Row = row, r.Level = q.Level;
+    m_CapabilityStudy::Study s = m_CapabilityStudy::Compute(r);
+    m_Bootstrap::Options b;
+    b.Replicates = o.Replicates, b.Seed = o.Seed, b.Threads = o.Threads;
+    m_CapabilityStudy::AddIntervals(s, r, b);
+    out.AddRaw("capability", WithIntervals(CapabilityJson(code, p, lsl, usl), s.PercentileCI));
+    out.AddRaw("capability_z", WithIntervals(CapabilityZJson(code, p, lsl, usl), s.ZScoreCI));
+    out.AddRaw("ppm", PpmJson(s.Expected, *s.Observed));
+}
+
+std::string RowJson(int index, const m_Identify::RowResult& r, const std::vector<double>& values,
+                    const IdentifyRequest& q, const m_Identify::Options& o) {
     JsonObject row;
     row.AddString("row", r.Name);
     const bool curve = r.F.Status.empty();
@@ -102,15 +143,8 @@ std::string RowJson(const m_Identify::RowResult& r, const IdentifyRequest& q) {
     else
         row.AddRaw("rank", "null");
     row.AddString("status", r.Status);
-    if ((q.LSL || q.USL) && r.Status == "ok") AddLimits(row, r.F.C, q.LSL, q.USL);
+    if ((q.LSL || q.USL) && r.Status == "ok") AddLimits(row, index, r.F.C, values, q, o);
     return row.Str();
-}
-
-// 1,000 simulated samples per row, but no more than 5e6 simulated values per row
-// (at least 19 samples): a million values would otherwise take an hour.
-int DefaultReplicates(std::size_t n) {
-    constexpr double kBudget = 5e6;
-    return static_cast<int>(std::clamp(kBudget / static_cast<double>(n), 19.0, 1000.0));
 }
 
 int RunIdentify(const IdentifyRequest& q) {
@@ -126,10 +160,11 @@ int RunIdentify(const IdentifyRequest& q) {
                                     " values are equal; a curve needs values that vary.");
 
     m_Identify::Options options;
-    options.Replicates = q.Replicates.value_or(DefaultReplicates(n));
+    options.Replicates = q.Replicates.value_or(m_Identify::DefaultReplicates(n));
     options.Seed = static_cast<std::uint64_t>(q.Seed.value_or(1));
     JsonObject out;
     out.Add("n", static_cast<double>(n)).Add("replicates", options.Replicates);
+    if (q.LSL || q.USL) out.Add("level", q.Level);
     if (sample.Column)
         out.AddString("column", *sample.Column);
     else
@@ -141,7 +176,8 @@ int RunIdentify(const IdentifyRequest& q) {
         const std::vector<m_Identify::RowResult> rows =
             m_Identify::Identify(sample.Values, options);
         for (std::size_t i = 0; i < rows.size(); ++i)
-            fits += (i ? "," : "") + RowJson(rows[i], q);
+            fits +=
+                (i ? "," : "") + RowJson(static_cast<int>(i), rows[i], sample.Values, q, options);
     }
     out.AddRaw("fits", fits + "]");
     out.AddRecorded();
@@ -165,6 +201,11 @@ void AddIdentify(CLI::App& program, int& status) {
     AddWhole(command, "--seed", 0, 2147483647, q->Seed, "seed of the simulation (default 1)");
     AddNumber(command, "--lsl", q->LSL, "the lower spec limit (absent: unticked)");
     AddNumber(command, "--usl", q->USL, "the upper spec limit (absent: unticked)");
+    command
+        ->add_option("--level", q->Level,
+                     "confidence level of the capability intervals (default 0.95); the "
+                     "bootstrap draws as many samples per row as --replicates")
+        ->check(CLI::Range(0.5, 0.9999));
     command->callback([q, &status] { status = RunIdentify(*q); });
 }
 

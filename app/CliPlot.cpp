@@ -1,23 +1,30 @@
 // pondera-cli plot: the main window, headless, driven as a person would drive
-// it: pick the distribution, type the fields, tick the limits, press Plot; then
-// everything the window shows is printed as one JSON object.
+// it: pick the distribution, type the fields, tick the limits, press Plot; or,
+// with --data, open the file in the data dialog, pick the column and the row
+// of the identification table and press "Use this fit". Then everything the
+// window shows is printed as one JSON object.
 #include "app/CliArgs.h"
 #include "app/CliCommands.h"
 #include "app/CliJson.h"
 #include "engine/Families.h"
 #include "settings/DisplayOptions.h"
+#include "stats/m_Fits.h"
 #include "support/UserFace.h"
 #include "ui/draw/DistributionCombo.h"
 #include "ui/draw/PictureBox.h"
 #include "ui/main/ChartExport.h"
 #include "ui/main/QtFace.h"
+#include "ui/main/frm_Data.h"
 #include "ui/main/frm_Pondera.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTableView>
 
 #include <cmath>
 #include <cstdio>
@@ -84,6 +91,7 @@ struct PlotArgs {
     int Width = 0, Height = 0;
     std::optional<double> Scale;
     std::optional<std::string> Png;
+    std::optional<std::string> Data, Column, Row;
     std::optional<std::string> Report; // report: the PDF to write
 };
 
@@ -156,6 +164,83 @@ void AddOptions(CLI::App* c, PlotArgs& p) {
          "that scale")
         ->type_name("F");
     AddText(c, "--png", p.Png, "save the chart as a PNG file")->type_name("FILE");
+    CLI::Option* data =
+        AddText(c, "--data", p.Data,
+                "open FILE in the data dialog and press \"Use this fit\" on --row; the limits "
+                "go into the dialog")
+            ->type_name("FILE");
+    AddText(c, "--column", p.Column, "the data's column, by number from 1 or by its name")
+        ->needs(data);
+    c->add_option_function<std::string>(
+         "--row",
+         [&p](const std::string& name) {
+             for (int i = 0; i < m_Fits::kRowCount; ++i)
+                 if (name == m_Fits::Info(i).Name) return void(p.Row = name);
+             BadValue("--row", "takes a row of the identification table (\"Weibull 3P\", "
+                               "\"Johnson (percentiles)\", ...), not \"" +
+                                   name + "\"");
+         },
+         "the row of the identification table whose fit is used (default: the first)")
+        ->type_name("NAME")
+        ->needs(data);
+    data->excludes("--moments")->excludes("--dist");
+}
+
+void ApplyDisplayOptions(const PlotArgs& p) {
+    if (p.Decimals) DisplayOptions::AppDecPlaces = static_cast<int16_t>(*p.Decimals);
+    if (p.Display) DisplayOptions::AppDisplay = *p.Display == "scientific";
+    if (p.Range) {
+        const bool endpoints = *p.Range == "endpoints";
+        DisplayOptions::AppXRange = endpoints ? 1 : 0;
+        DisplayOptions::AppRangeMode = endpoints;
+    }
+    if (p.NumStDev) DisplayOptions::AppNumStDev = *p.NumStDev;
+    if (p.XMin) DisplayOptions::AppXMin = *p.XMin;
+    if (p.XMax) DisplayOptions::AppXMax = *p.XMax;
+    if (p.XTicks) DisplayOptions::AppXTicks = static_cast<int16_t>(*p.XTicks);
+    if (p.YTicks) DisplayOptions::AppYTicks = static_cast<int16_t>(*p.YTicks);
+}
+
+// The data dialog as a person uses it: the file opened, the column picked, the
+// limits typed, the row selected once the fits are shown, "Use this fit".
+bool UseFitFromData(frm_Pondera& w, const PlotArgs& p) {
+    ApplyDisplayOptions(p);
+    const std::size_t messagesBefore = support::Recorder().Messages.size();
+    RunAsAction([&] { w.mnuFitToData_Click(); });
+    frm_Data& d = *w.DataDialog();
+    auto settle = [&d] {
+        QElapsedTimer clock;
+        clock.start();
+        do
+            QApplication::processEvents(QEventLoop::AllEvents, 50);
+        while (!d.Settled() && clock.elapsed() < 600000);
+    };
+    d.SetLimits({QString::fromStdString(p.LSL.value_or("")),
+                 QString::fromStdString(p.Target.value_or("")),
+                 QString::fromStdString(p.USL.value_or(""))});
+    RunAsAction([&] { d.OpenFile(QString::fromStdString(*p.Data)); });
+    settle();
+    if (p.Column) {
+        const QString c = QString::fromStdString(*p.Column);
+        int at = d.dd_Column->findText(c);
+        if (at < 0) at = d.dd_Column->findData(c.toUtf8());
+        if (at < 0 && c.toInt() >= 1) at = c.toInt() - 1;
+        if (at >= 0 && at < d.dd_Column->count()) {
+            d.dd_Column->setCurrentIndex(at);
+            RunAsAction([&] { d.dd_Column_Click(); });
+            settle();
+        }
+    }
+    RunAsAction([&] { d.but_StopSimulation_Click(); });
+    for (int shown = 0; shown < d.Fits()->rowCount(); ++shown)
+        if (!p.Row || d.Fits()->Fit(shown).Name == *p.Row) {
+            d.tbl_Fits->selectRow(shown);
+            break;
+        }
+    RunAsAction([&] { d.but_UseFit_Click(); });
+    QApplication::processEvents();
+    if (d.isVisible()) d.reject(); // refused, with its message recorded
+    return support::Recorder().Messages.size() > messagesBefore;
 }
 
 std::string Field(const QWidget* w, const QString& text) {
@@ -165,34 +250,8 @@ std::string Field(const QWidget* w, const QString& text) {
     return o.Str();
 }
 
-int RunPlot(const PlotArgs& p) {
-    TempStore store;
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    // Qt's own chatter (platform notes) is not part of the answer.
-    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
-        if (type == QtCriticalMsg || type == QtFatalMsg)
-            std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
-    });
-    static int argc = 1;
-    static char name[] = "pondera-cli";
-    static char* argv[] = {name, nullptr};
-    QApplication app(argc, argv);
-
-    PlotFace face;
-    support::SetFace(&face);
-    support::Recorder().Clear();
-
-    std::unique_ptr<frm_Pondera> window;
-    RunAsAction([&] { window = std::make_unique<frm_Pondera>(); });
-    frm_Pondera& w = *window;
-    face.Window = &w;
-    if (p.Width > 0) w.pb_PDF->setFixedSize(p.Width, p.Height);
-    if (p.Scale)
-        for (PictureBox* surface : w.findChildren<PictureBox*>())
-            surface->SetPixelRatio(*p.Scale);
-    w.show();
-    QApplication::processEvents();
-
+// The fields typed, the limits ticked, Plot pressed; true when a check refused.
+bool TypeAndPlot(frm_Pondera& w, const PlotArgs& p) {
     // Choosing the distribution runs the list's change event (labels, defaults).
     // The list holds every catalogue name, so the name checked above is in it.
     w.dd_Distribution->SelectText(QString::fromStdString(p.Dist));
@@ -228,24 +287,44 @@ int RunPlot(const PlotArgs& p) {
     // Display options, as the options dialog would set them, just before Plot is
     // pressed: the plot that choosing the distribution runs keeps the defaults, so an
     // option's warning (a range with no width) comes once, from the press.
-    if (p.Decimals) DisplayOptions::AppDecPlaces = static_cast<int16_t>(*p.Decimals);
-    if (p.Display) DisplayOptions::AppDisplay = *p.Display == "scientific";
-    if (p.Range) {
-        const bool endpoints = *p.Range == "endpoints";
-        DisplayOptions::AppXRange = endpoints ? 1 : 0;
-        DisplayOptions::AppRangeMode = endpoints;
-    }
-    if (p.NumStDev) DisplayOptions::AppNumStDev = *p.NumStDev;
-    if (p.XMin) DisplayOptions::AppXMin = *p.XMin;
-    if (p.XMax) DisplayOptions::AppXMax = *p.XMax;
-    if (p.XTicks) DisplayOptions::AppXTicks = static_cast<int16_t>(*p.XTicks);
-    if (p.YTicks) DisplayOptions::AppYTicks = static_cast<int16_t>(*p.YTicks);
+    ApplyDisplayOptions(p);
 
     // Press Plot.
     const std::size_t messagesBefore = support::Recorder().Messages.size();
     RunAsAction([&] { w.but_Plot_Click(); });
     QApplication::processEvents();
-    const bool failedCheck = support::Recorder().Messages.size() > messagesBefore;
+    return support::Recorder().Messages.size() > messagesBefore;
+}
+
+int RunPlot(const PlotArgs& p) {
+    TempStore store;
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // Qt's own chatter (platform notes) is not part of the answer.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtCriticalMsg || type == QtFatalMsg)
+            std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    });
+    static int argc = 1;
+    static char name[] = "pondera-cli";
+    static char* argv[] = {name, nullptr};
+    QApplication app(argc, argv);
+
+    PlotFace face;
+    support::SetFace(&face);
+    support::Recorder().Clear();
+
+    std::unique_ptr<frm_Pondera> window;
+    RunAsAction([&] { window = std::make_unique<frm_Pondera>(); });
+    frm_Pondera& w = *window;
+    face.Window = &w;
+    if (p.Width > 0) w.pb_PDF->setFixedSize(p.Width, p.Height);
+    if (p.Scale)
+        for (PictureBox* surface : w.findChildren<PictureBox*>())
+            surface->SetPixelRatio(*p.Scale);
+    w.show();
+    QApplication::processEvents();
+
+    const bool failedCheck = p.Data ? UseFitFromData(w, p) : TypeAndPlot(w, p);
 
     if (p.Png && !w.pb_PDF->Image().save(QString::fromStdString(*p.Png), "PNG"))
         support::Recorder().Messages.push_back(

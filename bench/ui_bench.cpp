@@ -3,24 +3,31 @@
 // marker drag step on a display at scale 2 (1600 x 1000 device pixels), the
 // readout of one pointer move over the chart, one step of a
 // drag on the skewness-kurtosis chart (fit, 50 points, redraw, PNC), and the
-// start-up to the first drawn chart, and writing the one-page report. Runs off screen with its own
-// settings store and error log, never the user's. Built only where Qt is (the GUI build).
+// start-up to the first drawn chart, ten million values opened in the data
+// dialog, and writing the one-page report. Runs off screen with its own settings
+// store and error log, never the user's.
+// Built only where Qt is (the GUI build).
 #if __has_include(<QApplication>)
 #include "settings/DisplayOptions.h"
 #include "support/UserFace.h"
 #include "ui/draw/MarkerShape.h"
 #include "ui/draw/PictureBox.h"
 #include "ui/main/ChartExport.h"
+#include "ui/main/frm_Data.h"
 #include "ui/main/frm_Pondera.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QElapsedTimer>
 #include <QLineEdit>
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <unistd.h>
@@ -141,6 +148,50 @@ void BM_StartUpToFirstChart(benchmark::State& state) {
     }
 }
 
+// Ten million values opened in the data dialog: the time to the first rows of
+// the identification table, to the whole table (no simulation at that size),
+// and the peak resident memory of the process.
+void BM_DataDialogOpens10M(benchmark::State& state) {
+    const std::string path = (std::filesystem::temp_directory_path() /
+                              ("pondera-bench-dialog-" + std::to_string(getpid()) + ".txt"))
+                                 .string();
+    constexpr int n = 10'000'000;
+    {
+        std::FILE* out = std::fopen(path.c_str(), "w");
+        for (int i = 1; i <= n; ++i) // Weibull shape 2, scale 10, threshold 5, shuffled
+            std::fprintf(out, "%.6f\n",
+                         5 + 10 * std::sqrt(-std::log1p(-(double((i * 7919LL) % n) + 0.5) / n)));
+        std::fclose(out);
+    }
+    App();
+    support::SetFace(nullptr);
+    double firstRows = 0, table = 0;
+    for (auto _ : state) {
+        auto w = std::make_unique<frm_Pondera>();
+        w->show();
+        w->mnuFitToData_Click();
+        frm_Data& d = *w->DataDialog();
+        QElapsedTimer clock;
+        clock.start();
+        d.OpenFile(QString::fromStdString(path));
+        while (d.Fits()->rowCount() == 0)
+            QApplication::processEvents(QEventLoop::AllEvents, 10);
+        firstRows = double(clock.elapsed()) / 1000.0;
+        while (!d.Settled())
+            QApplication::processEvents(QEventLoop::AllEvents, 10);
+        table = double(clock.elapsed()) / 1000.0;
+        d.reject();
+        w.reset();
+    }
+    state.counters["first_rows_s"] = firstRows;
+    state.counters["table_s"] = table;
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind("VmHWM:", 0) == 0)
+            state.counters["peak_MB"] = std::atof(line.c_str() + 6) / 1024;
+    std::remove(path.c_str());
+}
+
 } // namespace
 
 // File > Save Report...: the whole page, chart drawn for print, written as PDF.
@@ -163,4 +214,5 @@ BENCHMARK(BM_PointerReadout)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MomentsDragStep_SB)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_WriteReport)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_StartUpToFirstChart)->Unit(benchmark::kMillisecond)->Iterations(20);
+BENCHMARK(BM_DataDialogOpens10M)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 #endif

@@ -604,7 +604,7 @@ const std::array<Family, 10>& All() {
                       .MomentArgs = 2}),
         With<LogNormal>({.Name = "LogNormal",
                          .Code = kLogNormal,
-                         .CalculatorKey = "Lognormal", // the calculator's own spelling
+                         .CalculatorKey = "Lognormal", // Kept: the calculator's own spelling
                          .Classical = true,
                          .SlotCount = 3,
                          .Slots = {{{"Mean:", "0"}, {"Std. Deviation:", "1"}, {"Minimum:", "0"}}},
@@ -654,8 +654,8 @@ const std::array<Family, 10>& All() {
              .Slots = {{{"Minimum:", "-1"}, {"Maximum:", "1"}}},
              .ListItem = 4,
              .Picture = {-1.6, 1.6, {-1, 1}},
-             // Equal ends pass, whatever the words say. The second text says
-             // the reverse of what it guards; it is shown as it always was.
+             // Kept: equal ends pass, whatever the words say, and the second
+             // text says the reverse of what it guards.
              .Rules = {{kUniformRule,
                         {2, kUniformRule.Holds,
                          "Maximum must be less than Minimum for a Uniform distribution."}}},

@@ -51,23 +51,6 @@ bool ReadyForTail(DistCalculator& calc, const std::string& key, double p1, doubl
 }
 } // namespace
 
-// ---- The lists ------------------------------------------------------------------
-
-const std::vector<std::string>& ClassicalListOrder() {
-    static const std::vector<std::string> names = [] {
-        std::vector<std::string> classical;
-        for (const std::string& name : Families::ListOrder(false))
-            if (Families::ByName(name)->Classical) classical.push_back(name);
-        return classical;
-    }();
-    return names;
-}
-
-const std::vector<std::string>& MomentsListOrder() {
-    static const std::vector<std::string> names = Families::ListOrder(true);
-    return names;
-}
-
 // ---- Parameter checks ---------------------------------------------------------
 
 namespace {
@@ -88,21 +71,18 @@ bool RunCheck(int check, const std::string& name, double p1, double p2, double p
 } // namespace
 
 bool CheckParam1(const std::string& name, double p1, double p2, double p3) {
-    bool result = true;
-    support::Trap({kModule, __func__}, [&] { result = RunCheck(1, name, p1, p2, p3); });
-    return result;
+    return support::TrapValue({kModule, __func__}, true,
+                              [&] { return RunCheck(1, name, p1, p2, p3); });
 }
 
 bool CheckParam2(const std::string& name, double p1, double p2, double p3) {
-    bool result = true;
-    support::Trap({kModule, __func__}, [&] { result = RunCheck(2, name, p1, p2, p3); });
-    return result;
+    return support::TrapValue({kModule, __func__}, true,
+                              [&] { return RunCheck(2, name, p1, p2, p3); });
 }
 
 bool CheckParam3(const std::string& name, double p1, double p2, double p3) {
-    bool result = true;
-    support::Trap({kModule, __func__}, [&] { result = RunCheck(3, name, p1, p2, p3); });
-    return result;
+    return support::TrapValue({kModule, __func__}, true,
+                              [&] { return RunCheck(3, name, p1, p2, p3); });
 }
 
 // ---- Moments -----------------------------------------------------------------
@@ -117,36 +97,30 @@ Families::Moment Formula(int code, Families::Moment Families::Family::*moment) {
 } // namespace
 
 double mean(int code, double p1, double p2, double p3) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         const Families::Moment f = Formula(code, &Families::Family::Mean);
-        if (!f) return;
+        if (!f) return 0.0;
         RequireFinite({p1, p2, p3});
-        result = f(p1, p2, p3);
+        return f(p1, p2, p3);
     });
-    return result;
 }
 
 double StDev(int code, double p1, double p2, double p3) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         const Families::Moment f = Formula(code, &Families::Family::StDev);
-        if (!f) return;
+        if (!f) return 0.0;
         RequireFinite({p1, p2, p3});
-        result = f(p1, p2, p3);
+        return f(p1, p2, p3);
     });
-    return result;
 }
 
 double Skewness(int code, double p1, double p2, double p3) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         const Families::Moment f = Formula(code, &Families::Family::Skewness);
-        if (!f) return;
+        if (!f) return 0.0;
         RequireFinite({p1, p2, p3});
-        result = f(p1, p2, p3);
+        return f(p1, p2, p3);
     });
-    return result;
 }
 
 double Kurtosis(int code, double p1, double p2, double p3) {
@@ -210,15 +184,13 @@ std::vector<double> GetPDFData(const std::string& name, double low, double high,
 }
 
 double Normal_PDF(double x, double mean, double sd) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         RequireFinite({x, mean, sd});
         if (sd == 0) support::Raise(support::kErrDivByZero, support::kAppTitle, "");
         if (sd < 0) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
         const double p[4] = {mean, sd, 0, 0};
-        result = ck(Families::ByCode(kNormal).Density(p, x));
+        return ck(Families::ByCode(kNormal).Density(p, x));
     });
-    return result;
 }
 
 namespace {
@@ -237,65 +209,53 @@ double JohnsonDensity(int code, double x, double delta, double gamma, double lam
 } // namespace
 
 double JohnsonSB_PDF(double x, double delta, double gamma, double lamda, double xi) {
-    double result = 0;
-    support::Trap({kModule, __func__},
-                  [&] { result = JohnsonDensity(kJohnsonSB, x, delta, gamma, lamda, xi); });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
+        return JohnsonDensity(kJohnsonSB, x, delta, gamma, lamda, xi);
+    });
 }
 
 double JohnsonSL_PDF(double x, double delta, double gamma, double lamda, double xi) {
-    double result = 0;
-    support::Trap({kModule, __func__},
-                  [&] { result = JohnsonDensity(kJohnsonSL, x, delta, gamma, lamda, xi); });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
+        return JohnsonDensity(kJohnsonSL, x, delta, gamma, lamda, xi);
+    });
 }
 
 double JohnsonSU_PDF(double x, double delta, double gamma, double lamda, double xi) {
-    double result = 0;
-    support::Trap({kModule, __func__},
-                  [&] { result = JohnsonDensity(kJohnsonSU, x, delta, gamma, lamda, xi); });
-    return result;
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
+        return JohnsonDensity(kJohnsonSU, x, delta, gamma, lamda, xi);
+    });
 }
 
 // ---- Cumulative probability at a limit -------------------------------------------
 
 double PNC_LSL(const std::string& calcName, double lsl, double p1, double p2, double p3, double p4,
                int form) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         DistCalculator calc;
-        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return;
-        if (AtOrBelowStart(calcName, lsl, p1, p2, p3, p4, form)) return;
-        result = calc.CumulativeProbability(lsl);
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return 0.0;
+        if (AtOrBelowStart(calcName, lsl, p1, p2, p3, p4, form)) return 0.0;
+        return calc.CumulativeProbability(lsl);
     });
-    return result;
 }
 
 double PNC_USL(const std::string& calcName, double usl, double p1, double p2, double p3, double p4,
                int form) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         DistCalculator calc;
-        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return;
-        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4, form)) return;
-        result = calc.CumulativeProbability(usl);
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return 0.0;
+        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4, form)) return 0.0;
+        return calc.CumulativeProbability(usl);
     });
-    return result;
 }
 
 double PNC_USL_Upper(const std::string& calcName, double usl, double p1, double p2, double p3,
                      double p4, int form) {
-    double result = 0;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, 0.0, [&] {
         DistCalculator calc;
-        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return;
-        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4, form)) {
-            result = 1;
-            return;
-        }
-        result = calc.UpperTailProbability(usl);
+        if (!ReadyForTail(calc, calcName, p1, p2, p3, p4, form)) return 0.0;
+        if (AtOrBelowStart(calcName, usl, p1, p2, p3, p4, form)) return 1.0;
+        return calc.UpperTailProbability(usl);
     });
-    return result;
 }
 
 } // namespace m_Distributions

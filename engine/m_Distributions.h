@@ -9,11 +9,6 @@
 
 namespace m_Distributions {
 
-// The list outside moments mode up to its Johnson forms (the six classical
-// families), and the list in moments mode; both in the families' list order.
-const std::vector<std::string>& ClassicalListOrder();
-const std::vector<std::string>& MomentsListOrder();
-
 // Distribution codes.
 inline constexpr int kNormal = 1, kTriangular = 2, kExponential = 3, kLogNormal = 4, kWeibull = 5,
                      kUniform = 6, kJohnsonSB = 7, kJohnsonSU = 8, kJohnsonSL = 9;

@@ -14,33 +14,27 @@ constexpr const char* kUpper = "CalcUSLPNC";
 constexpr const char* kCap = "CapUpperPNC";
 
 double Lower(const Families::Family& f, const Families::Params& p, double lsl) {
-    double result = 0;
-    support::Trap({kModule, kLower}, [&] {
-        result = support::ck(
+    return support::TrapValue({kModule, kLower}, 0.0, [&] {
+        return support::ck(
             m_Distributions::PNC_LSL(f.CalculatorKey, lsl, p[0], p[1], p[2], p[3], f.Code));
     });
-    return result;
 }
 
 double Upper(const Families::Family& f, const Families::Params& p, double usl) {
-    double result = 0;
-    support::Trap({kModule, kUpper}, [&] {
+    return support::TrapValue({kModule, kUpper}, 0.0, [&] {
         // The same figure as 1 - PNC_USL, taken directly so a small upper tail keeps
         // its digits, and a failed calculation gives 0 rather than 1.
-        result = support::ck(
+        return support::ck(
             m_Distributions::PNC_USL_Upper(f.CalculatorKey, usl, p[0], p[1], p[2], p[3], f.Code));
     });
-    return result;
 }
 
 double Capped(double lsl, double usl, double lower, double upper) {
-    double result = upper;
-    support::Trap({kModule, kCap}, [&] {
+    return support::TrapValue({kModule, kCap}, upper, [&] {
         // 1 - lower is exact or within half an ulp of it, so lower + (1 - lower)
         // rounds to at most 1.
-        if (lsl <= usl && upper > 1 - lower) result = 1 - lower;
+        return lsl <= usl && upper > 1 - lower ? 1 - lower : upper;
     });
-    return result;
 }
 
 } // namespace
@@ -61,12 +55,10 @@ double LSL = 0, USL = 0;
 int16_t DecPlaces = 6;
 
 std::string CalculatorName(int code) {
-    std::string result;
-    support::Trap({kModule, __func__}, [&] {
+    return support::TrapValue({kModule, __func__}, std::string(), [&] {
         // "Johnson" for the Johnson types and for any code without a family.
-        result = Families::ByCode(code).CalculatorKey;
+        return std::string(Families::ByCode(code).CalculatorKey);
     });
-    return result;
 }
 
 double CalcLSLPNC() {

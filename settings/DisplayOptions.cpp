@@ -21,6 +21,8 @@ double AppXMin = 0;
 double AppXMax = 0;
 bool AppDisplay = true;
 bool AppRangeMode = false;
+int32_t AppCapMethod = 0;
+double AppConfLevel = 0.95;
 
 namespace {
 
@@ -77,6 +79,8 @@ void SetDefaults() {
     AppXRange = 0;
     AppXMin = 0;
     AppXMax = 0;
+    AppCapMethod = 0;
+    AppConfLevel = 0.95;
 }
 
 void Load() {
@@ -93,6 +97,9 @@ void Load() {
         if (const auto v = Read(kAppXMax, AppXMax)) AppXMax = *v;
         ReadFlag(kAppDisplay, AppDisplay);
         ReadFlag(kAppRangeMode, AppRangeMode);
+        ReadWhole(kAppCapMethod, AppCapMethod, 0, 1);
+        if (const auto v = Read(kAppConfLevel, AppConfLevel); v && *v > 0.5 && *v < 1)
+            AppConfLevel = *v;
     });
 }
 

@@ -1,4 +1,5 @@
-// The twelve display options, held program-wide, loaded at start-up from the
+// The display options (the twelve of the chart and its numbers, then the
+// capability method and level), held program-wide, loaded at start-up from the
 // settings section "Application Settings" and written by the options dialog.
 #pragma once
 
@@ -28,6 +29,8 @@ inline constexpr const char* kAppXMin = "AppXMin";
 inline constexpr const char* kAppXMax = "AppXMax";
 inline constexpr const char* kAppDisplay = "AppDisplay";
 inline constexpr const char* kAppRangeMode = "AppRangeMode";
+inline constexpr const char* kAppCapMethod = "AppCapMethod";
+inline constexpr const char* kAppConfLevel = "AppConfLevel";
 
 extern uint32_t AppBackColor; // 0x00BBGGRR
 extern uint32_t AppInSpecColor;
@@ -41,14 +44,19 @@ extern double AppXMin;
 extern double AppXMax;
 extern bool AppDisplay;   // true = scientific
 extern bool AppRangeMode; // true = fixed endpoints
+// The capability figures the window shows: 0 percentile (ISO 22514-2), 1 Z-score.
+extern int32_t AppCapMethod;
+// Confidence level of the capability intervals, above 0.5 and below 1.
+extern double AppConfLevel;
 
 // Puts the start values back (as the window does before it reads the store).
 void SetDefaults();
 // Reads every key in the fixed order; a missing key keeps its value; AppDisplay
 // and AppRangeMode change only for a stored 0 or 1. A stored value that is not a
 // number, or one the option cannot hold (a colour beyond 24 bits, decimal places
-// outside 0..6, a tick count below 1, a range mode other than 0 or 1, a number of
-// standard deviations not above 0), keeps the value too. Errors are reported
+// outside 0..6, a tick count below 1, a range mode or method other than 0 or 1, a
+// number of standard deviations not above 0, a level outside (0.5, 1)), keeps the
+// value too. Errors are reported
 // with the label "Pondera.DisplayOptions.Load"; the options read so far stay.
 void Load();
 // Program start: reads AppDecPlaces alone (empty default), before the error path

@@ -105,10 +105,56 @@ Figures ZScoreIndices(std::optional<Tails> lsl, std::optional<Tails> usl, double
             f.Ppk = std::min(*f.Ppl, *f.Ppu);
         else
             f.Ppk = f.Ppl ? f.Ppl : f.Ppu;
+        // A limit beyond the curve's far end (the whole curve on its wrong side)
+        // has no finite z either, but its side is worse than any figure: then
+        // there is no Ppk rather than the other side's.
+        if ((lsl && lsl->Above == 0 && lsl->Below > 0) ||
+            (usl && usl->Below == 0 && usl->Above > 0))
+            f.Pp.reset(), f.Ppk.reset();
         if (lsl || usl) f.Ppm = pncTotal * 1e6;
         Quiet();
     });
     return f;
+}
+
+const char* MethodName(Method m) {
+    return m == Method::ZScore ? "Z-score" : "percentile (ISO 22514-2)";
+}
+
+const char* MethodKey(Method m) {
+    return m == Method::ZScore ? "z-score" : "percentile";
+}
+
+Figures ZScoreFigures(int code, const double (&p)[4], std::optional<double> lsl,
+                      std::optional<double> usl, double pncTotal) {
+    Figures f;
+    support::Trap({kModule, __func__}, [&] {
+        const Families::Family& family = Families::ByCode(code);
+        if (family.Refusal(p)) return;
+        auto tails = [&](std::optional<double> x) -> std::optional<Tails> {
+            if (!x) return std::nullopt;
+            return Tails{family.Tail(p, *x, false), family.Tail(p, *x, true)};
+        };
+        f = ZScoreIndices(tails(lsl), tails(usl), pncTotal);
+        Quiet();
+    });
+    return f;
+}
+
+Ppm Observed(const std::vector<double>& values, std::optional<double> lsl,
+             std::optional<double> usl) {
+    Ppm o;
+    if (values.empty()) return o;
+    std::size_t below = 0, above = 0;
+    for (double v : values) {
+        if (lsl && v < *lsl) ++below;
+        if (usl && v > *usl) ++above;
+    }
+    const double n = static_cast<double>(values.size());
+    o.Below = 1e6 * static_cast<double>(below) / n;
+    o.Above = 1e6 * static_cast<double>(above) / n;
+    o.Total = 1e6 * static_cast<double>(below + above) / n;
+    return o;
 }
 
 std::optional<Interval> NormalPpInterval(double pp, int n, double level) {

@@ -1,9 +1,13 @@
 // Process performance figures beside the fraction nonconforming, by the
-// percentile method of ISO 22514-2: the curve's own quantiles stand in for
-// mean +- 3 standard deviations, so a skewed curve is judged by its tails.
+// percentile method of ISO 22514-2 (the curve's own quantiles stand in for
+// mean +- 3 standard deviations, so a skewed curve is judged by its tails) and
+// by the Z-score method (each limit's tail turned into a normal z); observed
+// ppm of a sample; the normal curve's confidence intervals.
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <vector>
 
 namespace m_Capability {
 
@@ -35,7 +39,8 @@ Figures Indices(const Percentiles& x, std::optional<double> lsl, std::optional<d
 // Ppl = -Z_L / 3, Ppu = Z_U / 3, Ppk the smaller. Each limit comes as its two
 // exact tails (below, above); Phi^-1 is taken of the smaller one, so a tail of
 // 1e-300 keeps its digits. A limit with an empty tail (no figure) leaves its
-// figures empty.
+// figures empty; one with the whole curve on its wrong side leaves Pp and Ppk
+// empty as well.
 struct Tails {
     double Below = 0, Above = 0;
 };
@@ -49,5 +54,27 @@ struct Interval {
 };
 std::optional<Interval> NormalPpInterval(double pp, int n, double level);
 std::optional<Interval> NormalPpkInterval(double ppk, int n, double level);
+
+// Which figures the window shows; both are always computed.
+enum class Method { Percentile, ZScore };
+// As the user reads it beside the figures: "percentile (ISO 22514-2)", "Z-score".
+const char* MethodName(Method m);
+// As pondera-cli writes it: "percentile", "z-score".
+const char* MethodKey(Method m);
+
+// The Z-score figures of a distribution code and Param1..Param4: each limit's
+// two tails from the family record, then ZScoreIndices. Empty when the
+// parameters describe no curve.
+Figures ZScoreFigures(int code, const double (&p)[4], std::optional<double> lsl,
+                      std::optional<double> usl, double pncTotal = 0);
+
+// Parts per million below the LSL, above the USL and in all; an absent limit
+// counts 0.
+struct Ppm {
+    double Below = 0, Above = 0, Total = 0;
+};
+// The sample's own: values below the LSL and above the USL, per million values.
+Ppm Observed(const std::vector<double>& values, std::optional<double> lsl,
+             std::optional<double> usl);
 
 } // namespace m_Capability

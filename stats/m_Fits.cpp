@@ -106,8 +106,8 @@ std::vector<double> SearchValues(const std::vector<double>& sorted) {
     if (n <= kSearchValues) return sorted;
     std::vector<double> out(kSearchValues);
     for (std::size_t i = 0; i < kSearchValues; ++i)
-        out[i] = sorted[static_cast<std::size_t>(
-            std::llround(static_cast<double>(i) * (n - 1) / (kSearchValues - 1)))];
+        out[i] = sorted[static_cast<std::size_t>(std::llround(
+            static_cast<double>(i) * static_cast<double>(n - 1) / (kSearchValues - 1)))];
     return out;
 }
 
@@ -168,10 +168,11 @@ WeibullResult WeibullOnGaps(const std::vector<double>& gap, double c, double sha
     }
     double sumE = 0;
     if (!SolveShape(y, ybar, k, sumE)) return r;
-    const double meanE = sumE / n;
+    const double meanE = sumE / static_cast<double>(n);
     r.Shape = k;
     r.Scale = dmax * std::pow(meanE, 1 / k);
-    r.LogLik = n * (std::log(k) - std::log(dmax) - std::log(meanE) + (k - 1) * ybar - 1);
+    r.LogLik = static_cast<double>(n) *
+               (std::log(k) - std::log(dmax) - std::log(meanE) + (k - 1) * ybar - 1);
     r.Ok = std::isfinite(r.LogLik) && std::isfinite(r.Scale) && r.Scale > 0;
     return r;
 }
@@ -474,7 +475,7 @@ const RowInfo& Info(int row) {
 Sample Prepare(std::vector<double> values) {
     Sample s;
     s.X = std::move(values);
-    std::sort(s.X.begin(), s.X.end());
+    if (!std::is_sorted(s.X.begin(), s.X.end())) std::sort(s.X.begin(), s.X.end());
     if (s.X.size() < 2) return s;
     MeanSd(
         s.X, [](double v) { return v; }, s.Mean, s.Sd);
@@ -484,11 +485,11 @@ Sample Prepare(std::vector<double> values) {
 
 double Quantile(const std::vector<double>& sorted, double p) {
     const std::size_t n = sorted.size();
-    const double pos = n * p + 0.5;
+    const double pos = static_cast<double>(n) * p + 0.5;
     if (pos <= 1) return sorted.front();
-    if (pos >= n) return sorted.back();
+    if (pos >= static_cast<double>(n)) return sorted.back();
     const std::size_t i = static_cast<std::size_t>(pos); // 1-based lower neighbour
-    const double frac = pos - i;
+    const double frac = pos - static_cast<double>(i);
     return sorted[i - 1] + frac * (sorted[i] - sorted[i - 1]);
 }
 

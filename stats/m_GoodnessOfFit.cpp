@@ -18,7 +18,8 @@ Measures Measure(const m_Curves::Curve& c, const std::vector<double>& sorted) {
     for (std::size_t i = 0; i < n; ++i) {
         const m_Curves::Point p = m_Curves::Evaluate(c, sorted[i]);
         if (!p.Inside) return m;
-        const double up = 2.0 * (i + 1) - 1, down = 2.0 * (n - i) - 1;
+        const double up = 2.0 * static_cast<double>(i + 1) - 1,
+                     down = 2.0 * static_cast<double>(n - i) - 1;
         logLik += p.LogDensity;
         sum +=
             up * static_cast<long double>(p.LogLower) + down * static_cast<long double>(p.LogUpper);

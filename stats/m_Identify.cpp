@@ -23,6 +23,7 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr const char* kNotComputed = "could not be computed";
+constexpr const char* kStopped = "stopped";
 
 // SplitMix64 (Steele, Lea & Flood 2014): a stream per (seed, row, replicate).
 class Stream {
@@ -101,14 +102,23 @@ void RunReplicate(int row, const m_Curves::Curve& fitted, double a2, std::size_t
 
 } // namespace
 
+int DefaultReplicates(std::size_t n) {
+    constexpr double kBudget = 5e6;
+    return static_cast<int>(
+        std::clamp(kBudget / static_cast<double>(std::max<std::size_t>(n, 1)), 19.0, 1000.0));
+}
+
 double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t n,
                   const Options& o, int* redraws) {
     if (o.Replicates <= 0) return kNaN;
     const int threads = std::clamp(o.Threads, 1, 64);
     std::vector<Tally> tallies(threads);
+    auto stopped = [&] { return o.Cancel && o.Cancel->load(std::memory_order_relaxed); };
     auto work = [&](int t) {
-        for (int r = t; r < o.Replicates; r += threads)
+        for (int r = t; r < o.Replicates && !stopped(); r += threads) {
             RunReplicate(row, fitted, a2, n, o, r, tallies[t]);
+            if (o.Progress) o.Progress();
+        }
     };
     std::vector<std::thread> pool;
     for (int t = 1; t < threads; ++t)
@@ -122,8 +132,8 @@ double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t
         all.GaveUp = all.GaveUp || t.GaveUp;
     }
     if (redraws) *redraws = static_cast<int>(all.Redraws);
-    if (all.GaveUp) return kNaN;
-    return (1.0 + all.Exceed) / (all.Done + 1.0);
+    if (all.GaveUp || stopped()) return kNaN;
+    return (1.0 + static_cast<double>(all.Exceed)) / (static_cast<double>(all.Done) + 1.0);
 }
 
 std::vector<RowResult> Identify(const std::vector<double>& values, const Options& o) {
@@ -134,6 +144,10 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
         RowResult& r = rows[i];
         r.Name = m_Fits::Info(i).Name;
         r.LogLik = r.A2 = r.AICc = r.Weight = r.P = r.PTable = r.LrtP = kNaN;
+        if (o.Cancel && *o.Cancel) {
+            r.Status = kStopped;
+            return;
+        }
         try {
             r.F = m_Fits::FitRow(i, s);
         } catch (const std::exception&) { // out of memory: the row fails, the others stand
@@ -156,15 +170,18 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
         if (i == m_Fits::kNormal || i == m_Fits::kLogNormal)
             r.PTable = m_GoodnessOfFit::NormalTableP(m.A2, n);
     };
-    // The rows are independent: the threads take them slowest first.
+    // The rows are independent. The slowest starts first, so it does not end the
+    // run alone; then the quick ones, so a caller shown each row sees them soon.
     static const int kOrder[m_Fits::kRowCount] = {
-        m_Fits::kWeibull3P, m_Fits::kLogNormal3P, m_Fits::kJohnsonPercentiles,
-        m_Fits::kWeibull,   m_Fits::kLogNormal,   m_Fits::kJohnsonMoments,
-        m_Fits::kNormal,    m_Fits::kExponential, m_Fits::kExponential2P};
+        m_Fits::kWeibull3P,  m_Fits::kNormal,  m_Fits::kExponential,    m_Fits::kExponential2P,
+        m_Fits::kLogNormal,  m_Fits::kWeibull, m_Fits::kJohnsonMoments, m_Fits::kJohnsonPercentiles,
+        m_Fits::kLogNormal3P};
     std::atomic<int> next{0};
     auto work = [&] {
-        for (int k; (k = next++) < m_Fits::kRowCount;)
+        for (int k; (k = next++) < m_Fits::kRowCount;) {
             fitRow(kOrder[k]);
+            if (o.RowDone) o.RowDone(kOrder[k], rows[kOrder[k]]);
+        }
     };
     {
         std::vector<std::thread> pool;

@@ -6,17 +6,34 @@
 
 #include "stats/m_Fits.h"
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace m_Identify {
 
+struct RowResult;
+
 struct Options {
     int Replicates = 1000; // simulated samples per row; 0 skips the simulation
     std::uint64_t Seed = 1;
     int Threads = 2; // the answer is the same for any number
+    // Read between rows and between simulated samples: once true, the rows not
+    // yet fitted say "stopped" and the simulation stops with a p of NaN. A run
+    // that is not stopped gives the same answer as without it.
+    const std::atomic<bool>* Cancel = nullptr;
+    // Called after each simulated sample, from whichever thread drew it.
+    std::function<void()> Progress;
+    // Called with each row's index as soon as it is fitted and measured (before
+    // the ranking), from whichever thread fitted it.
+    std::function<void(int row, const RowResult& r)> RowDone;
 };
+
+// 1,000 simulated samples per row, but no more than 5e6 simulated values per row
+// (at least 19 samples): a million values would otherwise take an hour.
+int DefaultReplicates(std::size_t n);
 
 struct RowResult {
     std::string Name;
@@ -35,7 +52,7 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
 // (1 + #{A2* >= a2}) / (R + 1) over R samples drawn from the fitted curve and
 // refitted by the same row. Replicate r of row `row` draws from its own stream
 // seeded by (seed, row, r), so threads only share the work. NaN when too many
-// refits fail.
+// refits fail, or when the options' Cancel was set.
 double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t n,
                   const Options& options, int* redraws = nullptr);
 

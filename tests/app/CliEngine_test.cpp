@@ -129,12 +129,14 @@ TEST(CliEngine, UsageErrorsExitWithTwo) {
 
 TEST(CliData, AnswersWithMomentsFitPncAndCapability) {
     // Reading the values and the figures are m_SampleData's and m_Capability's business.
-    const Value v = Cli({"data", "-", "--lsl", "9", "--usl", "12", "--target", "10"},
+    const Value v = Cli({"data", "-", "--lsl", "9", "--usl", "11", "--target", "10"},
                         "Diameter\n10.1\n10.3\n9.8\n10.0\n10.6\n10.2\n11.5\n")
                         .Objects.at(0);
     EXPECT_EQ(v["n"], 7);
     EXPECT_EQ(v["fit"]["type"], "SB");
     EXPECT_TRUE(v["capability"]["ppk"].is_number() && v["total"].is_number());
+    EXPECT_TRUE(v["capability_z"]["ppk"].is_number());
+    EXPECT_NEAR(v["ppm"]["observed_above"].get<double>(), 1e6 / 7, 1e-6); // 11.5 of 7 values
     const CliRun bad = Cli({"data", "-"}, "x\n1\n2\nabc\n5\n");
     EXPECT_EQ(bad.Status, 2);
     EXPECT_EQ(bad.Err.rfind("pondera-cli data: line 4:", 0), 0u) << bad.Err;
@@ -210,6 +212,14 @@ TEST(CliIdentify, AnswersWithEveryRowInTableOrder) {
     }
     EXPECT_NEAR(v["fits"][5]["params"][0].get<double>(), 2.102, 0.0005);
     EXPECT_TRUE(v["fits"][8]["z"].is_number() && v["fits"][8]["type"].is_string());
+    // Both methods; the Normal row's exact intervals need no simulated samples.
+    const Value& normal = v["fits"][0]["capability"];
+    EXPECT_EQ(normal["method"], "percentile");
+    EXPECT_EQ(v["fits"][0]["capability_z"]["method"], "z-score");
+    EXPECT_LT(normal["pp_low"].get<double>(), normal["pp"].get<double>());
+    EXPECT_GT(normal["ppk_high"].get<double>(), normal["ppk"].get<double>());
+    EXPECT_TRUE(v["fits"][5]["capability"]["pp_low"].is_null());
+    EXPECT_EQ(v["fits"][5]["ppm"]["observed_total"], 0);
     const CliRun tooFew = Cli({"identify", "-"}, "1\n2\n3\n4\n");
     EXPECT_EQ(tooFew.Status, 2);
     EXPECT_TRUE(tooFew.Objects.empty());

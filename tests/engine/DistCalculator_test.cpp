@@ -168,9 +168,14 @@ TEST_F(DistCalculatorTest, WeibullTailsHoldWhereTheRatioLeavesTheRange) {
     };
     for (const Row& r : rows) {
         const DistCalculator calc = Make({"Weibull", {r.K, r.Eta, 0}});
-        EXPECT_NEAR(calc.CumulativeProbability(r.X), r.Lower, 1e-12L * r.Lower) << r.Name;
-        EXPECT_NEAR(calc.UpperTailProbability(r.X), r.Upper, 1e-12L * r.Upper) << r.Name;
-        EXPECT_NEAR(calc.Density(r.X), r.Density, 1e-11L * r.Density) << r.Name;
+        EXPECT_NEAR(calc.CumulativeProbability(double(r.X)), double(r.Lower),
+                    double(1e-12L * r.Lower))
+            << r.Name;
+        EXPECT_NEAR(calc.UpperTailProbability(double(r.X)), double(r.Upper),
+                    double(1e-12L * r.Upper))
+            << r.Name;
+        EXPECT_NEAR(calc.Density(double(r.X)), double(r.Density), double(1e-11L * r.Density))
+            << r.Name;
     }
     EXPECT_TRUE(ErrorLabels().empty());
 }

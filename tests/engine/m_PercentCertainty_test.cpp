@@ -79,8 +79,8 @@ TEST_F(PercentCertaintyTest, OverlappingTailsAreCappedSoTheTotalStaysAProbabilit
     const Figures f = Pnc(Families::ByCode(2), {a, c, b, 0}, lsl, usl);
     const long double want =
         1 - (b - lsl) * static_cast<long double>(b - lsl) / ((b - a) * (b - c));
-    EXPECT_NEAR(f.Lower, want, 1e-15);
-    EXPECT_NEAR(f.Upper, 1 - want, 1e-15);
+    EXPECT_NEAR(f.Lower, double(want), 1e-15);
+    EXPECT_NEAR(f.Upper, double(1 - want), 1e-15);
     EXPECT_LE(f.Total, 1.0);
 }
 

@@ -60,7 +60,7 @@ TEST_P(JohnsonTable, CalculateReproducesTheWorkedExample) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table61, JohnsonTable, ::testing::ValuesIn(kTable),
-                         [](const auto& info) { return std::string(info.param.Name); });
+                         [](const auto& row) { return std::string(row.param.Name); });
 
 // Delta, Gamma, Lamda, Xi and Alpha, for comparing whole curves.
 std::vector<double> Params(const JohnsonDist& jd) {
@@ -134,7 +134,7 @@ TEST_P(JohnsonBands, TypeFollowsTheTolerances) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Bands, JohnsonBands, ::testing::ValuesIn(kBands),
-                         [](const auto& info) { return std::string(info.param.Name); });
+                         [](const auto& row) { return std::string(row.param.Name); });
 
 TEST_F(JohnsonDistTest, OneEndPointOrANonNumberChangesNothing) {
     JohnsonDist jd;

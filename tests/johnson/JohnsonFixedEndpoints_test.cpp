@@ -70,7 +70,7 @@ TEST_P(JohnsonSb3Fits, FitMatchesTheMoments) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Curves, JohnsonSb3Fits, ::testing::ValuesIn(kCurves),
-                         [](const auto& info) { return std::string(info.param.Name); });
+                         [](const auto& row) { return std::string(row.param.Name); });
 
 // A tolerance below what double precision can reach: Newton runs out of ways
 // to lower the error, a breakdown.

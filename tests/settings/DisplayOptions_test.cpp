@@ -82,6 +82,22 @@ TEST_F(DisplayOptionsTest, AStoredValueLoadsOnlyWithinItsRules) {
     EXPECT_TRUE(ErrorLabels().empty());
 }
 
+TEST_F(DisplayOptionsTest, CapabilityMethodAndLevelLoadWithinTheirRules) {
+    Load();
+    EXPECT_EQ(AppCapMethod, 0); // percentile: the figures shown before the option existed
+    EXPECT_EQ(AppConfLevel, 0.95);
+    Store(kAppCapMethod, "1");
+    Store(kAppConfLevel, "0.9");
+    Load();
+    EXPECT_EQ(AppCapMethod, 1);
+    EXPECT_EQ(AppConfLevel, 0.9);
+    Store(kAppCapMethod, "2");
+    Store(kAppConfLevel, "1");
+    Load();
+    EXPECT_EQ(AppCapMethod, 1);
+    EXPECT_EQ(AppConfLevel, 0.9);
+}
+
 TEST_F(DisplayOptionsTest, DecimalPlacesAtProgramStart) {
     LoadDecPlaces();
     EXPECT_EQ(AppDecPlaces, 6); // nothing stored: unchanged

@@ -156,7 +156,8 @@ TEST_F(StoreTest, ADamagedFileIsMovedAsideUnchangedLoggedAndAFreshStoreTakesItsP
             fs::remove(entry.path());
         HKEY key = Create(HKEY_CURRENT_USER, "Software\\Big");
         for (int i = 0; i < 400; ++i)
-            ASSERT_EQ(SetText(key, "Value" + std::to_string(i), std::string(200, 'a' + i % 26)),
+            ASSERT_EQ(SetText(key, "Value" + std::to_string(i),
+                              std::string(200, static_cast<char>('a' + i % 26))),
                       ERROR_SUCCESS);
         Reopen(); // closing checkpoints the WAL into the file
         ASSERT_FALSE(fs::exists(StorePath() + "-wal"));

@@ -59,7 +59,7 @@ TEST_P(CapabilityIndices, MatchTheHandComputedFigures) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, CapabilityIndices, ::testing::ValuesIn(kIndexRows),
-                         [](const auto& info) { return std::string(info.param.Name); });
+                         [](const auto& row) { return std::string(row.param.Name); });
 
 struct CurveRow {
     const char* Name;
@@ -98,7 +98,7 @@ TEST_P(CapabilityPercentiles, AreTheCurvesQuantiles) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Families, CapabilityPercentiles, ::testing::ValuesIn(kCurves),
-                         [](const auto& info) { return std::string(info.param.Name); });
+                         [](const auto& row) { return std::string(row.param.Name); });
 
 class Capability : public testing_support::RecordingTest {};
 
@@ -147,6 +147,11 @@ TEST(ZScoreIndices, WeibullAgainstSecondQuantile) {
         m_Capability::ZScoreIndices(std::nullopt, m_Capability::Tails{1, 1e-300});
     EXPECT_NEAR(*tiny.Ppu * 3, -boost::math::quantile(phi, 1e-300), 1e-10);
     EXPECT_FALSE(tiny.Pp || tiny.Ppl);
+    // Beyond the curve's lower end the LSL side simply has no tail; above its
+    // upper end the whole curve is out, and Ppk is no longer the USL side's.
+    const m_Capability::Tails below{0, 1}, inside{0.5, 0.5}, above{1, 0};
+    EXPECT_NEAR(*m_Capability::ZScoreIndices(below, inside).Ppk, 0, 1e-15);
+    EXPECT_FALSE(m_Capability::ZScoreIndices(above, m_Capability::Tails{1, 1e-9}).Ppk);
 }
 
 // The published 50-value sample: Cp 0.237112 [0.190279, 0.283853],
@@ -160,6 +165,55 @@ TEST(NormalIntervals, PublishedFiftyValueSample) {
     EXPECT_NEAR(ppk->High, 0.255336, 1e-6);
     EXPECT_FALSE(m_Capability::NormalPpInterval(1, 1, 0.95));
     EXPECT_FALSE(m_Capability::NormalPpkInterval(1, 50, 1));
+}
+
+} // namespace
+
+// The Z-score figures of skewed curves through the family records, against
+// scipy.stats (norm.ppf of the curve's cdf and sf), and the percentile Pp of the
+// same lognormal, which the Z-score method judges far more harshly.
+namespace {
+
+struct ZRow {
+    const char* Name;
+    int Code;
+    double P[4];
+    double Lsl, Usl, Pp, Ppk;
+};
+
+const ZRow kZRows[] = {
+    // scipy.stats.lognorm(s=0.8, scale=exp(0.5), loc=3); percentile Pp 1.486858769078852
+    {"LogNormal", kLogNormal, {0.5, 0.8, 3}, 3.2, 30, 1.0219322455080058, 0.8789324635142082},
+    // scipy.stats.johnsonsu(a=-0.8, b=1.3, loc=5, scale=2)
+    {"JohnsonSU", kJohnsonSU, {1.3, -0.8, 2, 5}, 1, 12, 0.7386937884795, 0.5851455377148492},
+};
+
+class ZScoreFigures : public testing_support::RecordingTest,
+                      public ::testing::WithParamInterface<ZRow> {};
+
+TEST_P(ZScoreFigures, MatchScipy) {
+    const ZRow& r = GetParam();
+    const m_Capability::Figures f = m_Capability::ZScoreFigures(r.Code, r.P, r.Lsl, r.Usl);
+    EXPECT_NEAR(*f.Pp, r.Pp, 1e-9);
+    EXPECT_NEAR(*f.Ppk, r.Ppk, 1e-9);
+    EXPECT_TRUE(Rec().AllErrors().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Curves, ZScoreFigures, ::testing::ValuesIn(kZRows),
+                         [](const auto& row) { return std::string(row.param.Name); });
+
+TEST(ZScoreFigures, LognormalPercentilePpIsNotTheZScoreOne) {
+    const auto x = m_Capability::PercentilePoints(kLogNormal, 0.5, 0.8, 3, 0);
+    EXPECT_NEAR(*m_Capability::Indices(*x, 3.2, 30).Pp, 1.486858769078852, 1e-9);
+}
+
+TEST(Observed, CountsValuesStrictlyOutside) {
+    // A value on a limit conforms; 1 of 8 below, 2 of 8 above.
+    const m_Capability::Ppm o = m_Capability::Observed({0, 1, 2, 3, 4, 5, 6, 7}, 1, 5);
+    EXPECT_EQ(o.Below, 125000);
+    EXPECT_EQ(o.Above, 250000);
+    EXPECT_EQ(o.Total, 375000);
+    EXPECT_EQ(m_Capability::Observed({0, 9}, std::nullopt, std::nullopt).Total, 0);
 }
 
 } // namespace

@@ -142,9 +142,10 @@ TEST(Fits, PercentileCurveMapsItsFourQuantilesOntoTheNormalGrid) {
             // The quantile at position n p + 0.5, written out here.
             const double pos = 200 * 0.5 * std::erfc(-m * f.Z / std::sqrt(2.0)) + 0.5;
             const std::size_t i = static_cast<std::size_t>(pos);
-            const double q = pos <= 1     ? s.X.front()
-                             : pos >= 200 ? s.X.back()
-                                          : s.X[i - 1] + (pos - i) * (s.X[i] - s.X[i - 1]);
+            const double q =
+                pos <= 1     ? s.X.front()
+                : pos >= 200 ? s.X.back()
+                             : s.X[i - 1] + (pos - static_cast<double>(i)) * (s.X[i] - s.X[i - 1]);
             EXPECT_NEAR(m_Curves::ToStandard(f.C, q), m * f.Z, 1e-9) << f.Type << " at " << m;
         }
     }

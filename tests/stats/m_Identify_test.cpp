@@ -50,6 +50,17 @@ TEST(Identify, TheAnswerDoesNotDependOnTheThreads) {
             EXPECT_EQ(one[i].P, two[i].P) << one[i].Name;
         }
     }
+    // Watching the progress leaves the answer as it is; a cancelled run has no p.
+    std::atomic<bool> cancel{false};
+    std::atomic<int> drawn{0};
+    m_Identify::Options watched{40, 11, 2, &cancel, [&] { ++drawn; }};
+    const m_Identify::RowResult& weibull = one[kWeibull];
+    EXPECT_EQ(m_Identify::SimulatedP(kWeibull, weibull.F.C, weibull.A2, x.size(), watched),
+              weibull.P);
+    EXPECT_EQ(drawn, 40);
+    cancel = true;
+    EXPECT_TRUE(
+        std::isnan(m_Identify::SimulatedP(kWeibull, weibull.F.C, weibull.A2, x.size(), watched)));
 }
 
 TEST(Identify, BadSamplesEndInAStatus) {

@@ -150,7 +150,7 @@ TEST_P(SampleRead, ReadsTheColumnOrNamesTheProblem) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, SampleRead, ::testing::ValuesIn(kReadRows),
-                         [](const auto& info) { return std::string(info.param.Name); });
+                         [](const auto& row) { return std::string(row.param.Name); });
 
 class SampleData : public testing_support::RecordingTest {};
 
@@ -215,7 +215,7 @@ TEST_P(SampleMoments, MatchExactValues) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, SampleMoments, ::testing::ValuesIn(kMomentRows),
-                         [](const auto& info) { return std::string(info.param.Name); });
+                         [](const auto& row) { return std::string(row.param.Name); });
 
 // Two values a few units in the last place apart, far from zero: a symmetric
 // sample, skewness 0 and kurtosis 1 exactly.
@@ -249,10 +249,11 @@ TEST_F(SampleData, MomentsMatchATwoPassLongDoubleComputation) {
     const long double n = v.size(), m2 = c2 / n;
     m_SampleData::Summary s;
     ASSERT_EQ(m_SampleData::Describe(v, s), "");
-    EXPECT_LE(RelErr(s.Mean, mean), 4e-15);
-    EXPECT_LE(RelErr(s.StDev, std::sqrt(c2 / (n - 1))), 1e-12);
-    EXPECT_LE(RelErr(s.Skewness, c3 / n / (m2 * std::sqrt(m2))), 1e-10);
-    EXPECT_LE(RelErr(s.Kurtosis, c4 / n / (m2 * m2)), 1e-10);
+    auto asDouble = [](long double reference) { return static_cast<double>(reference); };
+    EXPECT_LE(RelErr(s.Mean, asDouble(mean)), 4e-15);
+    EXPECT_LE(RelErr(s.StDev, asDouble(std::sqrt(c2 / (n - 1)))), 1e-12);
+    EXPECT_LE(RelErr(s.Skewness, asDouble(c3 / n / (m2 * std::sqrt(m2)))), 1e-10);
+    EXPECT_LE(RelErr(s.Kurtosis, asDouble(c4 / n / (m2 * m2))), 1e-10);
 }
 
 TEST_F(SampleData, RefusalsAreClearAndShort) {

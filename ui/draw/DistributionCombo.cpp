@@ -46,7 +46,7 @@ QImage DrawSketch(const std::vector<double>& y, QSize size) {
     QPainterPath curve;
     for (int i = 0; i < static_cast<int>(y.size()); ++i) {
         const double v = std::isfinite(y[i]) ? y[i] : 0.0;
-        const QPointF p(1 + w * i / (y.size() - 1), 1 + h - h * v / top);
+        const QPointF p(1 + w * i / static_cast<double>(y.size() - 1), 1 + h - h * v / top);
         if (i == 0)
             curve.moveTo(p);
         else

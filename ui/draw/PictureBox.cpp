@@ -458,11 +458,25 @@ QSize PictureBox::sizeHint() const {
     return QSize(320, 240);
 }
 
-// A window moved to a screen of another scale gets a picture of that
-// scale, drawn afresh by whoever listens to Resized.
+// A window moved to a screen of another scale gets a picture of that scale,
+// drawn afresh by whoever listens to Resized. Queued, so the charts are redrawn
+// from the event loop, never from inside a screen change or a paint.
 bool PictureBox::event(QEvent* event) {
-    if (event->type() == QEvent::ScreenChangeInternal || event->type() == QEvent::Show) {
-        if (FollowScreen()) RatioFollowed();
+    switch (event->type()) {
+    case QEvent::ScreenChangeInternal:
+    case QEvent::Show:
+#if QT_VERSION >= QT_VERSION_CHECK(6, 6, 0)
+    case QEvent::DevicePixelRatioChange:
+#endif
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (FollowScreen()) RatioFollowed();
+            },
+            Qt::QueuedConnection);
+        break;
+    default:
+        break;
     }
     return QWidget::event(event);
 }
@@ -472,8 +486,8 @@ void PictureBox::RatioFollowed() {
     emit RatioChanged();
 }
 
+// Only shows the picture: whatever changes it happens outside a paint.
 void PictureBox::paintEvent(QPaintEvent*) {
-    if (FollowScreen()) RatioFollowed();
     EndPainting();
     QPainter p(this);
     // One image pixel per device pixel.
@@ -485,10 +499,12 @@ void PictureBox::paintEvent(QPaintEvent*) {
 }
 
 void PictureBox::resizeEvent(QResizeEvent* event) {
+    const double before = ratio_;
     ResizeImage(event->size().width(), event->size().height(),
                 ratioSet_ ? ratio_ : devicePixelRatioF());
     QWidget::resizeEvent(event);
     emit Resized();
+    if (ratio_ != before) emit RatioChanged();
 }
 
 void PictureBox::mousePressEvent(QMouseEvent* event) {

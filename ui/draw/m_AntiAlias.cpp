@@ -51,9 +51,11 @@ void ScaledDot(m_GetDIBBits::PixelBuffer& buffer, double x, double y, int red, i
     const long long c0 = Floor(left), r0 = Floor(top);
     const long long c1 = Floor(std::ceil(left + s)) - 1, r1 = Floor(std::ceil(top + s)) - 1;
     for (long long r = r0; r <= r1; ++r) {
-        const double wy = std::min<double>(r + 1, top + s) - std::max<double>(r, top);
+        const double wy =
+            std::min(static_cast<double>(r + 1), top + s) - std::max(static_cast<double>(r), top);
         for (long long c = c0; c <= c1; ++c) {
-            const double wx = std::min<double>(c + 1, left + s) - std::max<double>(c, left);
+            const double wx = std::min(static_cast<double>(c + 1), left + s) -
+                              std::max(static_cast<double>(c), left);
             const double w = std::clamp(wx * wy, 0.0, 1.0);
             if (w > 0) buffer.Blend(Pixel(c), Pixel(r), red, green, blue, w);
         }

@@ -5,8 +5,8 @@
 
 namespace m_AntiAlias {
 
-// The largest whole number not above x, also for negative numbers; built from
-// round-to-nearest as the old program did.
+// The largest whole number not above x, also for negative numbers.
+// Kept: built from round-to-nearest and a step down.
 long long IntPart(double x);
 
 // A dot of colour (red, green, blue) at (x, y) in pixel units (the pixel rule

@@ -216,9 +216,9 @@ Geometry Geometry::ForSize(double w, double h) {
 }
 
 void Geometry::SetRanges(std::span<const double> x, std::span<const double> y) {
-    // The density's running maximum starts at -1e30 as it always did (no
-    // density is below it); the others start beyond any value, so a curve
-    // beyond 1e30 (mean 1e300) keeps its own ends.
+    // Kept: the density's running maximum starts at -1e30 (no density is below
+    // it). The others start beyond any value, so a curve beyond 1e30 (mean
+    // 1e300) keeps its own ends.
     constexpr double kBeyond = std::numeric_limits<double>::infinity();
     double xMin = kBeyond, xMax = -kBeyond, yMin = kBeyond, yMax = -1e30;
     const std::size_t n = PointCount(x, y);
@@ -338,12 +338,12 @@ Result DrawWhole(PictureBox& surface, const Input& in) {
     // pixel), so the area reads as filled without stripes.
     const std::size_t n = PointCount(in.X, in.Y);
     // The end samples get no outer share, so nothing pokes past them.
-    std::vector<double> px(n + 2, 0.0);
+    std::vector<double> sampleX(n + 2, 0.0);
     for (std::size_t i = 1; i <= n; ++i)
-        px[i] = g.Px(in.X[i]);
+        sampleX[i] = g.Px(in.X[i]);
     if (n >= 1) {
-        px[0] = px[1];
-        px[n + 1] = px[n];
+        sampleX[0] = sampleX[1];
+        sampleX[n + 1] = sampleX[n];
     }
     std::vector<PictureBox::Bar> bars;
     bars.reserve(n);
@@ -356,8 +356,8 @@ Result DrawWhole(PictureBox& surface, const Input& in) {
         surface.SetFillColor(color);
         // From halfway to the left neighbour to halfway to the right one, and
         // never narrower than the sample's own pixel; edges at device resolution.
-        const double left = std::min(px[i], (px[i - 1] + px[i]) / 2);
-        const double right = std::max(px[i] + 1, (px[i] + px[i + 1]) / 2);
+        const double left = std::min(sampleX[i], (sampleX[i - 1] + sampleX[i]) / 2);
+        const double right = std::max(sampleX[i] + 1, (sampleX[i] + sampleX[i + 1]) / 2);
         bars.push_back({left, right, std::min(g.Y0, py), std::max(g.Y0, py) + 1, color});
     }
     surface.FillBars(bars);

@@ -40,8 +40,8 @@ const char* ListItem(const std::string& type);
 // tb_Param1..4: Delta, Gamma, Lamda, Xi in the display pattern.
 std::array<std::string, 4> ParamTexts(const Fit& fit, const std::string& pattern);
 
-// x(i) = low + (i - 1)(high - low)/N with the last point pinned to high: the
-// last gap is twice the step, as the chart and the PNC figures have always had it.
+// x(i) = low + (i - 1)(high - low)/N with the last point pinned to high.
+// Kept: the last gap is twice the step, as the chart and the PNC figures have it.
 std::vector<double> Grid(double low, double high, int n);
 
 // The fitted density on a 1-based grid; the normal row uses the requested mean

@@ -118,8 +118,8 @@ bool Drawable(double low, double high);
 struct Curve {
     std::vector<double> X, Y;
 };
-// x(i) = low + (i - 1)(high - low)/N: the divisor is N, so the last point stops
-// one step short of high. Kept so.
+// x(i) = low + (i - 1)(high - low)/N.
+// Kept: the divisor is N, so the last point stops one step short of high.
 Curve Sample(const std::string& name, double low, double high, int n,
              const std::array<double, 4>& p);
 

@@ -1,6 +1,7 @@
 #include "ui/main/ProbabilityChart.h"
 
 #include "settings/DisplayOptions.h"
+#include "support/ErrorTrap.h"
 #include "ui/draw/Look.h"
 
 #include <QFontMetricsF>
@@ -53,7 +54,15 @@ ProbabilityChart::ProbabilityChart(QWidget* parent) : QWidget(parent) {
 }
 
 void ProbabilityChart::Show(const std::vector<double>& ascending, int row, const m_Fits::Fit& fit) {
-    Show(m_ProbabilityPlot::Make(ascending, row, fit));
+    // The plot is worked out in Boost's and Eigen's arithmetic, where NaN and
+    // infinity are values (a point beyond a curve's end, an information matrix
+    // that cannot be inverted); the flags they leave are no fault of the window.
+    m_ProbabilityPlot::Plot plot;
+    {
+        const support::ForeignCode numerics;
+        plot = m_ProbabilityPlot::Make(ascending, row, fit);
+    }
+    Show(std::move(plot));
 }
 
 void ProbabilityChart::Show(m_ProbabilityPlot::Plot plot) {

@@ -7,6 +7,7 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QStyle>
+#include <QThread>
 #include <QVBoxLayout>
 
 namespace {
@@ -16,7 +17,20 @@ QWidget* Owner(QWidget* parent) {
 }
 } // namespace
 
+namespace {
+// A report from a worker thread (the data dialog fits off the window's thread)
+// is shown by the window's thread, where widgets live.
+bool OffGuiThread() {
+    return QCoreApplication::instance() &&
+           QThread::currentThread() != QCoreApplication::instance()->thread();
+}
+} // namespace
+
 void QtFace::ShowMessage(const std::string& title, const std::string& text, support::BoxIcon icon) {
+    if (OffGuiThread())
+        return void(QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [this, title, text, icon] { ShowMessage(title, text, icon); }, Qt::QueuedConnection));
     if (holding_) {
         for (const auto& held : heldMessages_)
             if (held.Title == title && held.Text == text) return;
@@ -42,6 +56,10 @@ QString QtFace::ReportLine(const support::ErrorEntry& entry) {
 
 void QtFace::ShowErrorReport(const std::vector<support::ErrorEntry>& entries) {
     if (entries.empty()) return;
+    if (OffGuiThread())
+        return void(QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [this, entries] { ShowErrorReport(entries); },
+            Qt::QueuedConnection));
     if (holding_) {
         heldReports_.push_back(entries);
         return;
@@ -100,5 +118,9 @@ void QtFace::Release() {
 }
 
 void QtFace::SetStatusText(const std::string& text) {
+    if (OffGuiThread())
+        return void(QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [this, text] { SetStatusText(text); },
+            Qt::QueuedConnection));
     if (status_) status_(text);
 }

@@ -56,7 +56,12 @@ std::vector<std::pair<std::string, std::string>> RowsOf(const std::string& text)
         if (end == std::string::npos) end = text.size();
         const std::string line = text.substr(start, end - start);
         const std::size_t tab = line.find('\t');
-        if (tab != std::string::npos) rows.emplace_back(line.substr(0, tab), line.substr(tab + 1));
+        if (tab == std::string::npos) continue;
+        // A row of several cells (an interval's low and high) reads as a range.
+        std::string value = line.substr(tab + 1);
+        for (std::size_t at; (at = value.find('\t')) != std::string::npos;)
+            value.replace(at, 1, " \u2013 ");
+        rows.emplace_back(line.substr(0, tab), std::move(value));
         start = end + 1;
     }
     return rows;

@@ -78,7 +78,8 @@ Result Draw(PictureBox& surface, const Boundary& boundary, const Input& in) {
     const uint32_t shadow = look::kButtonShadow;
     surface.SetForeColor(shadow);
     surface.SetFillColor(shadow);
-    const int width = n > 1 ? std::max(1, static_cast<int>(std::ceil(w / (n - 1)))) : 1;
+    const int width =
+        n > 1 ? std::max(1, static_cast<int>(std::ceil(w / static_cast<double>(n - 1)))) : 1;
     surface.SetDrawWidth(width);
     for (std::size_t i = 0; i < n; ++i) {
         const double x = scale.X(boundary.S[i]);

@@ -1,9 +1,9 @@
 // The skewness-kurtosis chart: the boundary K = S^2 + 1 below which no
 // distribution exists, drawn grey, and the mappings the lock and drag handlers
-// use. Drawing and picking use different kurtosis scales on purpose: the
-// drawing runs from 0 at the bottom to the largest boundary kurtosis (17), the
-// handlers from the bottom caption (1) to tb_Ymax. The old program behaved so
-// and the chart keeps it.
+// use.
+// Kept: drawing and picking use different kurtosis scales: the drawing runs
+// from 0 at the bottom to the largest boundary kurtosis (17), the handlers from
+// the bottom caption (1) to tb_Ymax.
 //
 // Draw is the body of the window's DrawSkewKurtLimits and runs inside its trap.
 #pragma once
@@ -79,8 +79,8 @@ struct MarkerPos {
     double Top = 0;
 };
 
-// Where the drawing puts the marker: top = y + height / 2, half a marker
-// lower than centred; the next lock click or drag centres it. Kept so.
+// Where the drawing puts the marker: top = y + height / 2.
+// Kept: half a marker lower than centred; the next lock click or drag centres it.
 MarkerPos MarkerAfterDraw(const PickScale& scale, double skew, double kurt, double width,
                           double height);
 // Where a lock click or a drag puts it: centred, top = y - height / 2.
@@ -115,8 +115,8 @@ LockView Locks(PickScale scale, bool lockSkew, bool lockKurt, bool drawByMoments
 
 // Whether a drag may take the point under the pointer: only a white pixel of
 // the drawn chart is free, so the grey region, the boundary line, the ticks and
-// the lock lines all refuse. One pixel read, not the boundary's formula: the
-// chart has always judged by what it shows.
+// the lock lines all refuse.
+// Kept: one pixel read, not the boundary's formula; the chart judges by what it shows.
 bool Free(PictureBox& surface, double x, double y);
 
 // One accepted drag step (the pointer is over a free point): new values for

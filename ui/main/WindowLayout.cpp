@@ -1,7 +1,6 @@
 #include "ui/main/WindowLayout.h"
 
 #include "engine/Families.h"
-#include "engine/m_Distributions.h"
 #include "ui/draw/DistributionCombo.h"
 #include "ui/draw/Look.h"
 #include "ui/draw/MarkerShape.h"
@@ -30,8 +29,9 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include <cctype>
 #include <tuple>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
 namespace WindowLayout {
@@ -44,9 +44,163 @@ constexpr int kSkewKurtHeight = 136;
 constexpr int kSliderHeight = 16;
 // The titled frame's panel colour, for the small surfaces that sit on it.
 const QColor kFramePanel(0xFB, 0xFB, 0xFC);
+// The overlay's light green (red 125, green 255, blue 125), blue-green-red.
+constexpr uint32_t kOverlayGreen = 0x7DFF7D;
 
-QLineEdit* MakeBox(const char* name, QWidget* parent = nullptr) {
-    auto* box = new QLineEdit(parent);
+using Handler = void (frm_Pondera::*)();
+template <class T> using Member = T* frm_Pondera::*;
+// A field's control, named by the window member that holds it (and so of its kind).
+using Control = std::variant<Member<QLineEdit>, Member<QCheckBox>, Member<DistributionCombo>,
+                             Member<QPushButton>>;
+
+// Where a field sits: in the grid of one of the titled frames of kFrames (in
+// their order), or placed by hand.
+enum class Place { Distribution, SpecLimits, Results, Moments, ByHand };
+// The titled frames of the left column, top to bottom.
+struct FrameSpec {
+    Member<TitledFrame> frame;
+    const char* name;
+    const char* caption;
+};
+constexpr FrameSpec kFrames[] = {
+    {&frm_Pondera::qarvFrame_PDF, "qarvFrame_PDF", "Distribution"},
+    {&frm_Pondera::qarvFrame_SpecLimits, "qarvFrame_SpecLimits", "Specification Limits"},
+    {&frm_Pondera::qarvFrame_Results, "qarvFrame_Results", "Results"},
+    {&frm_Pondera::qarvFrame_Moments, "qarvFrame_Moments", "Moments"},
+};
+
+enum class Role {
+    Input,       // typed or clicked; a Tab stop
+    Output,      // read-only in the button-face colour; the mouse may focus it, Tab passes it
+    Parameter,   // an input, but shows the fitted parameters in moments mode
+    Moment,      // shows the moments, but is an input in moments mode
+    MomentsOnly, // an input enabled only in moments mode
+};
+
+// One field of the window. Table order is the Tab order (outputs take no Tab);
+// a caption label of a Tab stop is its buddy and carries its mnemonic, as do
+// the captions of tick boxes and buttons.
+struct Field {
+    Place place;
+    int row = 0, column = 1; // the control's cell in its frame; the label sits left of it
+    Control control;
+    const char* name;
+    const char* text = nullptr;      // a box's starting text, a tick box's or button's caption
+    const char* label = nullptr;     // the caption label's text ("" while the distribution sets it)
+    const char* labelName = nullptr; // its object name (needed when it takes a mnemonic)
+    Member<QLabel> labelMember = nullptr; // the window's member for it, if any
+    Role role = Role::Input;
+    Member<QCheckBox> tick = nullptr; // the tick box that enables the field (a spec limit)
+    Handler onChange = nullptr;       // Change of a box; Click of a tick, list or button
+    Handler onGotFocus = nullptr;     // through the window's one event filter
+    bool keepsLetter = false;         // takes its mnemonic before captions that change
+    const char* accessibleName = nullptr;
+    const char* description = nullptr;
+};
+
+using W = frm_Pondera;
+// Packed by hand: clang-format would give every designator a line of its own.
+// clang-format off
+constexpr Field kFields[] = {
+    {.place = Place::Distribution, .control = &W::dd_Distribution, .name = "dd_Distribution",
+     .label = "Distribution:", .labelName = "lb_Distribution", .labelMember = &W::lb_Distribution,
+     .onChange = &W::dd_Distribution_Click, .onGotFocus = &W::dd_Distribution_GotFocus},
+    {.place = Place::Distribution, .row = 1, .control = &W::tb_Param1, .name = "tb_Param1",
+     .label = "", .labelName = "lb_Param1", .labelMember = &W::lb_Param1, .role = Role::Parameter,
+     .onChange = &W::tb_Param1_Change, .onGotFocus = &W::tb_Param1_GotFocus},
+    {.place = Place::Distribution, .row = 2, .control = &W::tb_Param2, .name = "tb_Param2",
+     .label = "", .labelName = "lb_Param2", .labelMember = &W::lb_Param2, .role = Role::Parameter,
+     .onChange = &W::tb_Param2_Change, .onGotFocus = &W::tb_Param2_GotFocus},
+    {.place = Place::Distribution, .row = 3, .control = &W::tb_Param3, .name = "tb_Param3",
+     .label = "", .labelName = "lb_Param3", .labelMember = &W::lb_Param3, .role = Role::Parameter,
+     .onChange = &W::tb_Param3_Change, .onGotFocus = &W::tb_Param3_GotFocus},
+    {.place = Place::Distribution, .row = 4, .control = &W::tb_Param4, .name = "tb_Param4",
+     .label = "", .labelName = "lb_Param4", .labelMember = &W::lb_Param4, .role = Role::Parameter,
+     .onChange = &W::tb_Param4_Change, .onGotFocus = &W::tb_Param4_GotFocus},
+
+    {.place = Place::SpecLimits, .column = 0, .control = &W::cb_LSL, .name = "cb_LSL",
+     .text = "Lower:", .onChange = &W::cb_LSL_Click, .onGotFocus = &W::cb_LSL_GotFocus,
+     .keepsLetter = true},
+    {.place = Place::SpecLimits, .control = &W::tb_LSL, .name = "tb_LSL", .text = "-3",
+     .tick = &W::cb_LSL, .onChange = &W::tb_LSL_Change, .onGotFocus = &W::tb_LSL_GotFocus},
+    {.place = Place::SpecLimits, .row = 1, .column = 0, .control = &W::cb_Target,
+     .name = "cb_Target", .text = "Target:", .onChange = &W::cb_Target_Click,
+     .onGotFocus = &W::cb_Target_GotFocus, .keepsLetter = true},
+    {.place = Place::SpecLimits, .row = 1, .control = &W::tb_Target, .name = "tb_Target",
+     .text = "0", .tick = &W::cb_Target, .onChange = &W::tb_Target_Change,
+     .onGotFocus = &W::tb_Target_GotFocus},
+    {.place = Place::SpecLimits, .row = 2, .column = 0, .control = &W::cb_USL, .name = "cb_USL",
+     .text = "Upper:", .onChange = &W::cb_USL_Click, .onGotFocus = &W::cb_USL_GotFocus,
+     .keepsLetter = true},
+    {.place = Place::SpecLimits, .row = 2, .control = &W::tb_USL, .name = "tb_USL", .text = "3",
+     .tick = &W::cb_USL, .onChange = &W::tb_USL_Change, .onGotFocus = &W::tb_USL_GotFocus},
+
+    {.place = Place::Results, .control = &W::tb_LowerPNC, .name = "tb_LowerPNC",
+     .label = "PNC below LSL:", .role = Role::Output, .accessibleName = "PNC below LSL",
+     .description = "Fraction nonconforming below the lower spec limit"},
+    {.place = Place::Results, .row = 1, .control = &W::tb_UpperPNC, .name = "tb_UpperPNC",
+     .label = "PNC above USL:", .role = Role::Output, .accessibleName = "PNC above USL",
+     .description = "Fraction nonconforming above the upper spec limit"},
+    {.place = Place::Results, .row = 2, .control = &W::tb_PNC, .name = "tb_PNC",
+     .label = "Total PNC:", .role = Role::Output, .accessibleName = "Total PNC",
+     .description = "Fraction nonconforming in total"},
+    // Pp, Ppk and the total in ppm in a second column beside the three PNC boxes.
+    {.place = Place::Results, .column = 3, .control = &W::tb_Pp, .name = "tb_Pp", .label = "Pp:",
+     .role = Role::Output},
+    {.place = Place::Results, .row = 1, .column = 3, .control = &W::tb_Ppk, .name = "tb_Ppk",
+     .label = "Ppk:", .role = Role::Output},
+    {.place = Place::Results, .row = 2, .column = 3, .control = &W::tb_PPM, .name = "tb_PPM",
+     .label = "ppm:", .role = Role::Output},
+
+    {.place = Place::Moments, .control = &W::tb_Mean, .name = "tb_Mean", .label = "Mean:",
+     .labelName = "lb_Mean", .role = Role::Moment, .onChange = &W::tb_Mean_Change,
+     .onGotFocus = &W::tb_Mean_GotFocus},
+    {.place = Place::Moments, .row = 1, .control = &W::tb_StDev, .name = "tb_StDev",
+     .label = "Std. Deviation:", .labelName = "lb_StDev", .role = Role::Moment,
+     .onChange = &W::tb_StDev_Change, .onGotFocus = &W::tb_StDev_GotFocus},
+    {.place = Place::Moments, .row = 2, .control = &W::tb_Skewness, .name = "tb_Skewness",
+     .label = "Skewness:", .labelName = "lb_Skewness", .role = Role::Moment,
+     .onChange = &W::tb_Skewness_Change, .onGotFocus = &W::tb_Skewness_GotFocus},
+    {.place = Place::Moments, .row = 3, .control = &W::tb_Kurtosis, .name = "tb_Kurtosis",
+     .label = "Kurtosis:", .labelName = "lb_Kurtosis", .role = Role::Moment,
+     .onChange = &W::tb_Kurtosis_Change, .onGotFocus = &W::tb_Kurtosis_GotFocus},
+    // Below the moments' grid: the mode and the skewness-kurtosis chart's fields.
+    {.place = Place::ByHand, .control = &W::cb_DrawbyMoments, .name = "cb_DrawbyMoments",
+     .text = "Draw using Johnson Distributions", .onChange = &W::cb_DrawbyMoments_Click,
+     .onGotFocus = &W::cb_DrawbyMoments_GotFocus},
+    {.place = Place::ByHand, .control = &W::tb_Ymax, .name = "tb_Ymax", .role = Role::MomentsOnly,
+     .onGotFocus = &W::tb_Ymax_GotFocus},
+    {.place = Place::ByHand, .control = &W::cb_LockSkewness, .name = "cb_LockSkewness",
+     .text = "Skew.", .role = Role::MomentsOnly, .onChange = &W::cb_LockSkewness_Click},
+    {.place = Place::ByHand, .control = &W::cb_LockKurtosis, .name = "cb_LockKurtosis",
+     .text = "Kurt.", .role = Role::MomentsOnly, .onChange = &W::cb_LockKurtosis_Click},
+
+    {.place = Place::ByHand, .control = &W::but_Plot, .name = "but_Plot", .text = "Plot",
+     .onChange = &W::but_Plot_Click, .onGotFocus = &W::but_Plot_GotFocus, .keepsLetter = true},
+};
+// clang-format on
+
+QWidget* WidgetOf(const frm_Pondera& w, const Field& f) {
+    return std::visit([&](auto member) -> QWidget* { return w.*member; }, f.control);
+}
+
+QLineEdit* BoxOf(const frm_Pondera& w, const Field& f) {
+    const auto* member = std::get_if<Member<QLineEdit>>(&f.control);
+    return member ? w.**member : nullptr;
+}
+
+// The caption label of a field, or nullptr.
+QLabel* LabelOf(const frm_Pondera& w, const Field& f) {
+    if (f.labelMember) return w.*f.labelMember;
+    return f.labelName ? w.findChild<QLabel*>(f.labelName) : nullptr;
+}
+
+bool TabStop(const Field& f) {
+    return f.role != Role::Output;
+}
+
+QLineEdit* MakeBox(const char* name) {
+    auto* box = new QLineEdit;
     box->setObjectName(name);
     box->setMinimumWidth(90);
     return box;
@@ -58,222 +212,156 @@ QLabel* MakeLabel(const QString& text, const char* name = nullptr) {
     return label;
 }
 
-// The overlay's light green (red 125, green 255, blue 125), blue-green-red.
-constexpr uint32_t kOverlayGreen = 0x7DFF7D;
-
-// Pp, Ppk and the total in ppm in a second column beside the three PNC boxes;
-// the PNC boxes keep their width and the new column takes what is left.
-void AddCapabilityBoxes(frm_Pondera& w, QGridLayout& grid) {
-    w.tb_Pp = MakeBox("tb_Pp");
-    w.tb_Ppk = MakeBox("tb_Ppk");
-    w.tb_PPM = MakeBox("tb_PPM");
-    w.tb_Pp->setToolTip("Pp = (USL - LSL) / (X99.865 - X0.135), from the curve's own percentiles");
-    const char* captions[] = {"Pp:", "Ppk:", "ppm:"};
-    QLineEdit* boxes[] = {w.tb_Pp, w.tb_Ppk, w.tb_PPM};
-    for (int i = 0; i < 3; ++i) {
-        SetBoxLocked(boxes[i], true);
-        boxes[i]->setFocusPolicy(Qt::ClickFocus);
-        boxes[i]->setMinimumWidth(86);
-        grid.addWidget(MakeLabel(captions[i]), i, 2);
-        grid.addWidget(boxes[i], i, 3);
+// The field's control with its name, starting text and look; unplaced.
+QWidget* MakeControl(frm_Pondera& w, const Field& f) {
+    QWidget* made = std::visit(
+        [&](auto member) -> QWidget* {
+            using T = std::remove_pointer_t<std::remove_reference_t<decltype(w.*member)>>;
+            T* control = nullptr;
+            if constexpr (std::is_same_v<T, QLineEdit>) {
+                control = MakeBox(f.name);
+                if (f.text) control->setText(f.text);
+            } else {
+                if constexpr (std::is_same_v<T, DistributionCombo>)
+                    control = new T;
+                else
+                    control = new T(f.text);
+                control->setObjectName(f.name);
+            }
+            w.*member = control;
+            return control;
+        },
+        f.control);
+    if (QLineEdit* box = BoxOf(w, f)) {
+        if (f.role == Role::Output || f.role == Role::Moment) SetBoxLocked(box, true);
+        if (f.tick) box->setEnabled(false);
     }
+    if (f.role == Role::Output) made->setFocusPolicy(Qt::ClickFocus);
+    return made;
+}
+
+// Every field's label and control, in its frame's grid unless placed by hand.
+void MakeFields(frm_Pondera& w, QGridLayout* const (&grids)[std::size(kFrames)]) {
+    for (const Field& f : kFields) {
+        QLabel* label = nullptr;
+        if (f.label) {
+            label = MakeLabel(f.label, f.labelName);
+            if (f.labelMember) w.*f.labelMember = label;
+        }
+        QWidget* control = MakeControl(w, f);
+        if (label && TabStop(f)) label->setBuddy(control);
+        if (f.place == Place::ByHand) continue;
+        QGridLayout* grid = grids[static_cast<int>(f.place)];
+        if (label) grid->addWidget(label, f.row, f.column - 1);
+        grid->addWidget(control, f.row, f.column);
+    }
+}
+
+// The capability column takes what the PNC boxes leave, its boxes a little narrower.
+void ShapeCapabilityColumn(frm_Pondera& w, QGridLayout& grid) {
+    w.tb_Pp->setToolTip("Pp = (USL - LSL) / (X99.865 - X0.135), from the curve's own percentiles");
+    for (QLineEdit* box : {w.tb_Pp, w.tb_Ppk, w.tb_PPM})
+        box->setMinimumWidth(86);
     grid.setHorizontalSpacing(4);
     grid.setColumnStretch(1, 0);
     grid.setColumnStretch(3, 1);
 }
 
-} // namespace
+// Under the moments' grid: the mode tick and the skewness-kurtosis chart, with
+// the kurtosis axis ends and title on the left, skewness ends below, the locks
+// with their "Fix" caption right.
+void BuildSkewKurtChart(frm_Pondera& w, QVBoxLayout& box) {
+    box.addWidget(w.cb_DrawbyMoments);
+    auto* chart = new QGridLayout;
+    chart->setHorizontalSpacing(3);
+    chart->setVerticalSpacing(1);
+    w.tb_Ymax->setMinimumWidth(0);
+    w.tb_Ymax->setFixedWidth(40);
+    w.tb_Ymax->setAlignment(Qt::AlignRight);
+    w.pb_YTitle = new PictureBox;
+    w.pb_YTitle->setObjectName("pb_YTitle");
+    w.pb_YTitle->setFocusPolicy(Qt::NoFocus);
+    w.pb_YTitle->setFixedSize(40, kSkewKurtHeight - 50);
+    w.pb_YTitle->SetPictureSize(40, kSkewKurtHeight - 50);
+    w.lb_YMin = MakeLabel(QString(), "lb_YMin");
+    w.lb_YMin->setAlignment(Qt::AlignRight | Qt::AlignBottom);
+    w.pb_SkewKurt = new PictureBox;
+    w.pb_SkewKurt->setObjectName("pb_SkewKurt");
+    w.pb_SkewKurt->setFixedSize(kSkewKurtWidth, kSkewKurtHeight);
+    w.pb_SkewKurt->SetPictureSize(kSkewKurtWidth, kSkewKurtHeight);
+    // Moves count only while a button is held: the drag, not the hover.
+    w.pb_SkewKurt->setMouseTracking(false);
+    w.sh_DataPoint = new MarkerShape(w.pb_SkewKurt, MarkerShape::Kind::TriangleUp, 9, 9);
+    w.sh_DataPoint->setObjectName("sh_DataPoint");
+    w.sh_DataPoint->SetFillColor(kOverlayGreen);
+    w.sh_DataPoint->SetVisible(false);
+    w.sh_SkewKurt = new MarkerShape(w.pb_SkewKurt, MarkerShape::Kind::Circle, 9, 9);
+    w.sh_SkewKurt->setObjectName("sh_SkewKurt");
+    w.pb_Lock = new PictureBox;
+    w.pb_Lock->setObjectName("pb_Lock");
+    w.pb_Lock->setFocusPolicy(Qt::NoFocus);
+    w.pb_Lock->setFixedSize(18, 60);
+    w.pb_Lock->SetPictureSize(18, 60);
+    w.lb_XMin = MakeLabel(QString(), "lb_XMin");
+    w.lb_XMax = MakeLabel(QString(), "lb_XMax");
+    w.lb_XMax->setAlignment(Qt::AlignRight);
+    auto* skewTitle = MakeLabel("Skewness");
+    skewTitle->setAlignment(Qt::AlignHCenter);
 
-// Inputs are white; outputs and locked fields read-only in the button-face colour.
-void SetBoxLocked(QLineEdit* box, bool locked) {
-    box->setReadOnly(locked);
-    QPalette pal = box->palette();
-    pal.setColor(QPalette::Base, locked ? look::ToQColor(look::kButtonFace) : QColor(Qt::white));
-    box->setPalette(pal);
+    chart->addWidget(w.tb_Ymax, 0, 0, Qt::AlignTop);
+    chart->addWidget(w.pb_YTitle, 1, 0, Qt::AlignCenter);
+    chart->addWidget(w.lb_YMin, 2, 0, Qt::AlignRight | Qt::AlignBottom);
+    chart->addWidget(w.pb_SkewKurt, 0, 1, 3, 1);
+    auto* xAxis = new QHBoxLayout;
+    xAxis->setContentsMargins(0, 0, 0, 0);
+    xAxis->addWidget(w.lb_XMin);
+    xAxis->addWidget(skewTitle, 1);
+    xAxis->addWidget(w.lb_XMax);
+    chart->addLayout(xAxis, 3, 1);
+    auto* locks = new QGridLayout;
+    locks->setContentsMargins(0, 0, 0, 0);
+    locks->setHorizontalSpacing(2);
+    locks->setVerticalSpacing(2);
+    locks->addWidget(w.pb_Lock, 0, 0, 2, 1);
+    locks->addWidget(w.cb_LockSkewness, 0, 1);
+    locks->addWidget(w.cb_LockKurtosis, 1, 1);
+    chart->addLayout(locks, 0, 2, 3, 1, Qt::AlignVCenter);
+    chart->setColumnStretch(3, 1);
+    box.addLayout(chart);
 }
 
-void Build(frm_Pondera& w) {
-    auto* central = new QWidget;
-    central->setObjectName("central");
-    w.setCentralWidget(central);
-    auto* outer = new QHBoxLayout(central);
-    outer->setContentsMargins(8, 8, 8, 4);
-    outer->setSpacing(8);
-
-    // ---- the left column of titled frames, scrollable on a small screen ----
+// The left column of titled frames with Plot under them, scrollable on a small screen.
+QScrollArea* BuildLeftColumn(frm_Pondera& w) {
     auto* column = new QWidget;
     column->setObjectName("leftColumn");
     auto* left = new QVBoxLayout(column);
     left->setContentsMargins(0, 0, 0, 0);
     left->setSpacing(5);
 
-    w.qarvFrame_PDF = new TitledFrame("Distribution");
-    w.qarvFrame_PDF->setObjectName("qarvFrame_PDF");
-    {
-        auto* grid = new QGridLayout(w.qarvFrame_PDF);
-        grid->setVerticalSpacing(3);
-        grid->setColumnStretch(1, 1);
-        w.lb_Distribution = MakeLabel("Distribution:", "lb_Distribution");
-        w.dd_Distribution = new DistributionCombo;
-        w.dd_Distribution->setObjectName("dd_Distribution");
-        grid->addWidget(w.lb_Distribution, 0, 0);
-        grid->addWidget(w.dd_Distribution, 0, 1);
-        QLabel** labels[] = {&w.lb_Param1, &w.lb_Param2, &w.lb_Param3, &w.lb_Param4};
-        QLineEdit** boxes[] = {&w.tb_Param1, &w.tb_Param2, &w.tb_Param3, &w.tb_Param4};
-        const char* labelNames[] = {"lb_Param1", "lb_Param2", "lb_Param3", "lb_Param4"};
-        const char* boxNames[] = {"tb_Param1", "tb_Param2", "tb_Param3", "tb_Param4"};
-        for (int i = 0; i < 4; ++i) {
-            *labels[i] = MakeLabel(QString(), labelNames[i]);
-            *boxes[i] = MakeBox(boxNames[i]);
-            grid->addWidget(*labels[i], i + 1, 0);
-            grid->addWidget(*boxes[i], i + 1, 1);
+    QGridLayout* grids[std::size(kFrames)];
+    QVBoxLayout* momentsBox = nullptr;
+    for (std::size_t i = 0; i < std::size(kFrames); ++i) {
+        TitledFrame* frame = new TitledFrame(kFrames[i].caption);
+        w.*kFrames[i].frame = frame;
+        frame->setObjectName(kFrames[i].name);
+        if (i == static_cast<std::size_t>(Place::Moments)) {
+            // The moments' grid has the chart under it.
+            momentsBox = new QVBoxLayout(frame);
+            momentsBox->setSpacing(3);
+            grids[i] = new QGridLayout;
+            momentsBox->addLayout(grids[i]);
+        } else {
+            grids[i] = new QGridLayout(frame);
         }
+        grids[i]->setVerticalSpacing(3);
+        grids[i]->setColumnStretch(1, 1);
     }
-    left->addWidget(w.qarvFrame_PDF);
+    MakeFields(w, grids);
+    ShapeCapabilityColumn(w, *grids[static_cast<int>(Place::Results)]);
+    BuildSkewKurtChart(w, *momentsBox);
+    for (const FrameSpec& spec : kFrames)
+        left->addWidget(w.*spec.frame);
 
-    w.qarvFrame_SpecLimits = new TitledFrame("Specification Limits");
-    w.qarvFrame_SpecLimits->setObjectName("qarvFrame_SpecLimits");
-    {
-        auto* grid = new QGridLayout(w.qarvFrame_SpecLimits);
-        grid->setVerticalSpacing(3);
-        grid->setColumnStretch(1, 1);
-        w.cb_LSL = new QCheckBox("Lower:");
-        w.cb_LSL->setObjectName("cb_LSL");
-        w.cb_Target = new QCheckBox("Target:");
-        w.cb_Target->setObjectName("cb_Target");
-        w.cb_USL = new QCheckBox("Upper:");
-        w.cb_USL->setObjectName("cb_USL");
-        w.tb_LSL = MakeBox("tb_LSL");
-        w.tb_Target = MakeBox("tb_Target");
-        w.tb_USL = MakeBox("tb_USL");
-        w.tb_LSL->setText("-3");
-        w.tb_Target->setText("0");
-        w.tb_USL->setText("3");
-        QCheckBox* checks[] = {w.cb_LSL, w.cb_Target, w.cb_USL};
-        QLineEdit* boxes[] = {w.tb_LSL, w.tb_Target, w.tb_USL};
-        for (int i = 0; i < 3; ++i) {
-            boxes[i]->setEnabled(false);
-            grid->addWidget(checks[i], i, 0);
-            grid->addWidget(boxes[i], i, 1);
-        }
-    }
-    left->addWidget(w.qarvFrame_SpecLimits);
-
-    w.qarvFrame_Results = new TitledFrame("Results");
-    w.qarvFrame_Results->setObjectName("qarvFrame_Results");
-    {
-        auto* grid = new QGridLayout(w.qarvFrame_Results);
-        grid->setVerticalSpacing(3);
-        grid->setColumnStretch(1, 1);
-        w.tb_LowerPNC = MakeBox("tb_LowerPNC");
-        w.tb_UpperPNC = MakeBox("tb_UpperPNC");
-        w.tb_PNC = MakeBox("tb_PNC");
-        const char* captions[] = {"PNC below LSL:", "PNC above USL:", "Total PNC:"};
-        QLineEdit* boxes[] = {w.tb_LowerPNC, w.tb_UpperPNC, w.tb_PNC};
-        for (int i = 0; i < 3; ++i) {
-            SetBoxLocked(boxes[i], true);
-            boxes[i]->setFocusPolicy(Qt::ClickFocus);
-            grid->addWidget(MakeLabel(captions[i]), i, 0);
-            grid->addWidget(boxes[i], i, 1);
-        }
-        AddCapabilityBoxes(w, *grid);
-    }
-    left->addWidget(w.qarvFrame_Results);
-
-    w.qarvFrame_Moments = new TitledFrame("Moments");
-    w.qarvFrame_Moments->setObjectName("qarvFrame_Moments");
-    {
-        auto* box = new QVBoxLayout(w.qarvFrame_Moments);
-        box->setSpacing(3);
-        auto* grid = new QGridLayout;
-        grid->setVerticalSpacing(3);
-        grid->setColumnStretch(1, 1);
-        w.tb_Mean = MakeBox("tb_Mean");
-        w.tb_StDev = MakeBox("tb_StDev");
-        w.tb_Skewness = MakeBox("tb_Skewness");
-        w.tb_Kurtosis = MakeBox("tb_Kurtosis");
-        const char* captions[] = {"Mean:", "Std. Deviation:", "Skewness:", "Kurtosis:"};
-        const char* labelNames[] = {"lb_Mean", "lb_StDev", "lb_Skewness", "lb_Kurtosis"};
-        QLineEdit* boxes[] = {w.tb_Mean, w.tb_StDev, w.tb_Skewness, w.tb_Kurtosis};
-        for (int i = 0; i < 4; ++i) {
-            SetBoxLocked(boxes[i], true);
-            grid->addWidget(MakeLabel(captions[i], labelNames[i]), i, 0);
-            grid->addWidget(boxes[i], i, 1);
-        }
-        box->addLayout(grid);
-
-        w.cb_DrawbyMoments = new QCheckBox("Draw using Johnson Distributions");
-        w.cb_DrawbyMoments->setObjectName("cb_DrawbyMoments");
-        box->addWidget(w.cb_DrawbyMoments);
-
-        // The skewness-kurtosis chart: kurtosis axis ends and title on the
-        // left, skewness ends below, the locks with their "Fix" caption right.
-        auto* chart = new QGridLayout;
-        chart->setHorizontalSpacing(3);
-        chart->setVerticalSpacing(1);
-        w.tb_Ymax = MakeBox("tb_Ymax");
-        w.tb_Ymax->setMinimumWidth(0);
-        w.tb_Ymax->setFixedWidth(40);
-        w.tb_Ymax->setAlignment(Qt::AlignRight);
-        w.pb_YTitle = new PictureBox;
-        w.pb_YTitle->setObjectName("pb_YTitle");
-        w.pb_YTitle->setFocusPolicy(Qt::NoFocus);
-        w.pb_YTitle->setFixedSize(40, kSkewKurtHeight - 50);
-        w.pb_YTitle->SetPictureSize(40, kSkewKurtHeight - 50);
-        w.lb_YMin = MakeLabel(QString(), "lb_YMin");
-        w.lb_YMin->setAlignment(Qt::AlignRight | Qt::AlignBottom);
-        w.pb_SkewKurt = new PictureBox;
-        w.pb_SkewKurt->setObjectName("pb_SkewKurt");
-        w.pb_SkewKurt->setFixedSize(kSkewKurtWidth, kSkewKurtHeight);
-        w.pb_SkewKurt->SetPictureSize(kSkewKurtWidth, kSkewKurtHeight);
-        // Moves count only while a button is held: the drag, not the hover.
-        w.pb_SkewKurt->setMouseTracking(false);
-        w.sh_DataPoint = new MarkerShape(w.pb_SkewKurt, MarkerShape::Kind::TriangleUp, 9, 9);
-        w.sh_DataPoint->setObjectName("sh_DataPoint");
-        w.sh_DataPoint->SetFillColor(kOverlayGreen);
-        w.sh_DataPoint->SetVisible(false);
-        w.sh_SkewKurt = new MarkerShape(w.pb_SkewKurt, MarkerShape::Kind::Circle, 9, 9);
-        w.sh_SkewKurt->setObjectName("sh_SkewKurt");
-        w.pb_Lock = new PictureBox;
-        w.pb_Lock->setObjectName("pb_Lock");
-        w.pb_Lock->setFocusPolicy(Qt::NoFocus);
-        w.pb_Lock->setFixedSize(18, 60);
-        w.pb_Lock->SetPictureSize(18, 60);
-        w.cb_LockSkewness = new QCheckBox("Skew.");
-        w.cb_LockSkewness->setObjectName("cb_LockSkewness");
-        w.cb_LockKurtosis = new QCheckBox("Kurt.");
-        w.cb_LockKurtosis->setObjectName("cb_LockKurtosis");
-        w.lb_XMin = MakeLabel(QString(), "lb_XMin");
-        w.lb_XMax = MakeLabel(QString(), "lb_XMax");
-        w.lb_XMax->setAlignment(Qt::AlignRight);
-        auto* skewTitle = MakeLabel("Skewness");
-        skewTitle->setAlignment(Qt::AlignHCenter);
-
-        chart->addWidget(w.tb_Ymax, 0, 0, Qt::AlignTop);
-        chart->addWidget(w.pb_YTitle, 1, 0, Qt::AlignCenter);
-        chart->addWidget(w.lb_YMin, 2, 0, Qt::AlignRight | Qt::AlignBottom);
-        chart->addWidget(w.pb_SkewKurt, 0, 1, 3, 1);
-        auto* xAxis = new QHBoxLayout;
-        xAxis->setContentsMargins(0, 0, 0, 0);
-        xAxis->addWidget(w.lb_XMin);
-        xAxis->addWidget(skewTitle, 1);
-        xAxis->addWidget(w.lb_XMax);
-        chart->addLayout(xAxis, 3, 1);
-        auto* locks = new QGridLayout;
-        locks->setContentsMargins(0, 0, 0, 0);
-        locks->setHorizontalSpacing(2);
-        locks->setVerticalSpacing(2);
-        locks->addWidget(w.pb_Lock, 0, 0, 2, 1);
-        locks->addWidget(w.cb_LockSkewness, 0, 1);
-        locks->addWidget(w.cb_LockKurtosis, 1, 1);
-        chart->addLayout(locks, 0, 2, 3, 1, Qt::AlignVCenter);
-        chart->setColumnStretch(3, 1);
-        box->addLayout(chart);
-    }
-    left->addWidget(w.qarvFrame_Moments);
-
-    w.but_Plot = new QPushButton("Plot");
-    w.but_Plot->setObjectName("but_Plot");
     w.but_Plot->setMinimumHeight(30);
     w.but_Plot->setDefault(true);
     left->addWidget(w.but_Plot);
@@ -289,10 +377,12 @@ void Build(frm_Pondera& w) {
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     column->setFixedWidth(kLeftColumnWidth);
     scroll->setFixedWidth(kLeftColumnWidth + scroll->verticalScrollBar()->sizeHint().width() + 2);
-    outer->addWidget(scroll);
+    return scroll;
+}
 
-    // ---- the density chart and the strip with the spec-limit markers ----
-    // Both share their left edge and width, so a pointer x means the same on each.
+// The density chart and the strip with the spec-limit markers. Both share
+// their left edge and width, so a pointer x means the same on each.
+QVBoxLayout* BuildChartColumn(frm_Pondera& w) {
     auto* chartColumn = new QVBoxLayout;
     chartColumn->setContentsMargins(0, 0, 0, 0);
     chartColumn->setSpacing(0);
@@ -317,9 +407,10 @@ void Build(frm_Pondera& w) {
     }
     chartColumn->addWidget(w.pb_PDF, 1);
     chartColumn->addWidget(w.pb_Slider);
-    outer->addLayout(chartColumn, 1);
+    return chartColumn;
+}
 
-    // ---- status bar ----
+void BuildStatusBar(frm_Pondera& w) {
     w.StatusBar1 = new QStatusBar;
     w.StatusBar1->setObjectName("StatusBar1");
     w.StatusPanel1 = new QLabel;
@@ -330,6 +421,28 @@ void Build(frm_Pondera& w) {
     w.StatusPanel2->setMinimumWidth(1); // a long readout is cut, never widens the window
     w.StatusBar1->addPermanentWidget(w.StatusPanel2);
     w.setStatusBar(w.StatusBar1);
+}
+
+} // namespace
+
+// Inputs are white; outputs and locked fields read-only in the button-face colour.
+void SetBoxLocked(QLineEdit* box, bool locked) {
+    box->setReadOnly(locked);
+    QPalette pal = box->palette();
+    pal.setColor(QPalette::Base, locked ? look::ToQColor(look::kButtonFace) : QColor(Qt::white));
+    box->setPalette(pal);
+}
+
+void Build(frm_Pondera& w) {
+    auto* central = new QWidget;
+    central->setObjectName("central");
+    w.setCentralWidget(central);
+    auto* outer = new QHBoxLayout(central);
+    outer->setContentsMargins(8, 8, 8, 4);
+    outer->setSpacing(8);
+    outer->addWidget(BuildLeftColumn(w));
+    outer->addLayout(BuildChartColumn(w), 1);
+    BuildStatusBar(w);
 
     // The small surfaces on the moments frame take the frame's colour.
     for (PictureBox* pb : {w.pb_YTitle, w.pb_Lock, w.pb_Slider}) {
@@ -407,38 +520,22 @@ void Connect(frm_Pondera& w) {
         };
     };
 
-    QObject::connect(w.but_Plot, &QPushButton::clicked, self, act(&frm_Pondera::but_Plot_Click));
-    QObject::connect(w.dd_Distribution, &QComboBox::activated, self,
-                     act(&frm_Pondera::dd_Distribution_Click));
-
-    QObject::connect(w.tb_Param1, &QLineEdit::textChanged, self,
-                     act(&frm_Pondera::tb_Param1_Change));
-    QObject::connect(w.tb_Param2, &QLineEdit::textChanged, self,
-                     act(&frm_Pondera::tb_Param2_Change));
-    QObject::connect(w.tb_Param3, &QLineEdit::textChanged, self,
-                     act(&frm_Pondera::tb_Param3_Change));
-    QObject::connect(w.tb_Param4, &QLineEdit::textChanged, self,
-                     act(&frm_Pondera::tb_Param4_Change));
-    QObject::connect(w.tb_LSL, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_LSL_Change));
-    QObject::connect(w.tb_Target, &QLineEdit::textChanged, self,
-                     act(&frm_Pondera::tb_Target_Change));
-    QObject::connect(w.tb_USL, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_USL_Change));
-    QObject::connect(w.tb_Mean, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_Mean_Change));
-    QObject::connect(w.tb_StDev, &QLineEdit::textChanged, self, act(&frm_Pondera::tb_StDev_Change));
-    QObject::connect(w.tb_Skewness, &QLineEdit::textChanged, self,
-                     act(&frm_Pondera::tb_Skewness_Change));
-    QObject::connect(w.tb_Kurtosis, &QLineEdit::textChanged, self,
-                     act(&frm_Pondera::tb_Kurtosis_Change));
-
-    QObject::connect(w.cb_LSL, &QCheckBox::clicked, self, act(&frm_Pondera::cb_LSL_Click));
-    QObject::connect(w.cb_Target, &QCheckBox::clicked, self, act(&frm_Pondera::cb_Target_Click));
-    QObject::connect(w.cb_USL, &QCheckBox::clicked, self, act(&frm_Pondera::cb_USL_Click));
-    QObject::connect(w.cb_DrawbyMoments, &QCheckBox::clicked, self,
-                     act(&frm_Pondera::cb_DrawbyMoments_Click));
-    QObject::connect(w.cb_LockSkewness, &QCheckBox::clicked, self,
-                     act(&frm_Pondera::cb_LockSkewness_Click));
-    QObject::connect(w.cb_LockKurtosis, &QCheckBox::clicked, self,
-                     act(&frm_Pondera::cb_LockKurtosis_Click));
+    // The fields: a box's Change, a tick's, the list's or Plot's Click.
+    for (const Field& f : kFields) {
+        if (!f.onChange) continue;
+        std::visit(
+            [&](auto member) {
+                auto* control = w.*member;
+                using T = std::remove_pointer_t<decltype(control)>;
+                if constexpr (std::is_same_v<T, QLineEdit>)
+                    QObject::connect(control, &QLineEdit::textChanged, self, act(f.onChange));
+                else if constexpr (std::is_same_v<T, DistributionCombo>)
+                    QObject::connect(control, &QComboBox::activated, self, act(f.onChange));
+                else
+                    QObject::connect(control, &QAbstractButton::clicked, self, act(f.onChange));
+            },
+            f.control);
+    }
 
     QObject::connect(w.mnuXAxis, &QAction::triggered, self, act(&frm_Pondera::mnuXAxis_Click));
     QObject::connect(w.mnuYAxis, &QAction::triggered, self, act(&frm_Pondera::mnuYAxis_Click));
@@ -508,42 +605,17 @@ void Connect(frm_Pondera& w) {
         QObject::connect(title, &PictureBox::RatioChanged, self, act(&frm_Pondera::Form_Paint));
 
     // Enter in an input field presses Plot (which does nothing while it is disabled).
-    for (QLineEdit* box :
-         {w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4, w.tb_LSL, w.tb_Target, w.tb_USL,
-          w.tb_Mean, w.tb_StDev, w.tb_Skewness, w.tb_Kurtosis})
-        QObject::connect(box, &QLineEdit::returnPressed, w.but_Plot, &QPushButton::click);
-
     // Focus events have no signal: they come through the one event filter.
-    for (QWidget* widget : std::initializer_list<QWidget*>{
-             w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4, w.tb_LSL, w.tb_Target, w.tb_USL,
-             w.cb_LSL, w.cb_Target, w.cb_USL, w.dd_Distribution, w.but_Plot, w.tb_Mean, w.tb_StDev,
-             w.tb_Skewness, w.tb_Kurtosis, w.tb_Ymax, w.cb_DrawbyMoments})
-        widget->installEventFilter(self);
+    for (const Field& f : kFields) {
+        if (QLineEdit* box = BoxOf(w, f); box && f.onChange)
+            QObject::connect(box, &QLineEdit::returnPressed, w.but_Plot, &QPushButton::click);
+        if (f.onGotFocus) WidgetOf(w, f)->installEventFilter(self);
+    }
 }
 
 FocusHandler FocusHandlerOf(const frm_Pondera& w, const QObject* watched) {
-    const std::pair<const QObject*, FocusHandler> table[] = {
-        {w.tb_Param1, &frm_Pondera::tb_Param1_GotFocus},
-        {w.tb_Param2, &frm_Pondera::tb_Param2_GotFocus},
-        {w.tb_Param3, &frm_Pondera::tb_Param3_GotFocus},
-        {w.tb_Param4, &frm_Pondera::tb_Param4_GotFocus},
-        {w.tb_LSL, &frm_Pondera::tb_LSL_GotFocus},
-        {w.tb_Target, &frm_Pondera::tb_Target_GotFocus},
-        {w.tb_USL, &frm_Pondera::tb_USL_GotFocus},
-        {w.cb_LSL, &frm_Pondera::cb_LSL_GotFocus},
-        {w.cb_Target, &frm_Pondera::cb_Target_GotFocus},
-        {w.cb_USL, &frm_Pondera::cb_USL_GotFocus},
-        {w.dd_Distribution, &frm_Pondera::dd_Distribution_GotFocus},
-        {w.but_Plot, &frm_Pondera::but_Plot_GotFocus},
-        {w.tb_Mean, &frm_Pondera::tb_Mean_GotFocus},
-        {w.tb_StDev, &frm_Pondera::tb_StDev_GotFocus},
-        {w.tb_Skewness, &frm_Pondera::tb_Skewness_GotFocus},
-        {w.tb_Kurtosis, &frm_Pondera::tb_Kurtosis_GotFocus},
-        {w.tb_Ymax, &frm_Pondera::tb_Ymax_GotFocus},
-        {w.cb_DrawbyMoments, &frm_Pondera::cb_DrawbyMoments_GotFocus},
-    };
-    for (const auto& [object, handler] : table)
-        if (object == watched) return handler;
+    for (const Field& f : kFields)
+        if (f.onGotFocus && WidgetOf(w, f) == watched) return f.onGotFocus;
     return nullptr;
 }
 
@@ -557,19 +629,6 @@ void SetKeyboard(frm_Pondera& w) {
     // Ctrl+Q also where the desktop names no quit key.
     if (w.mnuQuit->shortcut().isEmpty()) w.mnuQuit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
 
-    const std::pair<QLabel*, QWidget*> buddies[] = {
-        {w.lb_Distribution, w.dd_Distribution},
-        {w.lb_Param1, w.tb_Param1},
-        {w.lb_Param2, w.tb_Param2},
-        {w.lb_Param3, w.tb_Param3},
-        {w.lb_Param4, w.tb_Param4},
-        {w.findChild<QLabel*>("lb_Mean"), w.tb_Mean},
-        {w.findChild<QLabel*>("lb_StDev"), w.tb_StDev},
-        {w.findChild<QLabel*>("lb_Skewness"), w.tb_Skewness},
-        {w.findChild<QLabel*>("lb_Kurtosis"), w.tb_Kurtosis}};
-    for (const auto& [label, buddy] : buddies)
-        label->setBuddy(buddy);
-
     // The surfaces a keyboard can do nothing with take the focus only from
     // the mouse (their GotFocus handlers still run); the markers take Tab.
     for (PictureBox* pb : {w.pb_PDF, w.pb_Slider, w.pb_SkewKurt})
@@ -577,17 +636,21 @@ void SetKeyboard(frm_Pondera& w) {
     for (MarkerShape* marker : {w.sh_LSL, w.sh_USL})
         marker->setFocusPolicy(Qt::StrongFocus);
 
-    // Tab walks the frames top to bottom, each limit's box after its tick.
-    QWidget* const order[] = {
-        w.dd_Distribution,  w.tb_Param1, w.tb_Param2,       w.tb_Param3,       w.tb_Param4,
-        w.cb_LSL,           w.tb_LSL,    w.cb_Target,       w.tb_Target,       w.cb_USL,
-        w.tb_USL,           w.tb_Mean,   w.tb_StDev,        w.tb_Skewness,     w.tb_Kurtosis,
-        w.cb_DrawbyMoments, w.tb_Ymax,   w.cb_LockSkewness, w.cb_LockKurtosis, w.but_Plot,
-        w.sh_LSL,           w.sh_USL};
-    for (std::size_t i = 1; i < std::size(order); ++i)
+    // Tab walks the fields top to bottom, then the spec-limit markers.
+    std::vector<QWidget*> order;
+    for (const Field& f : kFields)
+        if (TabStop(f)) order.push_back(WidgetOf(w, f));
+    order.push_back(w.sh_LSL);
+    order.push_back(w.sh_USL);
+    for (std::size_t i = 1; i < order.size(); ++i)
         QWidget::setTabOrder(order[i - 1], order[i]);
 
-    const std::tuple<QWidget*, const char*, const char*> described[] = {
+    for (const Field& f : kFields) {
+        if (!f.accessibleName) continue;
+        WidgetOf(w, f)->setAccessibleName(f.accessibleName);
+        WidgetOf(w, f)->setAccessibleDescription(f.description);
+    }
+    const std::tuple<QWidget*, const char*, const char*> surfaces[] = {
         {w.pb_PDF, "Density chart",
          "The probability density, the area inside the spec limits shaded in one colour and "
          "outside in another, with the limit lines"},
@@ -601,11 +664,8 @@ void SetKeyboard(frm_Pondera& w) {
          "point to choose the moments"},
         {w.sh_SkewKurt, "Skewness-kurtosis point", "The current skewness and kurtosis"},
         {w.pb_YTitle, "Kurtosis", "Title of the kurtosis axis"},
-        {w.pb_Lock, "Fix", "Caption of the lock boxes"},
-        {w.tb_LowerPNC, "PNC below LSL", "Fraction nonconforming below the lower spec limit"},
-        {w.tb_UpperPNC, "PNC above USL", "Fraction nonconforming above the upper spec limit"},
-        {w.tb_PNC, "Total PNC", "Fraction nonconforming in total"}};
-    for (const auto& [widget, name, description] : described) {
+        {w.pb_Lock, "Fix", "Caption of the lock boxes"}};
+    for (const auto& [widget, name, description] : surfaces) {
         widget->setAccessibleName(name);
         widget->setAccessibleDescription(description);
     }
@@ -614,10 +674,10 @@ void SetKeyboard(frm_Pondera& w) {
 
 bool LimitMnemonic(frm_Pondera& w, QObject* watched, const QEvent& event) {
     if (event.type() != QEvent::Shortcut) return false;
-    const std::pair<QCheckBox*, QLineEdit*> limits[] = {
-        {w.cb_LSL, w.tb_LSL}, {w.cb_Target, w.tb_Target}, {w.cb_USL, w.tb_USL}};
-    for (const auto& [check, box] : limits) {
-        if (watched != check) continue;
+    for (const Field& f : kFields) {
+        if (!f.tick || watched != w.*f.tick) continue;
+        QCheckBox* check = w.*f.tick;
+        QLineEdit* box = BoxOf(w, f);
         check->click();
         // Unticked, the value cannot be typed: the focus stays on the tick.
         QWidget* next = check->isChecked() ? static_cast<QWidget*>(box) : check;
@@ -628,7 +688,6 @@ bool LimitMnemonic(frm_Pondera& w, QObject* watched, const QEvent& event) {
     return false;
 }
 
-// Fresh letters for the captions, after the menu bar's.
 void RouteFocus(frm_Pondera& w, QObject* watched, const QEvent& event, bool unloaded) {
     const bool in = event.type() == QEvent::FocusIn, out = event.type() == QEvent::FocusOut;
     if (!in && !out) return;
@@ -648,26 +707,24 @@ void RouteFocus(frm_Pondera& w, QObject* watched, const QEvent& event, bool unlo
 }
 
 void ShowParamRows(frm_Pondera& w, const std::array<PlotPipeline::ParamRow, 4>& rows) {
-    QLabel* labels[] = {w.lb_Param1, w.lb_Param2, w.lb_Param3, w.lb_Param4};
-    QLineEdit* boxes[] = {w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4};
-    for (int i = 0; i < 4; ++i) {
-        if (rows[i].Label) labels[i]->setText(rows[i].Label);
-        labels[i]->setVisible(rows[i].Label != nullptr);
-        boxes[i]->setVisible(rows[i].Label != nullptr);
-        if (rows[i].DefaultText) boxes[i]->setText(rows[i].DefaultText);
+    std::size_t i = 0;
+    for (const Field& f : kFields) {
+        if (f.role != Role::Parameter) continue;
+        const PlotPipeline::ParamRow& row = rows.at(i++);
+        QLabel* label = LabelOf(w, f);
+        QLineEdit* box = BoxOf(w, f);
+        if (row.Label) label->setText(row.Label);
+        label->setVisible(row.Label != nullptr);
+        box->setVisible(row.Label != nullptr);
+        if (row.DefaultText) box->setText(row.DefaultText);
     }
     MarkMnemonics(w);
 }
 
 void ShowMode(frm_Pondera& w, bool byMoments) {
     QStringList names;
-    for (const auto& n :
-         byMoments ? m_Distributions::MomentsListOrder() : m_Distributions::ClassicalListOrder())
+    for (const std::string& n : Families::ListOrder(byMoments))
         names << QString::fromStdString(n);
-    // After the six, the Johnson forms a user types by their parameters.
-    if (!byMoments)
-        for (const Families::Family& f : Families::All())
-            if (f.Name && f.As99Type) names << QString::fromLatin1(f.Name);
     w.dd_Distribution->SetLocked(byMoments);
     w.dd_Distribution->SetDistributions(names);
     w.dd_Distribution->setCurrentIndex(0);
@@ -678,25 +735,25 @@ void ShowMode(frm_Pondera& w, bool byMoments) {
         ShowParamRows(w, rows);
     }
     // Moments become inputs and parameters outputs, or back.
-    for (QLineEdit* box : {w.tb_Mean, w.tb_StDev, w.tb_Skewness, w.tb_Kurtosis})
-        SetBoxLocked(box, !byMoments);
-    for (QLineEdit* box : {w.tb_Param1, w.tb_Param2, w.tb_Param3, w.tb_Param4})
-        SetBoxLocked(box, byMoments);
-    w.cb_LockKurtosis->setEnabled(byMoments);
-    w.cb_LockSkewness->setEnabled(byMoments);
-    w.tb_Ymax->setEnabled(byMoments);
+    for (const Field& f : kFields) {
+        if (f.role == Role::Moment) SetBoxLocked(BoxOf(w, f), !byMoments);
+        if (f.role == Role::Parameter) SetBoxLocked(BoxOf(w, f), byMoments);
+        if (f.role == Role::MomentsOnly) WidgetOf(w, f)->setEnabled(byMoments);
+    }
 }
 
 void MarkMnemonics(frm_Pondera& w) {
     // Plot and the limits first, so that their letters never change; then the
     // captions top to bottom (hidden ones take none).
-    std::vector<QWidget*> owners = {w.but_Plot,  w.cb_LSL,          w.cb_Target,
-                                    w.cb_USL,    w.lb_Distribution, w.lb_Param1,
-                                    w.lb_Param2, w.lb_Param3,       w.lb_Param4};
-    for (const char* name : {"lb_Mean", "lb_StDev", "lb_Skewness", "lb_Kurtosis"})
-        owners.push_back(w.findChild<QLabel*>(name));
-    for (QWidget* owner : {w.cb_DrawbyMoments, w.cb_LockSkewness, w.cb_LockKurtosis})
-        owners.push_back(owner);
+    std::vector<QWidget*> owners;
+    for (const bool first : {true, false})
+        for (const Field& f : kFields) {
+            if (!TabStop(f) || f.keepsLetter != first) continue;
+            if (QLabel* label = LabelOf(w, f))
+                owners.push_back(label);
+            else if (auto* button = qobject_cast<QAbstractButton*>(WidgetOf(w, f)))
+                owners.push_back(button);
+        }
     auto textOf = [](QWidget* owner) {
         if (auto* label = qobject_cast<QLabel*>(owner)) return label->text();
         return static_cast<QAbstractButton*>(owner)->text();
@@ -726,13 +783,14 @@ void MarkMnemonics(frm_Pondera& w) {
 
 void PaintUpright(PictureBox& pb, const QString& text, int size) {
     pb.Cls();
-    QFont font(look::AppFontFamily());
+    const QString family = look::AppFontFamily();
+    QFont font(family);
     font.setPixelSize(size);
     const double textWidth = QFontMetrics(font).horizontalAdvance(text);
     // Reading upward, centred on the surface.
     const double x = (pb.ScaleWidth() - size) / 2.0;
     const double y = (pb.ScaleHeight() + textWidth) / 2.0;
-    m_TextRotate::PrintRotatedText(pb, text, x, y, 900, "Tahoma", size, false, false);
+    m_TextRotate::PrintRotatedText(pb, text, x, y, 900, family, size, false, false);
     pb.Refresh();
 }
 

@@ -13,12 +13,14 @@ class PictureBox;
 namespace WindowLayout {
 
 // Every control of the window, in the left column of titled frames, the
-// density chart with its marker strip, and the status bar.
+// density chart with its marker strip, and the status bar; a caption label is
+// its field's buddy. The fields are one table in WindowLayout.cpp: a new field
+// is one row there (and its member and handlers in frm_Pondera).
 void Build(frm_Pondera& w);
 // File, Edit and View with their items.
 void BuildMenus(frm_Pondera& w);
-// Shortcuts, label buddies, the Tab order, which surfaces take the focus,
-// accessible names, and the captions' mnemonics.
+// Shortcuts, the Tab order, which surfaces take the focus, accessible names,
+// and the captions' mnemonics.
 void SetKeyboard(frm_Pondera& w);
 // Hands the captions' mnemonic letters out afresh (after they changed).
 void MarkMnemonics(frm_Pondera& w);

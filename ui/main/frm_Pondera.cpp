@@ -2,6 +2,7 @@
 
 #include "engine/m_Distributions.h"
 #include "settings/DisplayOptions.h"
+#include "stats/m_Fits.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
 #include "support/MExceptionHandler.h"
@@ -13,7 +14,9 @@
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
+#include "ui/main/CapabilityPanel.h"
 #include "ui/main/ChartExport.h"
+#include "ui/main/IdentifyTable.h"
 #include "ui/main/MarkerDrag.h"
 #include "ui/main/Mnemonics.h"
 #include "ui/main/QtFace.h"
@@ -33,6 +36,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -90,6 +94,18 @@ template <class Handler> void SetCheckValue(QCheckBox* box, bool value, Handler&
     click();
 }
 
+// The data dialog's limits (LSL, Target, USL; empty: none) into the window's
+// boxes, ticked where given.
+void TakeLimits(frm_Pondera& w, const std::array<QString, 3>& limits) {
+    const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
+        {{w.cb_LSL, w.tb_LSL}, {w.cb_Target, w.tb_Target}, {w.cb_USL, w.tb_USL}}};
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
+        fields[i].first->setChecked(!limits[i].isEmpty());
+        fields[i].second->setEnabled(!limits[i].isEmpty());
+    }
+}
+
 } // namespace
 
 frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
@@ -99,6 +115,14 @@ frm_Pondera::frm_Pondera(QWidget* parent) : QMainWindow(parent) {
     WindowLayout::BuildMenus(*this);
     WindowLayout::Connect(*this);
     WindowLayout::SetKeyboard(*this);
+    lb_Capability = new QLabel;
+    lb_Capability->setObjectName("lb_Capability");
+    lb_Capability->setWordWrap(true);
+    if (auto* grid = qobject_cast<QGridLayout*>(qarvFrame_Results->layout()))
+        grid->addWidget(lb_Capability, 3, 0, 1, 4);
+    capabilityPanel_ = new CapabilityPanel(this);
+    connect(capabilityPanel_, &CapabilityPanel::Changed, this,
+            [this] { RunAsAction([&] { RefreshCapability(); }); });
     resize(1200, 880);
     Form_Initialize();
 }
@@ -283,7 +307,7 @@ void frm_Pondera::ShowCurve(PlotPipeline::Curve curve, double low, double high) 
 }
 
 std::pair<double, double> frm_Pondera::WithOthersShown(std::pair<double, double> range) const {
-    if (DataBins && cb_DrawbyMoments->isChecked() && !DataBins->Counts.empty())
+    if (DataBins && !DataBins->Counts.empty())
         range = PlotPipeline::Covering(
             range, DataBins->Low,
             DataBins->Low + static_cast<double>(DataBins->Counts.size()) * DataBins->Width);
@@ -305,15 +329,74 @@ void frm_Pondera::ShowResults() {
     const auto fixed = PlotPipeline::UncalculatedResults(ReadLimits(), DisplayOptions::Pattern());
     if (!fixed) return CalcPercent();
     ShowPNC(fixed->Pnc);
-    ShowCapability(fixed->Capability);
+    capabilityFigures_ = false;
+    capabilityPanel_->Clear();
+    ResultsSheet::CapabilityTexts none;
+    none.Ppm = fixed->Capability.Ppm;
+    ShowCapability(none);
 }
 
-void frm_Pondera::ShowCapability(const PlotPipeline::CapabilityView& view) {
-    Capability = view;
-    tb_Pp->setText(Q(view.Pp));
-    tb_Ppk->setText(Q(view.Ppk));
-    tb_Ppk->setToolTip(Q(view.PpkTip));
-    tb_PPM->setText(Q(view.Ppm));
+void frm_Pondera::ShowCapability(const ResultsSheet::CapabilityTexts& texts) {
+    Capability = texts;
+    tb_Pp->setText(Q(texts.Pp));
+    tb_Pp->setToolTip(Q(texts.PpTip));
+    tb_Ppk->setText(Q(texts.Ppk));
+    tb_Ppk->setToolTip(Q(texts.PpkTip));
+    tb_PPM->setText(Q(texts.Ppm));
+    tb_PPM->setToolTip(Q(texts.PpmTip));
+    lb_Capability->setText(Q(texts.Caption));
+    lb_Capability->setToolTip(Q(texts.CaptionTip));
+}
+
+void frm_Pondera::RefreshCapability() {
+    if (!capabilityFigures_) return;
+    ShowCapability(ResultsSheet::Capability(capabilityPanel_->Current(), DisplayOptions::Pattern(),
+                                            capabilityPanel_->Progress()));
+}
+
+const m_CapabilityStudy::Study& frm_Pondera::CapabilityStudy() const {
+    return capabilityPanel_->Current();
+}
+
+void frm_Pondera::WaitForCapability() {
+    capabilityPanel_->Wait();
+}
+
+void frm_Pondera::SetFittedRow(int row) {
+    fittedRow_ = row;
+    fittedParams_ = TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4});
+}
+
+int frm_Pondera::FittedDataRow() const {
+    if (DataValues.empty()) return -1;
+    // The data's Johnson fit holds while the moment fields show the data's moments.
+    if (cb_DrawbyMoments->isChecked())
+        return DataMoments &&
+                       TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}) == DataMoments->Shown
+                   ? m_Fits::kJohnsonMoments
+                   : -1;
+    return fittedRow_ >= 0 && TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4}) == fittedParams_
+               ? fittedRow_
+               : -1;
+}
+
+m_CapabilityStudy::Request
+frm_Pondera::CapabilityRequest(const PlotPipeline::PncSource& source) const {
+    m_CapabilityStudy::Request r;
+    r.Code = source.Code;
+    for (int i = 0; i < 4; ++i)
+        r.P[i] = source.Params[i].value_or(0);
+    const PlotPipeline::Limits limits = ReadLimits();
+    if (limits[0].Ticked) r.LSL = support::Val(limits[0].Text);
+    if (limits[2].Ticked) r.USL = support::Val(limits[2].Text);
+    r.Shown = DisplayOptions::AppCapMethod == 1 ? m_Capability::Method::ZScore
+                                                : m_Capability::Method::Percentile;
+    r.Level = DisplayOptions::AppConfLevel;
+    if (!DataValues.empty()) {
+        r.Values = &DataValues;
+        r.Row = FittedDataRow();
+    }
+    return r;
 }
 
 void frm_Pondera::ShowPNC(const std::array<std::string, 3>& texts) {
@@ -336,12 +419,14 @@ void frm_Pondera::CalcPercent() {
         // A fit without a curve has no figures.
         const std::optional<PlotPipeline::PncSource> source = FiguresSource();
         if (!source) {
+            capabilityFigures_ = false;
+            capabilityPanel_->Clear();
             ShowCapability({});
             return ShowPNC({});
         }
         ShowPNC(PlotPipeline::PercentTexts(*source, ReadLimits(), DisplayOptions::Pattern()));
-        ShowCapability(
-            PlotPipeline::CapabilityTexts(*source, ReadLimits(), DisplayOptions::Pattern()));
+        capabilityFigures_ = true;
+        capabilityPanel_->Show(CapabilityRequest(*source));
     });
 }
 
@@ -385,7 +470,7 @@ DensityChart::Result frm_Pondera::DrawChart(PictureBox& surface, bool refresh, i
     // The data's histogram under the curve fitted to it, and the pinned curve.
     HistogramHeights.clear();
     const bool onWindow = &surface == pb_PDF || &surface == exportSurface_;
-    if (DataBins && cb_DrawbyMoments->isChecked() && onWindow) {
+    if (DataBins && onWindow) {
         for (std::size_t i = 0; i < DataBins->Counts.size(); ++i)
             HistogramHeights.push_back(DataBins->Density(i));
         in.Bins = {DataBins->Low, DataBins->Width, HistogramHeights};
@@ -848,7 +933,7 @@ void frm_Pondera::mnuPrint_Click() {
     support::Trap({kModule, __func__}, [&] { ChartExport::PrintReport(*this); });
 }
 
-ResultsSheet::Shown frm_Pondera::ResultsShown() const {
+ResultsSheet::Shown frm_Pondera::ResultsShown() {
     ResultsSheet::Shown shown;
     shown.Distribution = S(dd_Distribution->Text());
     const std::pair<QLabel*, QLineEdit*> params[] = {{lb_Param1, tb_Param1},
@@ -860,7 +945,10 @@ ResultsSheet::Shown frm_Pondera::ResultsShown() const {
     shown.Limit = ReadLimits();
     shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
     shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
+    WaitForCapability();
     shown.Capability = Capability;
+    shown.Study = CapabilityStudy();
+    shown.Pattern = DisplayOptions::Pattern();
     if (DataBins) shown.N = std::to_string(DataBins->N);
     return shown;
 }
@@ -892,8 +980,13 @@ void frm_Pondera::mnuFitToData_Click() {
     support::Trap({kModule, __func__}, [&] {
         if (!dataDialog_) {
             dataDialog_ = new frm_Data(this);
-            connect(dataDialog_, &QDialog::accepted, this,
-                    [this] { RunAsAction([&] { ApplyData(); }); });
+            // The Johnson fit by moments is drawn in moments mode, as OK does.
+            connect(dataDialog_, &QDialog::accepted, this, [this] {
+                const m_Identify::RowResult* chosen = dataDialog_->ChosenFit();
+                const bool byParams =
+                    chosen && chosen->Name != m_Fits::Info(m_Fits::kJohnsonMoments).Name;
+                RunAsAction([&] { byParams ? UseDataFit() : ApplyData(); });
+            });
         }
         // The limits to draw the fit against start as the window's ticked ones.
         auto ticked = [](const QCheckBox* check, const QLineEdit* box) {
@@ -909,18 +1002,12 @@ void frm_Pondera::ApplyData() {
     support::Trap({kModule, __func__}, [&] {
         const DataStep::Sample& sample = dataDialog_->Result();
         DataBins = DataStep::Bins(sample.Values);
+        DataValues = sample.Values;
         DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
         mnuClearData->setEnabled(true);
         SetTexts({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis}, DataMoments->Shown);
         // The dialog's limits, ticked where given; the plot below draws with them.
-        const std::array<QString, 3> limits = dataDialog_->Limits();
-        const std::array<std::pair<QCheckBox*, QLineEdit*>, 3> fields = {
-            {{cb_LSL, tb_LSL}, {cb_Target, tb_Target}, {cb_USL, tb_USL}}};
-        for (std::size_t i = 0; i < 3; ++i) {
-            if (!limits[i].isEmpty()) fields[i].second->setText(limits[i]);
-            fields[i].first->setChecked(!limits[i].isEmpty());
-            fields[i].second->setEnabled(!limits[i].isEmpty());
-        }
+        TakeLimits(*this, dataDialog_->Limits());
         NumPoints = 300;
         // Switching to moments mode plots; in moments mode the fit follows at once.
         if (cb_DrawbyMoments->isChecked()) {
@@ -929,6 +1016,34 @@ void frm_Pondera::ApplyData() {
         } else {
             SetCheckValue(cb_DrawbyMoments, true, [&] { cb_DrawbyMoments_Click(); });
         }
+    });
+}
+
+void frm_Pondera::UseDataFit() {
+    support::Trap({kModule, __func__}, [&] {
+        const DataStep::Sample& sample = dataDialog_->Result();
+        const IdentifyText::WindowParams fit =
+            IdentifyText::ParamsOf(dataDialog_->ChosenFit()->F.C, DisplayOptions::Pattern());
+        // The dialog's limits first, so no plot on the way meets an old bad one.
+        TakeLimits(*this, dataDialog_->Limits());
+        SetCheckValue(cb_DrawbyMoments, false, [&] { cb_DrawbyMoments_Click(); });
+        // Choosing the family shows its rows, as a pick from the list does.
+        dd_Distribution->SelectText(Q(fit.Name));
+        dd_Distribution_Change();
+        SetTexts({tb_Param1, tb_Param2, tb_Param3, tb_Param4}, fit.Texts);
+        DataBins = DataStep::Bins(sample.Values);
+        DataValues = sample.Values;
+        DataMoments = DataStep::MomentsOf(sample.Summary, DisplayOptions::Pattern());
+        // The row's intervals hold while its parameters stay as typed here.
+        for (int row = 0; row < m_Fits::kRowCount; ++row)
+            if (dataDialog_->ChosenFit()->Name == m_Fits::Info(row).Name) SetFittedRow(row);
+        mnuClearData->setEnabled(true);
+        NumPoints = 300;
+        Plot();
+        // The moments chart follows the fitted curve's moments, as after a pick
+        // from the list, and shows the data's point beside them.
+        cb_LockSkewness_Click();
+        cb_LockKurtosis_Click();
     });
 }
 
@@ -974,6 +1089,7 @@ void frm_Pondera::mnuClearData_Click() {
 
 void frm_Pondera::ForgetData(bool moments) {
     DataBins.reset();
+    DataValues.clear();
     if (moments) DataMoments.reset();
     HistogramHeights.clear();
     mnuClearData->setEnabled(false);

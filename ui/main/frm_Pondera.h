@@ -30,6 +30,7 @@
 #include <string>
 #include <vector>
 
+class CapabilityPanel;
 class DistributionCombo;
 class MarkerShape;
 class PictureBox;
@@ -84,6 +85,8 @@ class frm_Pondera : public QMainWindow {
     QLineEdit* tb_Pp = nullptr;
     QLineEdit* tb_Ppk = nullptr;
     QLineEdit* tb_PPM = nullptr;
+    // Beneath them: the method, observed ppm and the intervals (or their progress).
+    QLabel* lb_Capability = nullptr;
 
     TitledFrame* qarvFrame_Moments = nullptr;
     QLineEdit* tb_Mean = nullptr;
@@ -154,9 +157,9 @@ class frm_Pondera : public QMainWindow {
     // The sampled curve of the last good plot (1-based, element 0 unused).
     std::vector<double> PlotX, PlotY;
     double RangeLow = 0, RangeHigh = 0;
-    // Data fitted from the data dialog: its histogram and point, drawn while in
-    // moments mode until cleared; and its moments, fitted exactly while their
-    // texts stay in the moment fields.
+    // Data fitted from the data dialog: its histogram and point, drawn until
+    // cleared or moments mode is left; and its moments, fitted exactly while
+    // their texts stay in the moment fields.
     std::optional<DataStep::Histogram> DataBins;
     std::optional<DataStep::Moments> DataMoments;
     // The heights of the histogram's bars in the last drawing (empty without data).
@@ -164,7 +167,17 @@ class frm_Pondera : public QMainWindow {
     // The pinned curve (1-based; empty when nothing is pinned), drawn in grey.
     std::vector<double> PinnedX, PinnedY;
     // The capability figures as last shown.
-    PlotPipeline::CapabilityView Capability;
+    ResultsSheet::CapabilityTexts Capability;
+    // The values of the data loaded from the data dialog (empty without data).
+    std::vector<double> DataValues;
+    // The study behind the capability boxes: both methods, expected and
+    // observed ppm, n, and the intervals once they are in.
+    const m_CapabilityStudy::Study& CapabilityStudy() const;
+    // Waits for intervals under way (Copy Results, a report).
+    void WaitForCapability();
+    // The curve now in the parameter fields was fitted to DataValues by this
+    // m_Fits row: its figures get intervals until a parameter is changed.
+    void SetFittedRow(int row);
 
     // ---- Procedures ------------------------------------------------------------
     void Form_Initialize();
@@ -234,6 +247,9 @@ class frm_Pondera : public QMainWindow {
     void mnuClearData_Click();
     // The accepted dialog's data: moments into the fields, moments mode, a fit.
     void ApplyData();
+    // "Use this fit": the dialog's chosen row drawn by its parameters, with the
+    // data's histogram and point and the dialog's limits.
+    void UseDataFit();
     void pb_PDF_KeyDown() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
     void pb_Slider_GotFocus() { FieldGotFocus({kModule, __func__}, nullptr, nullptr); }
     void pb_PDF_MouseDown(int button, int, double x, double) {
@@ -288,7 +304,7 @@ class frm_Pondera : public QMainWindow {
     // What the window shows, for the exports: the figures as Copy Results lists
     // them, and the last good chart drawn afresh on a surface of its own at
     // width x height pixels of the given ratio (empty before the first plot).
-    ResultsSheet::Shown ResultsShown() const;
+    ResultsSheet::Shown ResultsShown();
     TitledChart::Chart ExportChart(int width, int height, double ratio);
     // Sets panel 1 of the status bar.
     void SetStatus(const std::string& text);
@@ -313,7 +329,12 @@ class frm_Pondera : public QMainWindow {
     void WriteRangeBack(double low, double high);
     void ShowResults();
     void ShowPNC(const std::array<std::string, 3>& texts);
-    void ShowCapability(const PlotPipeline::CapabilityView& view);
+    void ShowCapability(const ResultsSheet::CapabilityTexts& texts);
+    // The study's figures again (they change when the intervals come in).
+    void RefreshCapability();
+    m_CapabilityStudy::Request CapabilityRequest(const PlotPipeline::PncSource& source) const;
+    // The m_Fits row the shown curve was fitted to the data by, or -1.
+    int FittedDataRow() const;
     // Drops the data's histogram and point (and, with moments, its exact moments).
     void ForgetData(bool moments);
     void PlaceDataPoint();
@@ -363,4 +384,8 @@ class frm_Pondera : public QMainWindow {
     // The distribution of the curve drawn last, for the readout; empty when
     // the last drawing had no curve.
     std::optional<PlotPipeline::PncSource> drawnSource_;
+    CapabilityPanel* capabilityPanel_ = nullptr;
+    bool capabilityFigures_ = false; // the boxes show a study (not zeros or blanks)
+    int fittedRow_ = -1;
+    std::array<std::string, 4> fittedParams_;
 };

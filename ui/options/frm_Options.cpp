@@ -3,6 +3,7 @@
 #include "settings/CAppSettings.h"
 #include "settings/DisplayOptions.h"
 #include "settings/RegistryStore.h"
+#include "stats/m_Capability.h"
 #include "support/ErrorReporter.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
@@ -27,6 +28,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 using namespace DisplayOptions;
 
@@ -197,6 +199,21 @@ void frm_Options::BuildControls() {
     colorGrid->setColumnStretch(2, 1);
     colorGrid->setRowStretch(row, 1);
 
+    // Capability
+    dd_CapMethod = new QComboBox;
+    for (const auto m : {m_Capability::Method::Percentile, m_Capability::Method::ZScore}) {
+        QString name = QString::fromUtf8(m_Capability::MethodName(m));
+        dd_CapMethod->addItem(name.left(1).toUpper() + name.mid(1));
+    }
+    dd_ConfLevel = new QComboBox;
+    auto* capability = new QGroupBox(QStringLiteral("Capability"));
+    auto* capabilityGrid = new QGridLayout(capability);
+    capabilityGrid->addWidget(FieldLabel(QStringLiteral("&Method:"), dd_CapMethod), 0, 0);
+    capabilityGrid->addWidget(dd_CapMethod, 0, 1);
+    capabilityGrid->addWidget(FieldLabel(QStringLiteral("Confidence &level:"), dd_ConfLevel), 0, 2);
+    capabilityGrid->addWidget(dd_ConfLevel, 0, 3);
+    capabilityGrid->setColumnStretch(4, 1);
+
     // Buttons
     but_Apply = new QPushButton(QStringLiteral("Apply"));
     but_Cancel = new QPushButton(QStringLiteral("Cancel"));
@@ -212,6 +229,7 @@ void frm_Options::BuildControls() {
     groups->addWidget(range, 0, 1);
     groups->addWidget(ticks, 1, 0);
     groups->addWidget(colors, 1, 1);
+    groups->addWidget(capability, 2, 0, 1, 2);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(groups);
     layout->addSpacing(4);
@@ -230,7 +248,9 @@ void frm_Options::BuildControls() {
     setTabOrder(tb_YTicks, cp_Background);
     setTabOrder(cp_Background, cp_InSpec);
     setTabOrder(cp_InSpec, cp_OutSpec);
-    setTabOrder(cp_OutSpec, but_Apply);
+    setTabOrder(cp_OutSpec, dd_CapMethod);
+    setTabOrder(dd_CapMethod, dd_ConfLevel);
+    setTabOrder(dd_ConfLevel, but_Apply);
     setTabOrder(but_Apply, but_Cancel);
 }
 
@@ -280,6 +300,17 @@ void frm_Options::Form_Load() {
         (AppDisplay ? ob_Scientific : ob_Decimal)->setChecked(true);
         (AppRangeMode ? ob_Endpoints : ob_StDev)->setChecked(true);
         EnableRangeFields();
+        dd_CapMethod->setCurrentIndex(std::clamp<int>(AppCapMethod, 0, 1));
+        // The usual levels, and a stored one that is none of them.
+        dd_ConfLevel->clear();
+        std::vector<double> levels = {0.8, 0.9, 0.95, 0.99};
+        if (std::find(levels.begin(), levels.end(), AppConfLevel) == levels.end())
+            levels.push_back(AppConfLevel);
+        std::sort(levels.begin(), levels.end());
+        for (double level : levels) {
+            dd_ConfLevel->addItem(QString::number(level * 100, 'g', 4) + " %", level);
+            if (level == AppConfLevel) dd_ConfLevel->setCurrentIndex(dd_ConfLevel->count() - 1);
+        }
     });
 }
 
@@ -341,6 +372,11 @@ void frm_Options::but_Apply_Click() {
         store(kAppDisplay, int64_t{AppDisplay ? 1 : 0});
         AppRangeMode = endpoints;
         store(kAppRangeMode, int64_t{AppRangeMode ? 1 : 0});
+        AppCapMethod = std::clamp(dd_CapMethod->currentIndex(), 0, 1);
+        store(kAppCapMethod, int64_t{AppCapMethod});
+        if (dd_ConfLevel->currentIndex() >= 0)
+            AppConfLevel = dd_ConfLevel->currentData().toDouble();
+        store(kAppConfLevel, AppConfLevel);
         try {
             const StoreWait wait;
             AppSettings().SaveSettings(kSection, stored);
@@ -507,7 +543,9 @@ frm_Options::Snapshot frm_Options::Take() const {
             tb_YTicks->text(),
             cp_Background->Color(),
             cp_InSpec->Color(),
-            cp_OutSpec->Color()};
+            cp_OutSpec->Color(),
+            dd_CapMethod->currentIndex(),
+            dd_ConfLevel->currentIndex()};
 }
 
 void frm_Options::Restore(const Snapshot& s) {
@@ -524,5 +562,7 @@ void frm_Options::Restore(const Snapshot& s) {
     cp_Background->SetColor(s.Background);
     cp_InSpec->SetColor(s.InSpec);
     cp_OutSpec->SetColor(s.OutSpec);
+    dd_CapMethod->setCurrentIndex(s.CapMethod);
+    dd_ConfLevel->setCurrentIndex(s.ConfLevel);
     EnableRangeFields();
 }

@@ -1,4 +1,5 @@
-// The options dialog: number format, x range, tick counts and chart colours.
+// The options dialog: number format, x range, tick counts, chart colours, and
+// the capability method and confidence level.
 // It edits the program-wide display options and writes them to the settings
 // store when Apply is pressed; the main window redraws on Applied().
 //
@@ -41,6 +42,9 @@ class frm_Options : public QDialog {
     ColorPicker* cp_Background = nullptr;
     ColorPicker* cp_InSpec = nullptr;
     ColorPicker* cp_OutSpec = nullptr;
+    // The capability figures shown (percentile or Z-score) and the level of their intervals.
+    QComboBox* dd_CapMethod = nullptr;
+    QComboBox* dd_ConfLevel = nullptr;
     QPushButton* but_Apply = nullptr;
     QPushButton* but_Cancel = nullptr;
 
@@ -80,6 +84,7 @@ class frm_Options : public QDialog {
         bool Endpoints = false;
         QString NumStDev, XMin, XMax, XTicks, YTicks;
         uint32_t Background = 0, InSpec = 0, OutSpec = 0;
+        int CapMethod = 0, ConfLevel = 0;
     };
 
     void BuildControls();

@@ -1,6 +1,8 @@
 // pondera-cli plot does what a person does in the window and reports what it shows.
 #include "tests/app/plot/PlotFixture.h"
 
+#include <QFile>
+
 #include <clocale>
 #include <cmath>
 
@@ -38,11 +40,23 @@ TEST(CliPlot, ReportsWhatTheWindowShows) {
             EXPECT_EQ(Shown(out, what), text) << what.toStdString();
     }
     // A bad command line is a usage error.
-    for (const char* args : {"plot --dist Cauchy", "plot --size 10x10"}) {
+    for (const char* args : {"plot --dist Cauchy", "plot --size 10x10",
+                             "plot --data x --row Cauchy", "plot --data x --dist Normal"}) {
         int code = 0;
         RunCli(QString(args).split(' '), &code);
         EXPECT_EQ(code, 2) << args;
     }
+    // The data dialog's "Use this fit": 1..8 by its Exponential row, rate 1 / 4.5,
+    // so P(X > 9) = exp(-2).
+    QTemporaryDir dir;
+    QFile values(dir.filePath("values.txt"));
+    ASSERT_TRUE(values.open(QIODevice::WriteOnly));
+    values.write("1\n2\n3\n4\n5\n6\n7\n8\n");
+    values.close();
+    const QJsonObject out = RunCli({"plot", "--data", values.fileName(), "--row", "Exponential",
+                                    "--usl", "9", "--display", "decimal", "--decimals", "4"});
+    EXPECT_EQ(Shown(out, "dd_Distribution"), "Exponential");
+    EXPECT_EQ(Shown(out, "tb_UpperPNC"), "0.1353");
 }
 
 class CliPng : public WindowTest {

@@ -79,10 +79,10 @@ TEST(DensityGeometry, MapsValuesToPixelsAndBack) {
     EXPECT_DOUBLE_EQ(g.YLow, 0.1);
     EXPECT_NEAR(g.YRange, 0.8, 1e-15);
     // Ends of the ranges land on the plot's corners: 0.15 W .. 0.925 W, 0.85 H .. 0.15 H.
-    for (const auto& [x, px] : {std::pair{2.0, 120.0}, {10.0, 740.0}, {6.0, 430.0}})
-        EXPECT_NEAR(g.Px(x), px, 1e-9);
-    for (const auto& [y, py] : {std::pair{0.1, 425.0}, {0.9, 75.0}, {0.5, 250.0}})
-        EXPECT_NEAR(g.Py(y), py, 1e-9);
+    for (const auto& [value, px] : {std::pair{2.0, 120.0}, {10.0, 740.0}, {6.0, 430.0}})
+        EXPECT_NEAR(g.Px(value), px, 1e-9);
+    for (const auto& [density, py] : {std::pair{0.1, 425.0}, {0.9, 75.0}, {0.5, 250.0}})
+        EXPECT_NEAR(g.Py(density), py, 1e-9);
     // The drag's inverse: range low + (x - x0) * x range / plot width.
     for (double v : {2.0, 3.7, 6.0, 10.0, -5.0, 15.5})
         EXPECT_NEAR(g.ValueAtPixel(g.Px(v)), v, 1e-12);

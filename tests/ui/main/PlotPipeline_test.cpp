@@ -73,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
         PipelineCheckRow{"UntickedUSLIgnored",
                          WithLimit(Inputs("Normal", {"0", "1"}), 2, false, "abc"), Field::None,
                          ""}),
-    [](const auto& info) { return std::string(info.param.Row); });
+    [](const auto& row) { return std::string(row.param.Row); });
 
 struct PipelineRangeRow {
     const char* Row;
@@ -109,7 +109,7 @@ INSTANTIATE_TEST_SUITE_P(
         PipelineRangeRow{"ExponentialStartsAtParam2", "Exponential", {0, 1}, {}, {2, -4, 0}, -4, 3},
         PipelineRangeRow{"WeibullStartsAtParam3", "Weibull", {0, 1}, {}, {2, 1, 9}, -1, 9},
         PipelineRangeRow{"UniformAddsNothing", "Uniform", {0, 1}, {}, {-50, 50, 0}, -1, 3}),
-    [](const auto& info) { return std::string(info.param.Row); });
+    [](const auto& row) { return std::string(row.param.Row); });
 
 TEST(PlotPipeline, TheGridStopsOneStepShortAndHoldsTheDensity) {
     const Curve c = Sample("Normal", -3, 3, 300, {0, 1, 0, 0});

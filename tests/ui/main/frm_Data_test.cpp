@@ -1,6 +1,8 @@
 // The data dialog as a user drives it: where the keys go, the column picker, a
-// big file shown by its first lines, the limits it hands to the window, and a
-// middle click with nothing to paste.
+// big file shown by its first lines, the limits it hands to the window, a
+// middle click with nothing to paste, and the identification table: a row's
+// fit used in the window, the simulation stopped.
+#include "tests/helpers/Reference.h"
 #include "tests/ui/main/WindowFixture.h"
 #include "ui/main/frm_Data.h"
 
@@ -8,9 +10,12 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QTableView>
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 namespace {
 
@@ -26,6 +31,13 @@ class EndToEndData : public WindowTest {
         const std::string path = testing::TempDir() + name;
         std::ofstream(path) << text;
         return path;
+    }
+    // Waits for the fits of what the dialog holds, then selects the named row.
+    static void Select(frm_Data* d, const std::string& row) {
+        ASSERT_TRUE(QTest::qWaitFor([d] { return d->Settled(); }, 20000));
+        for (int shown = 0; shown < d->Fits()->rowCount(); ++shown)
+            if (d->Fits()->Fit(shown).Name == row) return d->tbl_Fits->selectRow(shown);
+        FAIL() << row;
     }
 };
 
@@ -94,6 +106,96 @@ TEST_F(EndToEndData, AMiddleClickWithNothingToPasteIsIgnored) {
     QApplication::clipboard()->clear(QClipboard::Selection);
     QTest::mouseClick(d->tb_Data->viewport(), Qt::MiddleButton);
     EXPECT_EQ(d->tb_Data->toPlainText(), "1\n2\n");
+    testing_support::ExpectErrorLogEmpty();
+}
+
+// Pasted, identified, the Normal row chosen with Enter: the window draws that
+// normal by its parameters over the histogram, with the dialog's limits; its
+// PNC is the normal's tails at the sample mean and s.
+TEST_F(EndToEndData, PastedValuesTheNormalRowUsedInTheWindow) {
+    const std::vector<double> x = {0.12, -0.85, 1.31, 0.44, -0.27, 0.98, -1.42, 0.05, 0.63, -0.31};
+    QString text;
+    for (double v : x)
+        text += QString::number(v) + "\n";
+    frm_Data* d = Open();
+    d->tb_Data->setPlainText(text);
+    Type(d->tb_LSL, "-2");
+    Type(d->tb_USL, "1.5");
+    Select(d, "Normal");
+    EXPECT_TRUE(d->but_UseFit->isEnabled());
+    QTest::keyClick(d->tbl_Fits, Qt::Key_Return);
+    EXPECT_FALSE(d->isVisible());
+
+    double mean = 0, ss = 0;
+    for (double v : x)
+        mean += v / 10;
+    for (double v : x)
+        ss += (v - mean) * (v - mean);
+    const double s = std::sqrt(ss / 9);
+    EXPECT_FALSE(w->cb_DrawbyMoments->isChecked());
+    EXPECT_EQ(w->dd_Distribution->Text(), "Normal");
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_Param1), mean), 1e-6);
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_Param2), s), 1e-6);
+    EXPECT_TRUE(w->cb_LSL->isChecked() && w->cb_USL->isChecked() && !w->cb_Target->isChecked());
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_LowerPNC), reference::NormalCdf((-2 - mean) / s)),
+              1e-5);
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_UpperPNC), reference::NormalCdf((mean - 1.5) / s)),
+              1e-5);
+    EXPECT_FALSE(w->HistogramHeights.empty());
+    EXPECT_TRUE(w->sh_DataPoint->Visible());
+    testing_support::ExpectErrorLogEmpty();
+}
+
+// A long simulation stopped: the rows still waiting say so, nothing runs on;
+// the Johnson fit by moments then goes the way OK goes, into moments mode.
+TEST_F(EndToEndData, TheSimulationStopsWhenAsked) {
+    std::mt19937 gen(3);
+    std::lognormal_distribution<> skewed(0, 0.3);
+    QString text;
+    for (int i = 1; i <= 3000; ++i)
+        text += QString::number(9 + skewed(gen)) + "\n";
+    frm_Data* d = Open();
+    d->tb_Data->setPlainText(text);
+    ASSERT_TRUE(QTest::qWaitFor([d] { return d->Settled(); }, 20000));
+    ASSERT_TRUE(d->pg_Simulation->isVisible() && d->Simulating());
+    Click(d->but_StopSimulation);
+    EXPECT_FALSE(d->Simulating() || d->pg_Simulation->isVisible());
+    const IdentifyTable& t = *d->Fits();
+    int stopped = 0;
+    for (int r = 0; r < t.rowCount(); ++r)
+        stopped += t.data(t.index(r, IdentifyTable::kP)).toString() == "stopped";
+    EXPECT_GT(stopped, 0);
+    Select(d, "Johnson (moments)");
+    Click(d->but_UseFit);
+    EXPECT_TRUE(w->cb_DrawbyMoments->isChecked());
+    EXPECT_NEAR(w->Current.Mean, 9 + std::exp(0.045), 0.02);
+    testing_support::ExpectErrorLogEmpty();
+}
+
+// Two columns: the picker chooses, the table follows the column, and a double
+// click on the Johnson row by percentiles draws that curve by its parameters.
+TEST_F(EndToEndData, TheColumnPickedIsTheOneIdentified) {
+    std::string text = "Part,Diameter\n";
+    for (int i = 1; i <= 40; ++i)
+        text += std::to_string(i) + "," + std::to_string(20 + std::exp(std::sin(1.3 * i))) + "\n";
+    frm_Data* d = Open();
+    d->OpenFile(QString::fromStdString(File("two.csv", text)));
+    d->dd_Column->setCurrentIndex(d->dd_Column->findText("Diameter"));
+    emit d->dd_Column->activated(d->dd_Column->currentIndex());
+    Select(d, "Normal");
+    EXPECT_NEAR(d->Fits()->Fit(d->tbl_Fits->currentIndex().row()).F.C.P[0], 21.2, 0.2);
+    Select(d, "Johnson (percentiles)");
+    const m_Identify::RowResult chosen = d->Fits()->Fit(d->tbl_Fits->currentIndex().row());
+    ASSERT_EQ(chosen.Status, "ok");
+    const QRect cell = d->tbl_Fits->visualRect(d->tbl_Fits->currentIndex());
+    QTest::mouseClick(d->tbl_Fits->viewport(), Qt::LeftButton, {}, cell.center());
+    QTest::mouseDClick(d->tbl_Fits->viewport(), Qt::LeftButton, {}, cell.center());
+    EXPECT_FALSE(d->isVisible());
+    EXPECT_EQ(w->dd_Distribution->Text().toStdString(), "Johnson " + chosen.F.Type);
+    EXPECT_EQ(w->lb_Param4->text().remove('&'), "Xi:");
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_Param1), chosen.F.C.P[0]), 1e-6);
+    EXPECT_LT(testing_support::RelErr(Num(w->tb_Param4), chosen.F.C.P[3]), 1e-6);
+    EXPECT_FALSE(w->but_Plot->isEnabled()); // drawn
     testing_support::ExpectErrorLogEmpty();
 }
 

@@ -1,11 +1,15 @@
 #include "ui/main/ChartExport.h"
 
+#include "stats/m_Fits.h"
+#include "stats/m_ProbabilityPlot.h"
 #include "support/ErrorTrap.h"
+#include "support/Format.h"
 #include "support/UserFace.h"
 #include "support/Version.h"
 #include "ui/draw/PictureBox.h"
 #include "ui/draw/m_PictureBoxCopy.h"
 #include "ui/main/PlotPipeline.h"
+#include "ui/main/ProbabilityChart.h"
 #include "ui/main/ResultsSheet.h"
 #include "ui/main/frm_Pondera.h"
 
@@ -17,6 +21,8 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QSvgGenerator>
+
+#include <cmath>
 
 namespace ChartExport {
 
@@ -46,6 +52,56 @@ std::string ParamsLine(const ResultsSheet::Shown& shown, const char* separator) 
     return line;
 }
 
+// How a row of the data dialog's table estimates its curve.
+std::string EstimatorOf(int row) {
+    switch (row) {
+    case m_Fits::kNormal:
+        return "sample mean and standard deviation (n - 1)";
+    case m_Fits::kLogNormal:
+        return "mean and standard deviation of ln x (n - 1)";
+    case m_Fits::kLogNormal3P:
+    case m_Fits::kWeibull3P:
+        return "profile maximum likelihood";
+    case m_Fits::kJohnsonMoments:
+        return "moments (AS 99)";
+    case m_Fits::kJohnsonPercentiles:
+        return "percentiles (Slifker and Shapiro)";
+    default:
+        return "maximum likelihood";
+    }
+}
+
+// The data's row: its rows on the page and its probability plot.
+void AddDataFit(ReportPage::Content& page, const frm_Pondera& window) {
+    const std::optional<m_Identify::RowResult> fit = window.ShownDataRow();
+    if (!fit) return;
+    int row = 0;
+    while (row < m_Fits::kRowCount && fit->Name != m_Fits::Info(row).Name)
+        ++row;
+    const std::string pattern = "0.000";
+    page.Rows.emplace_back("Fitted row", fit->Name);
+    page.Rows.emplace_back("Estimator", EstimatorOf(row));
+    if (std::isfinite(fit->A2))
+        page.Rows.emplace_back("Anderson-Darling A²", support::Format(fit->A2, pattern));
+    if (std::isfinite(fit->P))
+        page.Rows.emplace_back("p (simulated)", support::Format(fit->P, pattern));
+    m_ProbabilityPlot::Plot plot;
+    {
+        // Boost's and Eigen's arithmetic, where NaN and infinity are values.
+        const support::ForeignCode numerics;
+        plot = m_ProbabilityPlot::Make(window.DataValues, row, fit->F);
+    }
+    page.ProbabilityPlot = [plot = std::move(plot), style = ProbabilityChart::Style::FromOptions()](
+                               QPainter& painter, const QRectF& area) {
+        // The chart measures itself in the device's own pixels.
+        painter.save();
+        const QRectF device = painter.worldTransform().mapRect(area);
+        painter.resetTransform();
+        ProbabilityChart::Paint(painter, device, plot, style);
+        painter.restore();
+    };
+}
+
 } // namespace
 
 TitledChart::Chart TitledOf(frm_Pondera& window, double ratio, bool title) {
@@ -70,7 +126,10 @@ ReportPage::Content ReportOf(frm_Pondera& window) {
     page.Subheading = QDate::currentDate().toString(Qt::ISODate).toStdString() + "   Pondera " +
                       support::kVersion;
     page.Params = ParamsLine(shown, "     ");
-    page.Chart = window.ExportChart(kReportChartWidth, kReportChartHeight, kReportRatio);
+    // Beside a probability plot the chart is narrower, so its own text stays legible.
+    const bool data = window.ShownDataRow().has_value();
+    page.Chart = window.ExportChart(data ? kReportChartWidth * 3 / 4 : kReportChartWidth,
+                                    kReportChartHeight, kReportRatio);
     const char* names[] = {"LSL", "Target", "USL"};
     for (int i = 0; i < 3; ++i)
         if (shown.Limit[i].Ticked)
@@ -79,6 +138,7 @@ ReportPage::Content ReportOf(frm_Pondera& window) {
     // A figure the window leaves blank (no limits, no capability) has no row.
     for (auto& row : ReportPage::RowsOf(ResultsSheet::Text(shown)))
         if (!row.second.empty()) page.Rows.push_back(std::move(row));
+    AddDataFit(page, window);
     return page;
 }
 

@@ -25,25 +25,40 @@ QFont FontOf(double size, bool bold = false) {
     return font;
 }
 
-// Rows of captions and values in two columns each, filled top to bottom.
+// Rows of captions and values in two columns each, filled top to bottom. A
+// value longer than its room ends in an ellipsis rather than running on.
 double PaintRows(QPainter& painter, const QRectF& area,
                  const std::vector<std::pair<std::string, std::string>>& rows) {
     painter.setFont(FontOf(kBody));
-    const double line = QFontMetricsF(painter.font()).height() * kRowGap;
-    const int perColumn = std::max(1, static_cast<int>((rows.size() + 1) / 2));
-    const double columnWidth = area.width() / 2;
+    const QFontMetricsF metrics(painter.font());
+    const double line = metrics.height() * kRowGap;
+    const std::size_t perColumn = std::max<std::size_t>(1, (rows.size() + 1) / 2);
+    const double gap = metrics.height();
+    auto width = [&](const std::string& text) {
+        return metrics.horizontalAdvance(QString::fromStdString(text));
+    };
+    double caption[2] = {0, 0}, value[2] = {0, 0};
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        const int column = static_cast<int>(i) / perColumn;
-        const double x = area.left() + column * columnWidth;
-        const double y = area.top() + static_cast<double>(static_cast<int>(i) % perColumn) * line;
+        const std::size_t c = i / perColumn;
+        caption[c] = std::max(caption[c], width(rows[i].first) + gap);
+        value[c] = std::max(value[c], width(rows[i].second));
+    }
+    // The first column as wide as it needs; the second takes the rest.
+    const double second = caption[0] + value[0] + gap;
+    const double room[2] = {value[0], area.width() - second - caption[1]};
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const std::size_t c = i / perColumn;
+        const double x = area.left() + (c == 0 ? 0 : second);
+        const double y = area.top() + static_cast<double>(i % perColumn) * line;
         painter.setPen(QColor(80, 80, 80));
-        painter.drawText(QRectF(x, y, columnWidth * 0.5, line), Qt::AlignLeft | Qt::AlignVCenter,
+        painter.drawText(QRectF(x, y, caption[c], line), Qt::AlignLeft | Qt::AlignVCenter,
                          QString::fromStdString(rows[i].first));
         painter.setPen(Qt::black);
-        painter.drawText(QRectF(x + columnWidth * 0.5, y, columnWidth * 0.48, line),
-                         Qt::AlignLeft | Qt::AlignVCenter, QString::fromStdString(rows[i].second));
+        painter.drawText(
+            QRectF(x + caption[c], y, room[c], line), Qt::AlignLeft | Qt::AlignVCenter,
+            metrics.elidedText(QString::fromStdString(rows[i].second), Qt::ElideRight, room[c]));
     }
-    return perColumn * line;
+    return static_cast<double>(perColumn) * line;
 }
 
 } // namespace
@@ -99,25 +114,26 @@ void Paint(QPainter& painter, const QRectF& page, const Content& content) {
     painter.drawLine(QPointF(area.left(), y), QPointF(area.right(), y));
     y += line * 0.8;
 
-    // The chart across the page, as tall as its proportions ask, at most 45 % of it.
+    // The density chart across the page, as tall as its proportions ask (at
+    // most half the page); with data, the probability plot beside it.
+    const double chartWidth = content.ProbabilityPlot ? area.width() * 0.6 : area.width();
     const QSizeF natural = TitledChart::SizeFor(content.Chart, kBody);
-    double chartHeight = 0;
+    double chartHeight = area.height() * 0.3;
     if (!natural.isEmpty()) {
         chartHeight =
-            std::min(area.width() * natural.height() / natural.width(), area.height() * 0.5);
-        TitledChart::Paint(painter, QRectF(area.left(), y, area.width(), chartHeight),
-                           content.Chart, kBody);
+            std::min(chartWidth * natural.height() / natural.width(), area.height() * 0.5);
+        TitledChart::Paint(painter, QRectF(area.left(), y, chartWidth, chartHeight), content.Chart,
+                           kBody);
+    }
+    if (content.ProbabilityPlot) {
+        const double left = area.left() + chartWidth + line;
+        content.ProbabilityPlot(painter,
+                                QRectF(left, y + line, area.right() - left, chartHeight - line));
     }
     y += chartHeight + line;
 
-    // The figures; with data, the probability plot beside them.
-    QRectF rows(area.left(), y, area.width(), area.bottom() - y);
-    if (content.ProbabilityPlot) {
-        const double side = std::min(area.width() * 0.42, area.bottom() - y);
-        content.ProbabilityPlot(painter, QRectF(area.right() - side, y, side, side * 0.85));
-        rows.setWidth(area.width() - side - line);
-    }
-    PaintRows(painter, rows, content.Rows);
+    // The figures, in two columns across the page.
+    PaintRows(painter, QRectF(area.left(), y, area.width(), area.bottom() - y), content.Rows);
     painter.restore();
 }
 

@@ -367,6 +367,13 @@ void frm_Pondera::SetFittedRow(int row) {
     fittedParams_ = TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4});
 }
 
+std::optional<m_Identify::RowResult> frm_Pondera::ShownDataRow() const {
+    const int row = FittedDataRow();
+    const m_Identify::RowResult* chosen = dataDialog_ ? dataDialog_->ChosenFit() : nullptr;
+    if (row < 0 || !chosen || chosen->Name != m_Fits::Info(row).Name) return std::nullopt;
+    return *chosen;
+}
+
 int frm_Pondera::FittedDataRow() const {
     if (DataValues.empty()) return -1;
     // The data's Johnson fit holds while the moment fields show the data's moments.

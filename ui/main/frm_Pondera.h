@@ -14,6 +14,7 @@
 // events reach them through the window's one event filter.
 #pragma once
 
+#include "stats/m_Identify.h"
 #include "support/ErrorTrap.h"
 #include "ui/main/DataStep.h"
 #include "ui/main/DensityChart.h"
@@ -178,6 +179,10 @@ class frm_Pondera : public QMainWindow {
     // The curve now in the parameter fields was fitted to DataValues by this
     // m_Fits row: its figures get intervals until a parameter is changed.
     void SetFittedRow(int row);
+    // The data dialog's row behind the drawn curve (its name, fit, A² and p),
+    // for the report; none when the curve was not fitted to the loaded data
+    // from a row of the table.
+    std::optional<m_Identify::RowResult> ShownDataRow() const;
 
     // ---- Procedures ------------------------------------------------------------
     void Form_Initialize();

@@ -26,6 +26,7 @@ void AddFit(CLI::App& program, int& status);      // fit MEAN SD SKEW KURT, or l
 void AddData(CLI::App& program, int& status);     // data FILE|- [--lsl X] [--usl X] [--target X]
 void AddIdentify(CLI::App& program, int& status); // identify FILE|- [--column C] ...
 void AddPlot(CLI::App& program, int& status);     // plot --dist NAME ... (the window, headless)
+void AddReport(CLI::App& program, int& status);   // report ... --out FILE.pdf (as plot, then a PDF)
 // quantile DIST P1..P4 --lower P | --upper P
 void AddQuantile(CLI::App& program, int& status);
 

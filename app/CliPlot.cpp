@@ -12,6 +12,7 @@
 #include "support/UserFace.h"
 #include "ui/draw/DistributionCombo.h"
 #include "ui/draw/PictureBox.h"
+#include "ui/main/ChartExport.h"
 #include "ui/main/QtFace.h"
 #include "ui/main/frm_Data.h"
 #include "ui/main/frm_Pondera.h"
@@ -91,6 +92,7 @@ struct PlotArgs {
     std::optional<double> Scale;
     std::optional<std::string> Png;
     std::optional<std::string> Data, Column, Row;
+    std::optional<std::string> Report; // report: the PDF to write
 };
 
 bool WholeNumber(const std::string& text, int low, int high, int& out) {
@@ -328,6 +330,10 @@ int RunPlot(const PlotArgs& p) {
         support::Recorder().Messages.push_back(
             {"pondera-cli", "Could not write " + *p.Png, support::BoxIcon::Critical});
 
+    if (p.Report && !ChartExport::WriteReport(w, QString::fromStdString(*p.Report)))
+        support::Recorder().Messages.push_back(
+            {"pondera-cli", "Could not write " + *p.Report, support::BoxIcon::Critical});
+
     JsonObject fields;
     fields.AddRaw("dd_Distribution", Field(w.dd_Distribution, w.dd_Distribution->Text()));
     const std::pair<const char*, QLabel*> labels[] = {{"lb_Param1", w.lb_Param1},
@@ -377,6 +383,20 @@ void AddPlot(CLI::App& program, int& status) {
         "plot", "Presses Plot in the window, off screen on a temporary settings store, and "
                 "prints its fields, status, messages, errors, range, points and focus.");
     AddOptions(command, *p);
+    command->callback([p, &status] { status = RunPlot(*p); });
+}
+
+} // namespace cli
+
+namespace cli {
+
+void AddReport(CLI::App& program, int& status) {
+    auto p = std::make_shared<PlotArgs>();
+    CLI::App* command = program.add_subcommand(
+        "report", "Presses Plot in the window as plot does, then writes the one-page report "
+                  "(the chart, the parameters and every figure) as PDF; prints what plot prints.");
+    AddOptions(command, *p);
+    command->add_option("--out", p->Report, "the PDF file to write")->type_name("FILE")->required();
     command->callback([p, &status] { status = RunPlot(*p); });
 }
 

@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
     cli::AddIdentify(program, status);
 #ifndef PONDERA_NO_PLOT
     cli::AddPlot(program, status);
+    cli::AddReport(program, status);
 #endif
     m_Interface::SetupErrorHandling();
     return cli::Run(program, argc, argv, status);

@@ -3,8 +3,8 @@
 // marker drag step on a display at scale 2 (1600 x 1000 device pixels), the
 // readout of one pointer move over the chart, one step of a
 // drag on the skewness-kurtosis chart (fit, 50 points, redraw, PNC), and the
-// start-up to the first drawn chart, and ten million values opened in the data
-// dialog. Runs off screen with its own settings
+// start-up to the first drawn chart, ten million values opened in the data
+// dialog, and writing the one-page report. Runs off screen with its own settings
 // store and error log, never the user's.
 // Built only where Qt is (the GUI build).
 #if __has_include(<QApplication>)
@@ -12,6 +12,7 @@
 #include "support/UserFace.h"
 #include "ui/draw/MarkerShape.h"
 #include "ui/draw/PictureBox.h"
+#include "ui/main/ChartExport.h"
 #include "ui/main/frm_Data.h"
 #include "ui/main/frm_Pondera.h"
 
@@ -193,12 +194,25 @@ void BM_DataDialogOpens10M(benchmark::State& state) {
 
 } // namespace
 
+// File > Save Report...: the whole page, chart drawn for print, written as PDF.
+void BM_WriteReport(benchmark::State& state) {
+    auto w = MakeWindow();
+    const QString path =
+        QString::fromStdString((std::filesystem::temp_directory_path() /
+                                ("pondera-bench-report-" + std::to_string(getpid()) + ".pdf"))
+                                   .string());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ChartExport::WriteReport(*w, path));
+    std::filesystem::remove(path.toStdString());
+}
+
 BENCHMARK(BM_Plot_N75_800x500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Plot_N500_800x500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Plot_N500_800x500_Ratio2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MarkerDragStep_Ratio2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_PointerReadout)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MomentsDragStep_SB)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_WriteReport)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_StartUpToFirstChart)->Unit(benchmark::kMillisecond)->Iterations(20);
 BENCHMARK(BM_DataDialogOpens10M)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 #endif

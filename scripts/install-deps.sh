@@ -8,7 +8,7 @@ packages=(
   libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xclip openbox x11-utils fonts-wine locales
   libcli11-dev nlohmann-json3-dev libcsv-dev
-  libboost-math-dev libeigen3-dev
+  libboost-math-dev libeigen3-dev qt6-svg-dev poppler-utils
   desktop-file-utils appstream man-db file gzip dpkg-dev fakeroot lintian
 )
 missing=()

@@ -457,6 +457,10 @@ void BuildMenus(frm_Pondera& w) {
     QMenu* file = w.menuBar()->addMenu("&File");
     w.mnuSaveChart = file->addAction("&Save Chart As...");
     w.mnuSaveChart->setObjectName("mnuSaveChart");
+    w.mnuSaveReport = file->addAction("Save &Report...");
+    w.mnuSaveReport->setObjectName("mnuSaveReport");
+    w.mnuPrint = file->addAction("&Print...");
+    w.mnuPrint->setObjectName("mnuPrint");
     file->addSeparator();
     w.mnuQuit = file->addAction("E&xit");
     w.mnuQuit->setObjectName("mnuQuit");
@@ -552,6 +556,9 @@ void Connect(frm_Pondera& w) {
                      act(&frm_Pondera::mnuSaveChart_Click));
     QObject::connect(w.mnuCopyResults, &QAction::triggered, self,
                      act(&frm_Pondera::mnuCopyResults_Click));
+    QObject::connect(w.mnuSaveReport, &QAction::triggered, self,
+                     act(&frm_Pondera::mnuSaveReport_Click));
+    QObject::connect(w.mnuPrint, &QAction::triggered, self, act(&frm_Pondera::mnuPrint_Click));
     QObject::connect(w.mnuLimitsFromProbability, &QAction::triggered, self,
                      act(&frm_Pondera::mnuLimitsFromProbability_Click));
     // A focused spec-limit marker is dragged by the arrow keys.
@@ -614,6 +621,7 @@ FocusHandler FocusHandlerOf(const frm_Pondera& w, const QObject* watched) {
 
 void SetKeyboard(frm_Pondera& w) {
     w.mnuSaveChart->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
+    w.mnuPrint->setShortcut(QKeySequence::Print);
     w.mnuQuit->setShortcut(QKeySequence::Quit);
     w.mnuCopytoClipboard->setShortcut(QKeySequence::Copy);
     w.mnuCopyResults->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));

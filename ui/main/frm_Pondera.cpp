@@ -15,6 +15,7 @@
 #include "ui/draw/TitledFrame.h"
 #include "ui/draw/m_PictureBoxCopy.h"
 #include "ui/main/CapabilityPanel.h"
+#include "ui/main/ChartExport.h"
 #include "ui/main/IdentifyTable.h"
 #include "ui/main/MarkerDrag.h"
 #include "ui/main/Mnemonics.h"
@@ -42,6 +43,7 @@
 #include <QPushButton>
 #include <QScopeGuard>
 
+#include <cmath>
 #include <tuple>
 
 namespace {
@@ -365,6 +367,13 @@ void frm_Pondera::SetFittedRow(int row) {
     fittedParams_ = TextsOf({tb_Param1, tb_Param2, tb_Param3, tb_Param4});
 }
 
+std::optional<m_Identify::RowResult> frm_Pondera::ShownDataRow() const {
+    const int row = FittedDataRow();
+    const m_Identify::RowResult* chosen = dataDialog_ ? dataDialog_->ChosenFit() : nullptr;
+    if (row < 0 || !chosen || chosen->Name != m_Fits::Info(row).Name) return std::nullopt;
+    return *chosen;
+}
+
 int frm_Pondera::FittedDataRow() const {
     if (DataValues.empty()) return -1;
     // The data's Johnson fit holds while the moment fields show the data's moments.
@@ -441,9 +450,10 @@ void frm_Pondera::DrawPDF(bool refresh, int xTicks, int yTicks, double xTickLeng
 }
 
 // The body shared by DrawPDF and the redraw after a resize; runs in their trap.
-void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks,
-                            double xTickLength, double yTickLength, const std::vector<double>& x,
-                            const std::vector<double>& y) {
+DensityChart::Result frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks,
+                                            int yTicks, double xTickLength, double yTickLength,
+                                            const std::vector<double>& x,
+                                            const std::vector<double>& y) {
     DensityChart::Input in{.Refresh = refresh,
                            .XTicks = xTicks,
                            .YTicks = yTicks,
@@ -466,12 +476,13 @@ void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int y
                            .USLMarkerWidth = double(sh_USL->Width())};
     // The data's histogram under the curve fitted to it, and the pinned curve.
     HistogramHeights.clear();
-    if (DataBins && &surface == pb_PDF) {
+    const bool onWindow = &surface == pb_PDF || &surface == exportSurface_;
+    if (DataBins && onWindow) {
         for (std::size_t i = 0; i < DataBins->Counts.size(); ++i)
             HistogramHeights.push_back(DataBins->Density(i));
         in.Bins = {DataBins->Low, DataBins->Width, HistogramHeights};
     }
-    if (&surface == pb_PDF) {
+    if (onWindow) {
         in.PinnedX = PinnedX;
         in.PinnedY = PinnedY;
     }
@@ -485,6 +496,46 @@ void frm_Pondera::DrawChart(PictureBox& surface, bool refresh, int xTicks, int y
         sh_USL->SetVisible(result.USLMarker.Visible);
     }
     // Draw has shown what it drew (during a drag only the part that changed).
+    return result;
+}
+
+TitledChart::Chart frm_Pondera::ExportChart(int width, int height, double ratio) {
+    TitledChart::Chart chart;
+    if (!haveChart_ || PlotX.size() < 2) return chart;
+    // A surface of its own: the window's chart stays as it is on screen.
+    PictureBox surface;
+    surface.SetPixelRatio(ratio);
+    surface.SetPictureSize(width, height);
+    exportSurface_ = &surface;
+    const auto done = qScopeGuard([this] { exportSurface_ = nullptr; });
+    support::Trap(kDrawPDF, [&] {
+        // The drawn curve again, a point per two device pixels, so it prints
+        // without steps; the window's own points if a density is not finite.
+        std::vector<double> x = PlotX, y = PlotY;
+        const int n = static_cast<int>(width * ratio / 2);
+        if (drawnSource_ && n > static_cast<int>(PlotX.size())) {
+            std::vector<double> grid = MomentsStep::Grid(RangeLow, RangeHigh, n);
+            std::vector<double> densities(grid.size(), 0.0);
+            bool finite = true;
+            for (std::size_t i = 1; i < grid.size() && finite; ++i) {
+                densities[i] = PlotPipeline::ReadoutAt(*drawnSource_, grid[i]).Density;
+                finite = std::isfinite(densities[i]);
+            }
+            if (finite) {
+                x = std::move(grid);
+                y = std::move(densities);
+            }
+        }
+        chart.Geom = DrawChart(surface, true, DisplayOptions::AppXTicks, DisplayOptions::AppYTicks,
+                               5, 5, x, y)
+                         .Geom;
+        chart.Image = surface.Image().copy();
+    });
+    // The chart names the limits at their lines unless labels are switched off.
+    const char* names[] = {"LSL", "Target", "USL"};
+    for (std::size_t i = 0; i < lastLimits_.size() && !ShowLabels; ++i)
+        if (lastLimits_[i].Ticked) chart.Limits.push_back({names[i], lastLimits_[i].Value});
+    return chart;
 }
 
 void frm_Pondera::RedrawLastChart() {
@@ -874,40 +925,45 @@ void frm_Pondera::mnuUnpin_Click() {
 }
 
 void frm_Pondera::mnuCopytoClipboard_Click() {
-    support::Trap({kModule, __func__}, [&] { m_PictureBoxCopy::CopyEntirePicture(*pb_PDF); });
+    support::Trap({kModule, __func__}, [&] { ChartExport::CopyChart(*this); });
 }
 
 void frm_Pondera::mnuSaveChart_Click() {
-    support::Trap({kModule, __func__}, [&] {
-        QString path =
-            QFileDialog::getSaveFileName(this, "Save Chart As", "chart.png", "PNG images (*.png)");
-        if (path.isEmpty()) return;
-        if (QFileInfo(path).suffix().isEmpty()) path += ".png";
-        if (!m_PictureBoxCopy::SavePicture(*pb_PDF, path))
-            support::MsgBox("The chart could not be saved to " + S(path) + ".", kWarningTitle);
-    });
+    support::Trap({kModule, __func__}, [&] { ChartExport::SaveChart(*this); });
+}
+
+void frm_Pondera::mnuSaveReport_Click() {
+    support::Trap({kModule, __func__}, [&] { ChartExport::SaveReport(*this); });
+}
+
+void frm_Pondera::mnuPrint_Click() {
+    support::Trap({kModule, __func__}, [&] { ChartExport::PrintReport(*this); });
+}
+
+ResultsSheet::Shown frm_Pondera::ResultsShown() {
+    ResultsSheet::Shown shown;
+    shown.Distribution = S(dd_Distribution->Text());
+    const std::pair<QLabel*, QLineEdit*> params[] = {{lb_Param1, tb_Param1},
+                                                     {lb_Param2, tb_Param2},
+                                                     {lb_Param3, tb_Param3},
+                                                     {lb_Param4, tb_Param4}};
+    for (const auto& [caption, box] : params)
+        if (!box->isHidden()) shown.Params.emplace_back(Caption(caption), S(box->text()));
+    shown.Limit = ReadLimits();
+    shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
+    shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
+    WaitForCapability();
+    shown.Capability = Capability;
+    shown.Study = CapabilityStudy();
+    shown.Pattern = DisplayOptions::Pattern();
+    if (DataBins) shown.N = std::to_string(DataBins->N);
+    return shown;
 }
 
 void frm_Pondera::mnuCopyResults_Click() {
     support::Trap({kModule, __func__}, [&] {
-        ResultsSheet::Shown shown;
-        shown.Distribution = S(dd_Distribution->Text());
-        const std::pair<QLabel*, QLineEdit*> params[] = {{lb_Param1, tb_Param1},
-                                                         {lb_Param2, tb_Param2},
-                                                         {lb_Param3, tb_Param3},
-                                                         {lb_Param4, tb_Param4}};
-        for (const auto& [caption, box] : params)
-            if (!box->isHidden()) shown.Params.emplace_back(Caption(caption), S(box->text()));
-        shown.Limit = ReadLimits();
-        shown.Moments = TextsOf({tb_Mean, tb_StDev, tb_Skewness, tb_Kurtosis});
-        shown.PNC = {S(tb_LowerPNC->text()), S(tb_UpperPNC->text()), S(tb_PNC->text())};
-        WaitForCapability();
-        shown.Capability = Capability;
-        shown.Study = CapabilityStudy();
-        shown.Pattern = DisplayOptions::Pattern();
-        if (DataBins) shown.N = std::to_string(DataBins->N);
         if (QClipboard* clipboard = QGuiApplication::clipboard())
-            clipboard->setText(Q(ResultsSheet::Text(shown)));
+            clipboard->setText(Q(ResultsSheet::Text(ResultsShown())));
     });
 }
 

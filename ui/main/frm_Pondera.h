@@ -14,6 +14,7 @@
 // events reach them through the window's one event filter.
 #pragma once
 
+#include "stats/m_Identify.h"
 #include "support/ErrorTrap.h"
 #include "ui/main/DataStep.h"
 #include "ui/main/DensityChart.h"
@@ -21,6 +22,7 @@
 #include "ui/main/PlotPipeline.h"
 #include "ui/main/ResultsSheet.h"
 #include "ui/main/SkewKurtChart.h"
+#include "ui/main/TitledChart.h"
 
 #include <QMainWindow>
 
@@ -118,6 +120,8 @@ class frm_Pondera : public QMainWindow {
     QAction* mnuSaveChart = nullptr;
     QAction* mnuCopytoClipboard = nullptr;
     QAction* mnuCopyResults = nullptr;
+    QAction* mnuSaveReport = nullptr;
+    QAction* mnuPrint = nullptr;
     QAction* mnuLimitsFromProbability = nullptr;
     QAction* mnuXAxis = nullptr;
     QAction* mnuYAxis = nullptr;
@@ -175,6 +179,10 @@ class frm_Pondera : public QMainWindow {
     // The curve now in the parameter fields was fitted to DataValues by this
     // m_Fits row: its figures get intervals until a parameter is changed.
     void SetFittedRow(int row);
+    // The data dialog's row behind the drawn curve (its name, fit, A² and p),
+    // for the report; none when the curve was not fitted to the loaded data
+    // from a row of the table.
+    std::optional<m_Identify::RowResult> ShownDataRow() const;
 
     // ---- Procedures ------------------------------------------------------------
     void Form_Initialize();
@@ -232,6 +240,8 @@ class frm_Pondera : public QMainWindow {
     void mnuCopytoClipboard_Click();
     void mnuSaveChart_Click();
     void mnuCopyResults_Click();
+    void mnuSaveReport_Click();
+    void mnuPrint_Click();
     void mnuLimitsFromProbability_Click();
     // The accepted dialog's limits into their boxes, ticked, then Plot.
     void ApplyProbabilityLimits();
@@ -296,6 +306,11 @@ class frm_Pondera : public QMainWindow {
     // Redraws the last good chart at the surface's current size, without
     // validating again (after a resize).
     void RedrawLastChart();
+    // What the window shows, for the exports: the figures as Copy Results lists
+    // them, and the last good chart drawn afresh on a surface of its own at
+    // width x height pixels of the given ratio (empty before the first plot).
+    ResultsSheet::Shown ResultsShown();
+    TitledChart::Chart ExportChart(int width, int height, double ratio);
     // Sets panel 1 of the status bar.
     void SetStatus(const std::string& text);
     // A label's caption as the user reads it, without its mnemonic marker.
@@ -328,8 +343,9 @@ class frm_Pondera : public QMainWindow {
     // Drops the data's histogram and point (and, with moments, its exact moments).
     void ForgetData(bool moments);
     void PlaceDataPoint();
-    void DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks, double xTickLength,
-                   double yTickLength, const std::vector<double>& x, const std::vector<double>& y);
+    DensityChart::Result DrawChart(PictureBox& surface, bool refresh, int xTicks, int yTicks,
+                                   double xTickLength, double yTickLength,
+                                   const std::vector<double>& x, const std::vector<double>& y);
     SkewKurtChart::PickScale ReadPickScale() const;
     void MoveSkewKurtMarker(const SkewKurtChart::MarkerPos& pos);
     void SkewKurtLockClick(support::Label label);
@@ -366,6 +382,7 @@ class frm_Pondera : public QMainWindow {
     bool haveChart_ = false;
     // Spec limits of the last drawing, for the redraw after a resize.
     std::array<DensityChart::Limit, 3> lastLimits_; // LSL, Target, USL
+    PictureBox* exportSurface_ = nullptr;           // drawn like pb_PDF while an export draws
     // The last fit drawn in moments mode (the exact values, not the shown
     // text); empty when it had no curve.
     std::optional<MomentsStep::Fit> fit_;

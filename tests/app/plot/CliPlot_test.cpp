@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <clocale>
+#include <cmath>
 
 namespace {
 QString FieldText(const QJsonObject& out, const char* name) {
@@ -123,4 +124,36 @@ TEST(CliJson, EveryCommandIsTheSameUnderAGermanLocale) {
         for (const QByteArray& line : german.trimmed().split('\n'))
             EXPECT_FALSE(QJsonDocument::fromJson(line).isNull()) << args << ": " << line.data();
     }
+}
+
+// The report is a readable page: rendered, it is not blank, and its text holds
+// the figures, checked against the Weibull's closed-form tails.
+TEST(CliReport, WritesAPageWithTheFigures) {
+    QTemporaryDir dir;
+    const QString pdf = dir.filePath("report.pdf");
+    const QJsonObject out = RunCli({"report", "--dist", "Weibull", "--param1", "1.5", "--param2",
+                                    "2", "--lsl", "0.2", "--usl", "4", "--out", pdf});
+    ASSERT_TRUE(out["messages"].toArray().isEmpty());
+
+    QProcess text;
+    text.start("pdftotext", {"-layout", pdf, "-"});
+    ASSERT_TRUE(text.waitForFinished(30000));
+    const QString page = QString::fromUtf8(text.readAllStandardOutput());
+    auto shown = [](double v) { return QString::asprintf("%.6E", v); };
+    const double below = -std::expm1(-std::pow(0.2 / 2, 1.5)),
+                 above = std::exp(-std::pow(4 / 2.0, 1.5));
+    for (const QString& figure : {QString("Weibull"), QString("Total PNC"), shown(below),
+                                  shown(above), shown(below + above)})
+        EXPECT_TRUE(page.contains(figure)) << figure.toStdString();
+
+    QProcess render;
+    render.start("pdftoppm", {"-png", "-r", "40", "-singlefile", pdf, dir.filePath("page")});
+    ASSERT_TRUE(render.waitForFinished(30000));
+    const QImage image(dir.filePath("page.png"));
+    ASSERT_FALSE(image.isNull());
+    int inked = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            inked += image.pixel(x, y) != qRgb(255, 255, 255);
+    EXPECT_GT(inked, image.width() * image.height() / 20); // the shaded chart alone is more
 }

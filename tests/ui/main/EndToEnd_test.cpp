@@ -17,6 +17,7 @@
 #include <QFileDialog>
 #include <QIcon>
 #include <QPlainTextEdit>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <algorithm>
@@ -93,6 +94,36 @@ TEST_F(EndToEnd, SaveChartAsSavedAndCancelled) {
     });
     EXPECT_EQ(QImage(folder + "/" + name).size(), w->pb_PDF->Image().size());
     QFile::remove(folder + "/" + name);
+    testing_support::ExpectErrorLogEmpty();
+}
+
+// A titled SVG chart and the report, through their save dialogs; Print cancelled.
+TEST_F(EndToEnd, SaveTitledSvgAndReportAndCancelPrint) {
+    QTemporaryDir dir;
+    auto save = [&](QAction* menu, const QString& name, const QString& filter) {
+        RunMenu(menu, [&](QWidget* dialog) {
+            auto* files = qobject_cast<QFileDialog*>(dialog);
+            ASSERT_TRUE(files);
+            files->setDirectory(dir.path());
+            if (!filter.isEmpty()) files->selectNameFilter(filter);
+            auto* edit = files->findChild<QLineEdit*>("fileNameEdit");
+            ASSERT_TRUE(edit);
+            edit->selectAll();
+            QTest::keyClicks(edit, name);
+            static_cast<QDialog*>(files)->accept();
+        });
+    };
+    save(w->mnuSaveChart, "chart", "SVG images with titles (*.svg)");
+    QFile svg(dir.filePath("chart.svg"));
+    ASSERT_TRUE(svg.open(QIODevice::ReadOnly));
+    const QByteArray xml = svg.readAll();
+    for (const char* text : {"<svg", "Normal: Mean 0, Std. Deviation 1", "Density", "Value"})
+        EXPECT_TRUE(xml.contains(text)) << text;
+    save(w->mnuSaveReport, "report", "");
+    QFile pdf(dir.filePath("report.pdf"));
+    ASSERT_TRUE(pdf.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(pdf.read(5) == "%PDF-");
+    RunMenu(w->mnuPrint, [](QWidget* dialog) { qobject_cast<QDialog*>(dialog)->reject(); });
     testing_support::ExpectErrorLogEmpty();
 }
 

@@ -23,6 +23,7 @@ bool AppDisplay = true;
 bool AppRangeMode = false;
 int32_t AppCapMethod = 0;
 double AppConfLevel = 0.95;
+bool AppChartTitles = false;
 
 namespace {
 
@@ -81,6 +82,7 @@ void SetDefaults() {
     AppXMax = 0;
     AppCapMethod = 0;
     AppConfLevel = 0.95;
+    AppChartTitles = false;
 }
 
 void Load() {
@@ -100,6 +102,7 @@ void Load() {
         ReadWhole(kAppCapMethod, AppCapMethod, 0, 1);
         if (const auto v = Read(kAppConfLevel, AppConfLevel); v && *v > 0.5 && *v < 1)
             AppConfLevel = *v;
+        ReadFlag(kAppChartTitles, AppChartTitles);
     });
 }
 

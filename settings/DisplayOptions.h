@@ -31,6 +31,7 @@ inline constexpr const char* kAppDisplay = "AppDisplay";
 inline constexpr const char* kAppRangeMode = "AppRangeMode";
 inline constexpr const char* kAppCapMethod = "AppCapMethod";
 inline constexpr const char* kAppConfLevel = "AppConfLevel";
+inline constexpr const char* kAppChartTitles = "AppChartTitles";
 
 extern uint32_t AppBackColor; // 0x00BBGGRR
 extern uint32_t AppInSpecColor;
@@ -48,6 +49,9 @@ extern bool AppRangeMode; // true = fixed endpoints
 extern int32_t AppCapMethod;
 // Confidence level of the capability intervals, above 0.5 and below 1.
 extern double AppConfLevel;
+// Exported charts (copied, or the type first offered on saving) carry their
+// title, axis titles and figures.
+extern bool AppChartTitles;
 
 // Puts the start values back (as the window does before it reads the store).
 void SetDefaults();

@@ -15,14 +15,12 @@ namespace {
 constexpr const char* kModule = "Pondera.m_PictureBoxCopy";
 }
 
-void CopyEntirePicture(PictureBox& surface) {
+void CopyImage(const QImage& image) {
     support::Trap({kModule, __func__}, [&] {
         QClipboard* clipboard = QGuiApplication::clipboard();
         if (!clipboard) support::Raise(support::kErrInvalidCall, support::kAppTitle, "");
-        // A copy of its own: the clipboard keeps it after the surface redraws.
         // PNG is offered first (lossless, what most programs paste best), the
         // bitmap forms after it.
-        const QImage image = surface.Image().copy();
         QByteArray png;
         QBuffer buffer(&png);
         buffer.open(QIODevice::WriteOnly);
@@ -32,6 +30,11 @@ void CopyEntirePicture(PictureBox& surface) {
         data->setImageData(image);
         clipboard->setMimeData(data, QClipboard::Clipboard);
     });
+}
+
+void CopyEntirePicture(PictureBox& surface) {
+    // A copy of its own: the clipboard keeps it after the surface redraws.
+    support::Trap({kModule, __func__}, [&] { CopyImage(surface.Image().copy()); });
 }
 
 bool SavePicture(PictureBox& surface, const QString& path) {

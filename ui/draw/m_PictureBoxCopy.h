@@ -3,11 +3,14 @@
 #pragma once
 
 class PictureBox;
+class QImage;
 class QString;
 
 namespace m_PictureBoxCopy {
 
 void CopyEntirePicture(PictureBox& surface);
+// Any image to the clipboard, offered as CopyEntirePicture offers a surface's.
+void CopyImage(const QImage& image);
 
 // "Save Chart As...": the whole picture, at device resolution, as a PNG file.
 // False when the file could not be written.

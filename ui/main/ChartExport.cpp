@@ -1,5 +1,6 @@
 #include "ui/main/ChartExport.h"
 
+#include "settings/DisplayOptions.h"
 #include "stats/m_Fits.h"
 #include "stats/m_ProbabilityPlot.h"
 #include "support/ErrorTrap.h"
@@ -170,11 +171,15 @@ bool WriteChart(frm_Pondera& window, const QString& path, bool titled) {
 }
 
 void CopyChart(frm_Pondera& window) {
-    m_PictureBoxCopy::CopyEntirePicture(*window.pb_PDF);
+    if (!DisplayOptions::AppChartTitles) return m_PictureBoxCopy::CopyEntirePicture(*window.pb_PDF);
+    const QImage titled =
+        TitledChart::Render(TitledOf(window, window.pb_PDF->PixelRatio(), true), kChartFont);
+    if (titled.isNull()) return m_PictureBoxCopy::CopyEntirePicture(*window.pb_PDF);
+    m_PictureBoxCopy::CopyImage(titled);
 }
 
 void SaveChart(frm_Pondera& window) {
-    QString filter = kPng;
+    QString filter = DisplayOptions::AppChartTitles ? kPngTitled : kPng;
     QString path = QFileDialog::getSaveFileName(
         &window, "Save Chart As", "chart.png",
         QStringList{kPng, kPngTitled, kSvg, kSvgTitled}.join(";;"), &filter);

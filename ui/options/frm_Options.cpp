@@ -14,6 +14,7 @@
 #include "ui/options/SpinButton.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFocusEvent>
 #include <QGridLayout>
@@ -214,6 +215,13 @@ void frm_Options::BuildControls() {
     capabilityGrid->addWidget(dd_ConfLevel, 0, 3);
     capabilityGrid->setColumnStretch(4, 1);
 
+    // Exports
+    cb_ChartTitles = new QCheckBox(QStringLiteral("&Titles on copied and saved charts"));
+    auto* exports = new QGroupBox(QStringLiteral("Exports"));
+    auto* exportsBox = new QHBoxLayout(exports);
+    exportsBox->addWidget(cb_ChartTitles);
+    exportsBox->addStretch(1);
+
     // Buttons
     but_Apply = new QPushButton(QStringLiteral("Apply"));
     but_Cancel = new QPushButton(QStringLiteral("Cancel"));
@@ -230,6 +238,7 @@ void frm_Options::BuildControls() {
     groups->addWidget(ticks, 1, 0);
     groups->addWidget(colors, 1, 1);
     groups->addWidget(capability, 2, 0, 1, 2);
+    groups->addWidget(exports, 3, 0, 1, 2);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(groups);
     layout->addSpacing(4);
@@ -250,7 +259,8 @@ void frm_Options::BuildControls() {
     setTabOrder(cp_InSpec, cp_OutSpec);
     setTabOrder(cp_OutSpec, dd_CapMethod);
     setTabOrder(dd_CapMethod, dd_ConfLevel);
-    setTabOrder(dd_ConfLevel, but_Apply);
+    setTabOrder(dd_ConfLevel, cb_ChartTitles);
+    setTabOrder(cb_ChartTitles, but_Apply);
     setTabOrder(but_Apply, but_Cancel);
 }
 
@@ -311,6 +321,7 @@ void frm_Options::Form_Load() {
             dd_ConfLevel->addItem(QString::number(level * 100, 'g', 4) + " %", level);
             if (level == AppConfLevel) dd_ConfLevel->setCurrentIndex(dd_ConfLevel->count() - 1);
         }
+        cb_ChartTitles->setChecked(AppChartTitles);
     });
 }
 
@@ -377,6 +388,8 @@ void frm_Options::but_Apply_Click() {
         if (dd_ConfLevel->currentIndex() >= 0)
             AppConfLevel = dd_ConfLevel->currentData().toDouble();
         store(kAppConfLevel, AppConfLevel);
+        AppChartTitles = cb_ChartTitles->isChecked();
+        store(kAppChartTitles, int64_t{AppChartTitles ? 1 : 0});
         try {
             const StoreWait wait;
             AppSettings().SaveSettings(kSection, stored);

@@ -14,6 +14,7 @@
 #include <cstdint>
 
 class ColorPicker;
+class QCheckBox;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
@@ -45,6 +46,7 @@ class frm_Options : public QDialog {
     // The capability figures shown (percentile or Z-score) and the level of their intervals.
     QComboBox* dd_CapMethod = nullptr;
     QComboBox* dd_ConfLevel = nullptr;
+    QCheckBox* cb_ChartTitles = nullptr;
     QPushButton* but_Apply = nullptr;
     QPushButton* but_Cancel = nullptr;
 

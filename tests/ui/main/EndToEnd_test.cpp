@@ -146,6 +146,13 @@ TEST_F(EndToEnd, FitToDataAcceptedAndCancelled) {
 TEST_F(EndToEnd, CopyImageAndResults) {
     RunMenu(w->mnuCopytoClipboard);
     EXPECT_EQ(QGuiApplication::clipboard()->image().size(), w->pb_PDF->Image().size());
+    // With titles on, the copy is the chart with its title band and axis titles around it.
+    DisplayOptions::AppChartTitles = true;
+    RunMenu(w->mnuCopytoClipboard);
+    DisplayOptions::AppChartTitles = false;
+    const QSize titled = QGuiApplication::clipboard()->image().size();
+    EXPECT_GT(titled.width(), w->pb_PDF->Image().width());
+    EXPECT_GT(titled.height(), w->pb_PDF->Image().height());
     Tick(w->cb_LSL, w->tb_LSL, "-3");
     Tick(w->cb_USL, w->tb_USL, "3");
     RunMenu(w->mnuCopyResults);

@@ -31,34 +31,49 @@ void ErrorReporter::SetApplication(std::string title, std::string path, std::str
 void ErrorReporter::Report(const std::string& label, int32_t number, const std::string& source,
                            const std::string& description) {
     const LogResult logged = AppendLog(label, number, source, description);
-    for (auto& entry : pending_) {
-        if (entry.Label == label && entry.Number == number && entry.Source == source &&
-            entry.Description == description) {
-            ++entry.Count;
-            if (!logged.Problem.empty()) { // one repeat not logged: the entry was not either
-                entry.LogPath = logged.Path;
-                entry.LogProblem = logged.Problem;
+    {
+        // A worker thread (a simulation, a bootstrap) may report while the
+        // window's thread is in an action: the list is shared, so it is locked.
+        const std::lock_guard lock(mutex_);
+        for (auto& entry : pending_) {
+            if (entry.Label == label && entry.Number == number && entry.Source == source &&
+                entry.Description == description) {
+                ++entry.Count;
+                if (!logged.Problem.empty()) { // one repeat not logged: the entry was not either
+                    entry.LogPath = logged.Path;
+                    entry.LogProblem = logged.Problem;
+                }
+                return;
             }
-            return;
         }
+        pending_.push_back({label, number, source, description, 1, logged.Path, logged.Problem});
+        if (depth_ != 0) return;
     }
-    pending_.push_back({label, number, source, description, 1, logged.Path, logged.Problem});
-    if (depth_ == 0) Flush();
+    Flush();
 }
 
 void ErrorReporter::BeginAction() {
+    const std::lock_guard lock(mutex_);
     ++depth_;
 }
 
 void ErrorReporter::EndAction() {
-    if (depth_ > 0) --depth_;
-    if (depth_ == 0) Flush();
+    {
+        const std::lock_guard lock(mutex_);
+        if (depth_ > 0) --depth_;
+        if (depth_ != 0) return;
+    }
+    Flush();
 }
 
 void ErrorReporter::Flush() {
-    if (pending_.empty()) return;
     std::vector<ErrorEntry> entries;
-    entries.swap(pending_);
+    {
+        const std::lock_guard lock(mutex_);
+        if (pending_.empty()) return;
+        entries.swap(pending_);
+    }
+    // Shown outside the lock: the face may hand the report to the window's thread.
     Face().ShowErrorReport(entries);
 }
 

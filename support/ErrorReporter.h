@@ -4,6 +4,7 @@
 
 #include "support/UserFace.h"
 
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,7 @@ class ErrorReporter {
     std::string title_ = "Pondera";
     std::string path_;
     std::string version_;
+    std::mutex mutex_; // guards depth_ and pending_
     int depth_ = 0;
     std::vector<ErrorEntry> pending_;
 };

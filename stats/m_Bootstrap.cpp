@@ -8,6 +8,7 @@
 
 #include "engine/Families.h"
 #include "stats/m_Fits.h"
+#include "stats/m_Simulate.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,50 +22,8 @@ namespace m_Bootstrap {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-// A replicate whose refit fails this often in a row gives up the whole run.
-constexpr int kAttempts = 20;
 // Below this share of replicates with a figure, the figure has no interval.
 constexpr double kEnough = 0.99;
-
-// SplitMix64 (Steele, Lea & Flood 2014): a stream per (seed, row, replicate).
-class Stream {
-  public:
-    Stream(std::uint64_t seed, int row, int replicate) {
-        state_ = Mix(Mix(Mix(seed) ^ static_cast<std::uint64_t>(row + 1)) ^
-                     static_cast<std::uint64_t>(replicate + 1));
-    }
-    // Uniform on (0, 1), never 0 or 1.
-    double Uniform() { return (static_cast<double>(Next() >> 11) + 0.5) * 0x1p-53; }
-    // Standard normal by Marsaglia's polar method.
-    double Normal() {
-        if (spare_) {
-            spare_ = false;
-            return saved_;
-        }
-        double u, v, s;
-        do {
-            u = 2 * Uniform() - 1;
-            v = 2 * Uniform() - 1;
-            s = u * u + v * v;
-        } while (s >= 1);
-        const double f = std::sqrt(-2 * std::log(s) / s);
-        saved_ = v * f;
-        spare_ = true;
-        return u * f;
-    }
-
-  private:
-    static std::uint64_t Mix(std::uint64_t z) {
-        z += 0x9E3779B97F4A7C15ull;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    std::uint64_t Next() { return Mix(state_ += 0x9E3779B97F4A7C15ull); }
-    std::uint64_t state_;
-    bool spare_ = false;
-    double saved_ = 0;
-};
 
 // The five figures of one replicate, NaN where it has none.
 enum { kPp, kPpk, kZPp, kZPpk, kPpm, kFigureCount };
@@ -76,13 +35,10 @@ double Or(const std::optional<double>& v) {
 // False when the replicate gave up (too many failed refits).
 bool RunReplicate(int row, const m_Curves::Curve& fitted, std::size_t n, std::optional<double> lsl,
                   std::optional<double> usl, std::uint64_t seed, int r, double* out, int& redraws) {
-    Stream stream(seed, row, r);
-    const bool normal = m_Curves::NormalBased(fitted.K);
+    m_Simulate::Stream stream(seed, row, r);
     std::vector<double> x(n);
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        for (double& v : x)
-            v = m_Curves::FromStandard(fitted,
-                                       normal ? stream.Normal() : -std::log(stream.Uniform()));
+    for (int attempt = 0; attempt < m_Simulate::kAttempts; ++attempt) {
+        m_Simulate::Draw(fitted, stream, x);
         m_Fits::Fit f;
         try {
             f = m_Fits::FitRow(row, m_Fits::Prepare(x));

@@ -9,6 +9,7 @@
 #include "stats/m_Identify.h"
 
 #include "stats/m_GoodnessOfFit.h"
+#include "stats/m_Simulate.h"
 
 #include <algorithm>
 #include <atomic>
@@ -25,46 +26,6 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr const char* kNotComputed = "could not be computed";
 constexpr const char* kStopped = "stopped";
 
-// SplitMix64 (Steele, Lea & Flood 2014): a stream per (seed, row, replicate).
-class Stream {
-  public:
-    Stream(std::uint64_t seed, int row, int replicate) {
-        state_ = Mix(Mix(Mix(seed) ^ static_cast<std::uint64_t>(row + 1)) ^
-                     static_cast<std::uint64_t>(replicate + 1));
-    }
-    // Uniform on (0, 1), never 0 or 1.
-    double Uniform() { return (static_cast<double>(Next() >> 11) + 0.5) * 0x1p-53; }
-    // Standard normal by Marsaglia's polar method.
-    double Normal() {
-        if (spare_) {
-            spare_ = false;
-            return saved_;
-        }
-        double u, v, s;
-        do {
-            u = 2 * Uniform() - 1;
-            v = 2 * Uniform() - 1;
-            s = u * u + v * v;
-        } while (s >= 1);
-        const double f = std::sqrt(-2 * std::log(s) / s);
-        saved_ = v * f;
-        spare_ = true;
-        return u * f;
-    }
-
-  private:
-    static std::uint64_t Mix(std::uint64_t z) {
-        z += 0x9E3779B97F4A7C15ull;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
-    }
-    std::uint64_t Next() { return Mix(state_ += 0x9E3779B97F4A7C15ull); }
-    std::uint64_t state_;
-    bool spare_ = false;
-    double saved_ = 0;
-};
-
 struct Tally {
     long Exceed = 0, Done = 0, Redraws = 0;
     bool GaveUp = false;
@@ -72,13 +33,10 @@ struct Tally {
 
 void RunReplicate(int row, const m_Curves::Curve& fitted, double a2, std::size_t n,
                   const Options& o, int r, Tally& t) {
-    Stream stream(o.Seed, row, r);
-    const bool normal = m_Curves::NormalBased(fitted.K);
+    m_Simulate::Stream stream(o.Seed, row, r);
     std::vector<double> x(n);
-    for (int attempt = 0; attempt < 20; ++attempt) {
-        for (double& v : x)
-            v = m_Curves::FromStandard(fitted,
-                                       normal ? stream.Normal() : -std::log(stream.Uniform()));
+    for (int attempt = 0; attempt < m_Simulate::kAttempts; ++attempt) {
+        m_Simulate::Draw(fitted, stream, x);
         m_Fits::Sample s;
         m_Fits::Fit f;
         try {

@@ -1,0 +1,36 @@
+// Samples drawn from a fitted curve, as the simulated p and the bootstrap
+// intervals draw them: one random stream per (seed, row, replicate), so an
+// answer never depends on how many threads share the replicates.
+#pragma once
+
+#include "stats/m_Curves.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace m_Simulate {
+
+// A replicate whose refit fails this often in a row gives up.
+inline constexpr int kAttempts = 20;
+
+// SplitMix64 (Steele, Lea & Flood 2014): a stream per (seed, row, replicate).
+class Stream {
+  public:
+    Stream(std::uint64_t seed, int row, int replicate);
+    // Uniform on (0, 1), never 0 or 1.
+    double Uniform();
+    // Standard normal by Marsaglia's polar method.
+    double Normal();
+
+  private:
+    std::uint64_t Next();
+    std::uint64_t state_;
+    bool spare_ = false;
+    double saved_ = 0;
+};
+
+// Fills x with values drawn from the curve: a normal-based curve from standard
+// normals, the others from standard exponentials, through the curve's transform.
+void Draw(const m_Curves::Curve& curve, Stream& stream, std::vector<double>& x);
+
+} // namespace m_Simulate

@@ -1,6 +1,9 @@
 // Identifying a sample: every row without simulation at n = 100, 10^5 and 10^6,
 // each row alone at 10^6, and every row with 1,000 simulated samples at n = 100.
+// Capability intervals by the parametric bootstrap: 1,000 replicates for a
+// three-parameter row at n = 100 (the slowest refits), on one and two threads.
 // bench/scipy_fits.py times scipy.stats on the same values.
+#include "stats/m_Bootstrap.h"
 #include "stats/m_Fits.h"
 #include "stats/m_Identify.h"
 
@@ -50,6 +53,27 @@ void BM_IdentifyWith1000Replicates(benchmark::State& state) {
 BENCHMARK(BM_IdentifyWith1000Replicates)
     ->Arg(1)
     ->Arg(2)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+// Bootstrap intervals for capability figures.
+void BM_BootstrapIntervals(benchmark::State& state) {
+    const int row = static_cast<int>(state.range(0));
+    const m_Fits::Sample s = m_Fits::Prepare(Values(100));
+    const m_Fits::Fit f = m_Fits::FitRow(row, s);
+    m_Bootstrap::Options o;
+    o.Replicates = 1000;
+    o.Threads = static_cast<int>(state.range(1));
+    state.SetLabel(m_Fits::Info(row).Name);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(m_Bootstrap::Intervals(row, f.C, 100, 3.1, 9, o));
+}
+BENCHMARK(BM_BootstrapIntervals)
+    ->Args({m_Fits::kWeibull3P, 1})
+    ->Args({m_Fits::kWeibull3P, 2})
+    ->Args({m_Fits::kLogNormal3P, 1})
+    ->Args({m_Fits::kLogNormal3P, 2})
+    ->Args({m_Fits::kJohnsonMoments, 1})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 

@@ -53,6 +53,13 @@ std::string ParamsLine(const ResultsSheet::Shown& shown, const char* separator) 
     return line;
 }
 
+// Ppk and the method it was found by, for a chart's corner: every export names it.
+void AddPpk(std::vector<std::string>& corner, const ResultsSheet::Shown& shown) {
+    if (shown.Capability.Ppk.empty()) return;
+    corner.push_back("Ppk " + shown.Capability.Ppk);
+    corner.push_back(std::string("Method: ") + m_Capability::MethodName(shown.Study.Shown));
+}
+
 // How a row of the data dialog's table estimates its curve.
 std::string EstimatorOf(int row) {
     switch (row) {
@@ -115,7 +122,7 @@ TitledChart::Chart TitledOf(frm_Pondera& window, double ratio, bool title) {
         if (!params.empty()) chart.Title += ": " + params;
     }
     if (!shown.PNC[2].empty()) chart.Corner.push_back("Total PNC " + shown.PNC[2]);
-    if (!shown.Capability.Ppk.empty()) chart.Corner.push_back("Ppk " + shown.Capability.Ppk);
+    AddPpk(chart.Corner, shown);
     return chart;
 }
 
@@ -135,7 +142,7 @@ ReportPage::Content ReportOf(frm_Pondera& window) {
     for (int i = 0; i < 3; ++i)
         if (shown.Limit[i].Ticked)
             page.Params += std::string("     ") + names[i] + " " + shown.Limit[i].Text;
-    if (!shown.Capability.Ppk.empty()) page.Chart.Corner.push_back("Ppk " + shown.Capability.Ppk);
+    AddPpk(page.Chart.Corner, shown);
     // A figure the window leaves blank (no limits, no capability) has no row.
     for (auto& row : ReportPage::RowsOf(ResultsSheet::Text(shown)))
         if (!row.second.empty()) page.Rows.push_back(std::move(row));

@@ -4,7 +4,6 @@
 #include "engine/Families.h"
 #include "engine/m_Distributions.h"
 #include "engine/m_PercentCertainty.h"
-#include "stats/m_Capability.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
 #include "support/m_Interface.h"
@@ -220,7 +219,7 @@ std::optional<ResultTexts> UncalculatedResults(const Limits& limits, const std::
     const std::string shown = kind == PncBoxes::Zero ? support::Format(0.0, pattern) : "";
     ResultTexts r;
     r.Pnc = {shown, shown, shown};
-    r.Capability.Ppm = shown;
+    r.Ppm = shown;
     return r;
 }
 
@@ -239,10 +238,6 @@ m_PercentCertainty::Figures PncFigures(const PncSource& source, const Limits& li
         TickedValue(limits[0]), TickedValue(limits[2]));
 }
 
-std::string Shown(const std::optional<double>& v, const std::string& pattern) {
-    return v ? support::Format(*v, pattern) : std::string();
-}
-
 } // namespace
 
 std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
@@ -250,25 +245,6 @@ std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& l
     const m_PercentCertainty::Figures f = PncFigures(source, limits);
     return {support::Format(f.Lower, pattern), support::Format(f.Upper, pattern),
             support::Format(support::ck(f.Total), pattern)};
-}
-
-CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits,
-                               const std::string& pattern) {
-    const m_PercentCertainty::Figures pnc = PncFigures(source, limits);
-    const auto p = source.Params;
-    const std::optional<m_Capability::Percentiles> x = m_Capability::PercentilePoints(
-        source.Code, p[0].value_or(0), p[1].value_or(0), p[2].value_or(0), p[3].value_or(0));
-    m_Capability::Figures f;
-    if (x) f = m_Capability::Indices(*x, TickedValue(limits[0]), TickedValue(limits[2]));
-    auto tip = [&](const char* name, const std::optional<double>& v) {
-        return std::string(name) + (v ? support::Format(*v, pattern) : std::string("n/a"));
-    };
-    return {Shown(f.Pp, pattern),
-            Shown(f.Ppk, pattern),
-            support::Format(support::ck(pnc.Total * 1e6), pattern),
-            tip("Ppl: ", f.Ppl) + "\n" + tip("Ppu: ", f.Ppu),
-            Shown(f.Ppl, pattern),
-            Shown(f.Ppu, pattern)};
 }
 
 Readout ReadoutAt(const PncSource& source, double x) {

@@ -148,22 +148,12 @@ std::optional<PncSource> FiguresSource(bool byMoments, const std::optional<PncSo
 std::array<std::string, 3> PercentTexts(const PncSource& source, const Limits& limits,
                                         const std::string& pattern);
 
-// The capability boxes beside the PNC boxes, by the percentile method: Pp and
-// Ppk (empty when a limit they need is unticked), Ppl and Ppu for Ppk's tool
-// tip, and the total fraction nonconforming in parts per million.
-struct CapabilityView {
-    std::string Pp, Ppk, Ppm, PpkTip;
-    std::string Ppl, Ppu; // as Pp and Ppk are shown, for the copied results
-};
-CapabilityView CapabilityTexts(const PncSource& source, const Limits& limits,
-                               const std::string& pattern);
-
-// The PNC and capability boxes when no figures are calculated: all empty for
+// The PNC boxes and the ppm box when no figures are calculated: all empty for
 // crossed limits, the number 0 in the display pattern when neither limit is
 // ticked (Pp and Ppk stay empty). None when the figures are calculated.
 struct ResultTexts {
     std::array<std::string, 3> Pnc;
-    CapabilityView Capability;
+    std::string Ppm;
 };
 std::optional<ResultTexts> UncalculatedResults(const Limits& limits, const std::string& pattern);
 

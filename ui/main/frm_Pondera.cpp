@@ -332,7 +332,7 @@ void frm_Pondera::ShowResults() {
     capabilityFigures_ = false;
     capabilityPanel_->Clear();
     ResultsSheet::CapabilityTexts none;
-    none.Ppm = fixed->Capability.Ppm;
+    none.Ppm = fixed->Ppm;
     ShowCapability(none);
 }
 

@@ -160,10 +160,10 @@ TEST(PlotPipeline, ThePNCBoxes) {
     const auto zeros = UncalculatedResults(none, "0.00E+00");
     ASSERT_TRUE(zeros);
     EXPECT_EQ(zeros->Pnc, (std::array<std::string, 3>{"0.00E+00", "0.00E+00", "0.00E+00"}));
-    EXPECT_EQ(zeros->Capability.Ppm + "|" + zeros->Capability.Pp, "0.00E+00|");
+    EXPECT_EQ(zeros->Ppm, "0.00E+00");
     const auto crossed = UncalculatedResults({{{true, "5"}, {}, {true, "4"}}}, "0.0");
     ASSERT_TRUE(crossed);
-    EXPECT_EQ(crossed->Pnc[0] + crossed->Pnc[2] + crossed->Capability.Ppm, "");
+    EXPECT_EQ(crossed->Pnc[0] + crossed->Pnc[2] + crossed->Ppm, "");
     EXPECT_FALSE(UncalculatedResults(lsl, "0.0"));
 
     const auto texts = PercentTexts(SourceFromFields("Normal", {"0", "1", "", ""}),
@@ -177,50 +177,6 @@ TEST(PlotPipeline, ThePNCBoxes) {
 
 // What the capability boxes show (the indices themselves are m_Capability's):
 // for the normal the usual (USL - LSL)/6 sigma and friends.
-TEST(PlotPipeline, CapabilityBoxes) {
-    const double phi3 = reference::NormalCdf(-3);
-    struct Row {
-        const char* name;
-        PncSource source;
-        Limits limits;
-        std::optional<double> pp, ppk;
-        const char *ppl, *ppu;
-    };
-    const Row rows[] = {
-        {"normal 1, 2 in -5..5",
-         SourceFromFields("Normal", {"1", "2", "", ""}),
-         {{{true, "-5"}, {}, {true, "5"}}},
-         10.0 / 12,
-         4.0 / 6,
-         "Ppl: 1.0000",
-         "Ppu: 0.6667"},
-        {"normal, USL only",
-         SourceFromFields("Normal", {"1", "2", "", ""}),
-         {{{false, "-5"}, {}, {true, "5"}}},
-         std::nullopt,
-         4.0 / 6,
-         "Ppl: n/a",
-         "Ppu: 0.6667"},
-    };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.name);
-        const CapabilityView v = CapabilityTexts(r.source, r.limits, "0.0000000000");
-        EXPECT_EQ(v.Pp.empty(), !r.pp);
-        EXPECT_LT(RelErr(support::Val(v.Pp), r.pp.value_or(0)), 1e-9);
-        EXPECT_LT(RelErr(support::Val(v.Ppk), *r.ppk), 1e-9);
-        EXPECT_EQ(CapabilityTexts(r.source, r.limits, "0.0000").PpkTip,
-                  std::string(r.ppl) + "\n" + r.ppu);
-    }
-    // The total in ppm, and nothing to judge without limits.
-    const CapabilityView both =
-        CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}), rows[0].limits, "0.000000");
-    EXPECT_LT(RelErr(support::Val(both.Ppm), (phi3 + reference::NormalCdf(-2)) * 1e6), 1e-9);
-    const CapabilityView none =
-        CapabilityTexts(SourceFromFields("Normal", {"1", "2", "", ""}), {}, "0.000000");
-    EXPECT_EQ(none.Pp + none.Ppk, "");
-    EXPECT_EQ(none.Ppm, "0.000000");
-}
-
 // The readout under the pointer against the normal's closed form, the upper
 // tail to its own digits far out.
 TEST(Readout, DensityAndBothSidesAtAPointAgainstTheNormal) {

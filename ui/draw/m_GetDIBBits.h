@@ -7,7 +7,7 @@
 // top, is entry (height - y) * width + x, entries counted from 0. The column is
 // taken as given, without subtracting 1: pixel (x, y) lands in screen column x
 // (from 0) of screen row y - 1, and x = width wraps to column 0 of the row above.
-// Kept: the old program drew this way, and its pictures stay pixel for pixel.
+// Kept: the charts have always been drawn this way, pixel for pixel.
 #pragma once
 
 #include <cstddef>

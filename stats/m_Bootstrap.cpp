@@ -145,12 +145,7 @@ Result Intervals(int row, const m_Curves::Curve& fitted, std::size_t n, std::opt
             if (o.Progress) o.Progress(now, total);
         }
     };
-    std::vector<std::thread> pool;
-    for (int t = 1; t < threads; ++t)
-        pool.emplace_back(work, t);
-    work(0);
-    for (std::thread& th : pool)
-        th.join();
+    m_Simulate::OnThreads(threads, work);
     if (o.Cancel && o.Cancel->load()) {
         result.Cancelled = true;
         return result;

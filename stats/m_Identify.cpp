@@ -78,12 +78,7 @@ double SimulatedP(int row, const m_Curves::Curve& fitted, double a2, std::size_t
             if (o.Progress) o.Progress();
         }
     };
-    std::vector<std::thread> pool;
-    for (int t = 1; t < threads; ++t)
-        pool.emplace_back(work, t);
-    work(0);
-    for (std::thread& th : pool)
-        th.join();
+    m_Simulate::OnThreads(threads, work);
     Tally all;
     for (const Tally& t : tallies) {
         all.Exceed += t.Exceed, all.Done += t.Done, all.Redraws += t.Redraws;
@@ -135,21 +130,14 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
         m_Fits::kLogNormal,  m_Fits::kWeibull, m_Fits::kJohnsonMoments, m_Fits::kJohnsonPercentiles,
         m_Fits::kLogNormal3P};
     std::atomic<int> next{0};
-    auto work = [&] {
+    auto work = [&](int) {
         for (int k; (k = next++) < m_Fits::kRowCount;) {
             fitRow(kOrder[k]);
             if (o.RowDone) o.RowDone(kOrder[k], rows[kOrder[k]]);
         }
     };
-    {
-        std::vector<std::thread> pool;
-        const bool large = s.X.size() > 2000; // below, starting a thread costs more than it saves
-        for (int t = 1; large && t < std::clamp(o.Threads, 1, 64); ++t)
-            pool.emplace_back(work);
-        work();
-        for (std::thread& th : pool)
-            th.join();
-    }
+    const bool large = s.X.size() > 2000; // below, starting a thread costs more than it saves
+    m_Simulate::OnThreads(large ? std::clamp(o.Threads, 1, 64) : 1, work);
     for (int i = 0; i < m_Fits::kRowCount; ++i) {
         const int nested = m_Fits::Info(i).Nested;
         if (nested >= 0 && rows[i].Status == "ok" && rows[nested].Status == "ok")

@@ -6,6 +6,7 @@
 #include "stats/m_Curves.h"
 
 #include <cstdint>
+#include <thread>
 #include <vector>
 
 namespace m_Simulate {
@@ -28,6 +29,17 @@ class Stream {
     bool spare_ = false;
     double saved_ = 0;
 };
+
+// Runs work(0) .. work(threads - 1), each on a thread of its own (work(0) on
+// this one), and returns when all are done.
+template <class Work> void OnThreads(int threads, Work&& work) {
+    std::vector<std::thread> pool;
+    for (int t = 1; t < threads; ++t)
+        pool.emplace_back(work, t);
+    work(0);
+    for (std::thread& th : pool)
+        th.join();
+}
 
 // Fills x with values drawn from the curve: a normal-based curve from standard
 // normals, the others from standard exponentials, through the curve's transform.

@@ -46,8 +46,10 @@
 #include "stats/m_SampleData.h"
 
 #include <boost/math/tools/minima.hpp>
+#include <boost/math/tools/toms748_solve.hpp>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <mutex>
@@ -63,8 +65,9 @@ using m_Curves::Kind;
 constexpr double kLog2Pi = 1.83787706640934548356;
 // Below this spread relative to the location, a curve's variate has no digits left.
 constexpr double kResolution = 1e-13;
-// Past this many values the profile grids and the percentile z search run on
-// evenly spaced order statistics; the final refinement uses every value.
+// Past this many values the threshold searches start on a condensed stand-in and
+// the percentile z search runs on evenly spaced order statistics; the final
+// answers use every value.
 constexpr std::size_t kSearchValues = 20000;
 
 const RowInfo kRows[kRowCount] = {
@@ -111,16 +114,59 @@ std::vector<double> SearchValues(const std::vector<double>& sorted) {
     return out;
 }
 
+// A big sample's stand-in for a threshold search: its lowest and highest
+// values each as they are (the lowest decide where a threshold can lie), and
+// in between the middle value of each of evenly sized runs, weighted by the
+// run's length. Empty weights: the values are the sample.
+struct Weighted {
+    std::vector<double> X, W;
+};
+
+Weighted Condensed(const std::vector<double>& sorted) {
+    const std::size_t n = sorted.size();
+    if (n <= kSearchValues) return {sorted, {}};
+    constexpr std::size_t low = kSearchValues / 4, high = kSearchValues / 20;
+    constexpr std::size_t runs = kSearchValues - low - high;
+    Weighted c;
+    c.X.reserve(kSearchValues), c.W.reserve(kSearchValues);
+    for (std::size_t i = 0; i < low; ++i)
+        c.X.push_back(sorted[i]), c.W.push_back(1);
+    const std::size_t middle = n - low - high;
+    for (std::size_t r = 0; r < runs; ++r) {
+        const std::size_t from = low + r * middle / runs, to = low + (r + 1) * middle / runs;
+        c.X.push_back(sorted[(from + to) / 2]), c.W.push_back(static_cast<double>(to - from));
+    }
+    for (std::size_t i = n - high; i < n; ++i)
+        c.X.push_back(sorted[i]), c.W.push_back(1);
+    return c;
+}
+
+const std::vector<double> kUnweighted;
+
+// The weight of value i: 1 when there are none.
+inline double WeightOf(const std::vector<double>& w, std::size_t i) {
+    return w.empty() ? 1.0 : w[i];
+}
+
+// x - x(1) of the sorted sample.
+std::vector<double> Gaps(const Sample& s) {
+    std::vector<double> gaps(s.X.size());
+    for (std::size_t i = 0; i < gaps.size(); ++i)
+        gaps[i] = s.X[i] - s.X.front();
+    return gaps;
+}
+
 // ---- Weibull ---------------------------------------------------------------
 
 // Shape by Newton on the score, kept inside a bracket that bisection narrows.
 // Converged, k is the last point the sums were taken at, and sumE their sum e^(k y).
-bool SolveShape(const std::vector<double>& y, double ybar, double& k, double& sumE) {
+bool SolveShape(const std::vector<double>& y, const std::vector<double>& weight, double ybar,
+                double& k, double& sumE) {
     double lo = 0, hi = std::numeric_limits<double>::infinity();
     for (int it = 0; it < 200; ++it) {
         double a0 = 0, a1 = 0, a2 = 0;
-        for (double v : y) {
-            const double e = std::exp(k * v);
+        for (std::size_t i = 0; i < y.size(); ++i) {
+            const double v = y[i], e = WeightOf(weight, i) * std::exp(k * v);
             a0 += e;
             a1 += v * e;
             a2 += v * v * e;
@@ -149,15 +195,20 @@ struct WeibullResult {
 };
 
 WeibullResult WeibullOnGaps(const std::vector<double>& gap, double c, double shapeStart,
-                            std::vector<double>& y) {
+                            std::vector<double>& y, const std::vector<double>& weight = kUnweighted) {
     WeibullResult r;
-    const std::size_t n = gap.size();
+    const std::size_t size = gap.size();
     const double dmax = gap.back() + c;
-    y.resize(n);
-    long double sum = 0;
-    for (std::size_t i = 0; i < n; ++i)
-        sum += y[i] = std::log((gap[i] + c) / dmax);
-    const double ybar = static_cast<double>(sum / n);
+    y.resize(size);
+    long double sum = 0, total = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        const double w = WeightOf(weight, i);
+        y[i] = std::log((gap[i] + c) / dmax);
+        sum += w * y[i];
+        total += w;
+    }
+    const double n = static_cast<double>(total);
+    const double ybar = static_cast<double>(sum / total);
     if (!(ybar < 0)) return r; // no spread left at this threshold
     double k = shapeStart;
     if (!(k > 0)) { // pi / sqrt(6) over the sd of ln x: the extreme-value moment estimate
@@ -167,12 +218,11 @@ WeibullResult WeibullOnGaps(const std::vector<double>& gap, double c, double sha
         k = sd > 0 ? 1.2825 / sd : 1;
     }
     double sumE = 0;
-    if (!SolveShape(y, ybar, k, sumE)) return r;
-    const double meanE = sumE / static_cast<double>(n);
+    if (!SolveShape(y, weight, ybar, k, sumE)) return r;
+    const double meanE = sumE / n;
     r.Shape = k;
     r.Scale = dmax * std::pow(meanE, 1 / k);
-    r.LogLik = static_cast<double>(n) *
-               (std::log(k) - std::log(dmax) - std::log(meanE) + (k - 1) * ybar - 1);
+    r.LogLik = n * (std::log(k) - std::log(dmax) - std::log(meanE) + (k - 1) * ybar - 1);
     r.Ok = std::isfinite(r.LogLik) && std::isfinite(r.Scale) && r.Scale > 0;
     return r;
 }
@@ -190,51 +240,68 @@ template <class F> double Refine(F&& f, double lo, double hi) {
     return r.first;
 }
 
+// The condensed stand-in's maximum lies this close to the full one, in u.
+constexpr double kStartStep = 0.005;
+
+// On all of a big sample the maximum is where the profile's slope in u
+// vanishes: from the search values' maximum u0, steps along the rising side
+// (secant-sized, at least doubling) bracket that root, and TOMS 748 closes it.
+// Each step costs a pass over every value, and the slope is nearly linear
+// near the top, so a handful do. Nothing when the slope never turns.
+template <class Profile> std::optional<double> SlopeRoot(Profile& all, double u0, double lo,
+                                                         double hi) {
+    double a = u0, da = all.Slope(a);
+    if (!std::isfinite(da)) return std::nullopt;
+    if (da == 0) return a;
+    double b = a + (da > 0 ? kStartStep : -kStartStep), db = all.Slope(b);
+    for (int steps = 0; std::isfinite(db) && (db > 0) == (da > 0); ++steps) {
+        const double width = b - a, secant = db * width / (da - db);
+        const double reach = std::clamp(std::fabs(secant), 2 * std::fabs(width), 8 * std::fabs(width));
+        const double next = b + std::copysign(reach, width);
+        if (steps == 40 || next < lo || next > hi) return std::nullopt;
+        a = b, da = db, b = next, db = all.Slope(b);
+    }
+    if (!std::isfinite(db)) return std::nullopt;
+    if (db == 0) return b;
+    if (a > b) std::swap(a, b), std::swap(da, db);
+    std::uintmax_t iterations = 60;
+    const auto r = boost::math::tools::toms748_solve(
+        [&](double u) { return all.Slope(u); }, a, b, da, db,
+        [](double x, double y) { return std::fabs(x - y) <= 1e-8; }, iterations);
+    return 0.5 * (r.first + r.second);
+}
+
 // Profile maximum over theta = x(1) - e^u: the gap e^u, or nothing when the
-// profile has no interior maximum. `make(gaps)` gives the profile on those gaps
-// (x - x(1)). The grid runs on the search values, the climb and Brent on all.
-template <class Make> std::optional<double> ThresholdGap(const Sample& s, Make make) {
-    const std::vector<double>& x = s.X;
-    const double range = x.back() - x.front();
-    std::vector<double> gaps(x.size());
-    for (std::size_t i = 0; i < x.size(); ++i)
-        gaps[i] = x[i] - x.front();
-    std::vector<double> searchGaps = SearchValues(gaps);
+// profile has no interior maximum. A Profile on gaps (x - x(1), all of them in
+// `all`, fresh) gives l(u) by
+// its call and dl/du by Slope. A grid brackets the maximum and Brent refines
+// it, on every value of a small sample; a big one's condensed stand-in gives
+// the start of SlopeRoot on every value.
+template <class Profile>
+std::optional<double> ThresholdGap(const std::vector<double>& gaps, Profile& all) {
+    const double range = gaps.back();
+    const Weighted search = Condensed(gaps);
     const double lo = std::log(range) - 18.5, hi = std::log(range) + 9.5;
     const int points = 40;
     const double step = (hi - lo) / (points - 1);
-    auto all = make(gaps);
-    auto search = make(searchGaps);
+    Profile condensed(search.X, search.W);
     std::vector<double> v(points);
     for (int j = 0; j < points; ++j)
-        v[j] = search(lo + step * j);
+        v[j] = condensed(lo + step * j);
     int best = -1;
     for (int j = 1; j + 1 < points; ++j)
         if (std::isfinite(v[j - 1]) && std::isfinite(v[j + 1]) && v[j] > v[j - 1] &&
             v[j] >= v[j + 1] && (best < 0 || v[j] > v[best]))
             best = j;
     if (best < 0) return std::nullopt;
-    // Climb the same grid on all the values from there: a subsample's profile
-    // peaks near, not at, the full one.
-    const bool sampled = searchGaps.size() < gaps.size();
-    std::vector<double> full(points, std::numeric_limits<double>::quiet_NaN());
-    auto at = [&](int j) {
-        if (!sampled) return v[j];
-        if (std::isnan(full[j])) full[j] = all(lo + step * j);
-        return full[j];
-    };
-    for (int j = best;;) {
-        if (j <= 0 || j >= points - 1) return std::nullopt;
-        const double here = at(j), left = at(j - 1), right = at(j + 1);
-        if (here > left && here >= right) {
-            best = j;
-            break;
-        }
-        j = right > left ? j + 1 : j - 1;
-    }
-    double u = Refine(all, lo + step * (best - 1), lo + step * (best + 1));
-    if (!(all(u) >= at(best))) u = lo + step * best; // Brent never did worse than the grid
-    return std::exp(u);
+    const bool sampled = !search.W.empty();
+    Profile& refined = sampled ? condensed : all;
+    double u = Refine(refined, lo + step * (best - 1), lo + step * (best + 1));
+    if (!(refined(u) >= v[best])) u = lo + step * best; // Brent never did worse than the grid
+    if (!sampled) return std::exp(u);
+    const std::optional<double> root = SlopeRoot(all, u, lo, hi);
+    if (!root) return std::nullopt;
+    return std::exp(*root);
 }
 
 // ---- Rows ----------------------------------------------------------------------
@@ -265,43 +332,68 @@ Fit LogNormalRow(const Sample& s) {
 }
 
 // The log-normal profile on ln(gap + c): Welford's running mean and variance.
-auto LogNormalProfile(const std::vector<double>& gaps) {
-    return [&gaps](double u) {
+// With w = 1/(gap + c) its slope is dl/du = -c (sum (y - mean) w / sigma^2 + sum w).
+class LogNormalProfile {
+  public:
+    explicit LogNormalProfile(const std::vector<double>& gaps, const std::vector<double>& weight = kUnweighted)
+        : gaps_(gaps), weight_(weight) {}
+
+    double operator()(double u) const {
+        const double c = std::exp(u);
+        double mean = 0, m2 = 0, total = 0;
+        long double sumLog = 0;
+        for (std::size_t i = 0; i < gaps_.size(); ++i) {
+            const double w = WeightOf(weight_, i), l = std::log(gaps_[i] + c);
+            sumLog += w * l;
+            total += w;
+            const double d = l - mean;
+            mean += w * d / total;
+            m2 += w * d * (l - mean);
+        }
+        const double sigma = std::sqrt(m2 / total);
+        if (!(sigma > 0)) return -std::numeric_limits<double>::infinity();
+        return static_cast<double>(-total * std::log(sigma) - sumLog -
+                                   0.5 * total * (1 + kLog2Pi));
+    }
+
+    // On the values alone: it runs on every value of a big sample.
+    double Slope(double u) const {
         const double c = std::exp(u);
         double mean = 0, m2 = 0;
-        long double sumLog = 0;
+        long double sumW = 0, sumLogW = 0;
         std::size_t i = 0;
-        for (double g : gaps) {
-            const double l = std::log(g + c);
-            sumLog += l;
+        for (double g : gaps_) {
+            const double w = 1 / (g + c), l = std::log(g + c);
+            sumW += w;
+            sumLogW += l * w;
             const double d = l - mean;
             mean += d / static_cast<double>(++i);
             m2 += d * (l - mean);
         }
-        const double n = static_cast<double>(gaps.size());
-        const double sigma = std::sqrt(m2 / n);
-        if (!(sigma > 0)) return -std::numeric_limits<double>::infinity();
-        return static_cast<double>(-n * std::log(sigma) - sumLog - 0.5 * n * (1 + kLog2Pi));
-    };
-}
+        const double variance = m2 / static_cast<double>(gaps_.size());
+        if (!(variance > 0)) return std::numeric_limits<double>::quiet_NaN();
+        return static_cast<double>(-c * ((sumLogW - mean * sumW) / variance + sumW));
+    }
+
+  private:
+    const std::vector<double>& gaps_;
+    const std::vector<double>& weight_;
+};
 
 Fit LogNormal3PRow(const Sample& s) {
-    const std::optional<double> c =
-        ThresholdGap(s, [](const std::vector<double>& g) { return LogNormalProfile(g); });
+    const std::vector<double> gaps = Gaps(s);
+    LogNormalProfile profile(gaps);
+    const std::optional<double> c = ThresholdGap(gaps, profile);
     const double theta = c ? s.X.front() - *c : 0;
     // A gap below the resolution of x(1) cannot be written as a threshold.
     if (!c || !(std::fabs((s.X.front() - theta) - *c) <= 1e-6 * *c)) return Failed(kNoThreshold);
     double mu = 0, sd = 0;
-    const double x1 = s.X.front();
     MeanSd(
-        s.X, [&](double v) { return std::log((v - x1) + *c); }, mu, sd);
+        gaps, [&](double g) { return std::log(g + *c); }, mu, sd);
     const double n = static_cast<double>(s.X.size());
     Fit f;
     f.C = {Kind::LogNormal, {mu, sd * std::sqrt((n - 1) / n), theta, 0}};
-    std::vector<double> gaps(s.X.size());
-    for (std::size_t i = 0; i < gaps.size(); ++i)
-        gaps[i] = s.X[i] - x1;
-    f.MaxLogLik = LogNormalProfile(gaps)(std::log(*c));
+    f.MaxLogLik = profile(std::log(*c));
     return f;
 }
 
@@ -326,10 +418,8 @@ Fit Exponential2PRow(const Sample& s) {
 
 Fit WeibullRow(const Sample& s) {
     if (!s.Positive) return Failed(kNeedsPositive);
-    std::vector<double> gaps(s.X.size()), y;
-    for (std::size_t i = 0; i < gaps.size(); ++i)
-        gaps[i] = s.X[i] - s.X.front();
-    const WeibullResult w = WeibullOnGaps(gaps, s.X.front(), 0, y);
+    std::vector<double> y;
+    const WeibullResult w = WeibullOnGaps(Gaps(s), s.X.front(), 0, y);
     if (!w.Ok) return Failed(kTooNarrow);
     Fit f;
     f.C = {Kind::Weibull, {w.Shape, w.Scale, 0, 0}};
@@ -337,21 +427,57 @@ Fit WeibullRow(const Sample& s) {
     return f;
 }
 
+// The Weibull profile: the two-parameter maximum on gap + c, each solve
+// started from the shape of the one before. Its slope in u is, the shape and
+// scale being at their maximum, the partial derivative of l alone:
+// dl/du = c ((k - 1) sum 1/d - k n sum(d^k / d) / sum d^k), d = gap + c.
+class WeibullProfile {
+  public:
+    explicit WeibullProfile(const std::vector<double>& gaps, const std::vector<double>& weight = kUnweighted)
+        : gaps_(gaps), weight_(weight) {}
+
+    double operator()(double u) { return Solve(std::exp(u)).LogLik; }
+
+    double Slope(double u) {
+        const double c = std::exp(u);
+        const WeibullResult w = Solve(c);
+        if (!w.Ok) return std::numeric_limits<double>::quiet_NaN();
+        long double sumE = 0, sumEOverD = 0, sumInv = 0;
+        for (std::size_t i = 0; i < gaps_.size(); ++i) {
+            const double inv = 1 / (gaps_[i] + c), e = std::exp(w.Shape * y_[i]);
+            sumE += e;
+            sumEOverD += e * inv;
+            sumInv += inv;
+        }
+        const double k = w.Shape, n = static_cast<double>(gaps_.size());
+        return static_cast<double>(c * ((k - 1) * sumInv - k * n * sumEOverD / sumE));
+    }
+
+    // The shape of the last solve: a warm start for the next.
+    double Shape() const { return shape_; }
+
+  private:
+    WeibullResult Solve(double c) {
+        WeibullResult w = WeibullOnGaps(gaps_, c, shape_, y_, weight_);
+        if (w.Ok) shape_ = w.Shape;
+        else w.LogLik = -std::numeric_limits<double>::infinity();
+        return w;
+    }
+
+    const std::vector<double>& gaps_;
+    const std::vector<double>& weight_;
+    std::vector<double> y_;
+    double shape_ = 0;
+};
+
 Fit Weibull3PRow(const Sample& s) {
-    auto make = [](const std::vector<double>& g) {
-        return [&g, y = std::vector<double>(), shape = 0.0](double u) mutable {
-            const WeibullResult w = WeibullOnGaps(g, std::exp(u), shape, y);
-            if (w.Ok) shape = w.Shape; // a warm start for the next threshold
-            return w.Ok ? w.LogLik : -std::numeric_limits<double>::infinity();
-        };
-    };
-    const std::optional<double> c = ThresholdGap(s, make);
+    const std::vector<double> gaps = Gaps(s);
+    WeibullProfile profile(gaps);
+    const std::optional<double> c = ThresholdGap(gaps, profile);
     const double theta = c ? s.X.front() - *c : 0;
     if (!c || !(std::fabs((s.X.front() - theta) - *c) <= 1e-6 * *c)) return Failed(kNoThreshold);
-    std::vector<double> gaps(s.X.size()), y;
-    for (std::size_t i = 0; i < gaps.size(); ++i)
-        gaps[i] = s.X[i] - s.X.front();
-    const WeibullResult w = WeibullOnGaps(gaps, *c, 0, y);
+    std::vector<double> y;
+    const WeibullResult w = WeibullOnGaps(gaps, *c, profile.Shape(), y);
     if (!w.Ok) return Failed(kNoThreshold);
     Fit f;
     f.C = {Kind::Weibull, {w.Shape, w.Scale, theta, 0}};
@@ -472,10 +598,42 @@ const RowInfo& Info(int row) {
     return kRows[row];
 }
 
+// Least significant digit first, 11 bits a pass, on the doubles' bits made to
+// sort as unsigned numbers (negative: all bits flipped; else the sign bit set).
+// A pass whose digit all the values share is skipped.
+void SortValues(std::vector<double>& values) {
+    constexpr std::size_t kRadixFrom = 50000; // below, std::sort is as quick
+    const std::size_t n = values.size();
+    if (n < kRadixFrom) return std::sort(values.begin(), values.end());
+    constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
+    std::vector<std::uint64_t> keys(n), spare(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        const auto bits = std::bit_cast<std::uint64_t>(values[i]);
+        keys[i] = bits & kSign ? ~bits : bits | kSign;
+    }
+    constexpr int kBits = 11;
+    constexpr std::size_t kBuckets = std::size_t{1} << kBits;
+    for (int shift = 0; shift < 64; shift += kBits) {
+        std::vector<std::size_t> start(kBuckets + 1, 0);
+        for (std::uint64_t k : keys)
+            ++start[((k >> shift) & (kBuckets - 1)) + 1];
+        if (std::find(start.begin(), start.end(), n) != start.end()) continue;
+        for (std::size_t b = 1; b <= kBuckets; ++b)
+            start[b] += start[b - 1];
+        for (std::uint64_t k : keys)
+            spare[start[(k >> shift) & (kBuckets - 1)]++] = k;
+        keys.swap(spare);
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::uint64_t k = keys[i];
+        values[i] = std::bit_cast<double>(k & kSign ? k & ~kSign : ~k);
+    }
+}
+
 Sample Prepare(std::vector<double> values) {
     Sample s;
     s.X = std::move(values);
-    if (!std::is_sorted(s.X.begin(), s.X.end())) std::sort(s.X.begin(), s.X.end());
+    if (!std::is_sorted(s.X.begin(), s.X.end())) SortValues(s.X);
     if (s.X.size() < 2) return s;
     MeanSd(
         s.X, [](double v) { return v; }, s.Mean, s.Sd);

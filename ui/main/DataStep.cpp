@@ -1,5 +1,6 @@
 #include "ui/main/DataStep.h"
 
+#include "stats/m_Fits.h"
 #include "support/ErrorTrap.h"
 #include "support/Format.h"
 
@@ -57,7 +58,7 @@ Histogram Bins(std::vector<double> values) {
     Histogram h;
     support::Trap(kBins, [&] {
         if (values.size() < 2) return;
-        std::sort(values.begin(), values.end());
+        m_Fits::SortValues(values);
         const double low = values.front(), range = values.back() - low;
         if (!(range > 0) || !std::isfinite(range)) return;
         const double n = static_cast<double>(values.size());

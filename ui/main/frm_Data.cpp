@@ -585,7 +585,7 @@ void frm_Data::StartIdentify(std::vector<double> values) {
         try {
             // Sorted once here (the probability plot wants it so); the fits' own
             // sort then finds it done.
-            std::sort(values.begin(), values.end());
+            m_Fits::SortValues(values);
             auto sorted = std::make_shared<const std::vector<double>>(std::move(values));
             const std::size_t n = sorted->size();
             m_Identify::Options o;

@@ -186,15 +186,22 @@ std::vector<std::string> TickLabels(std::span<const double> input) {
 }
 
 std::optional<double> ParseNumber(std::string_view input, char separator) {
-    // The user's separator stands for the point; no other character does.
-    std::string buffer(input);
-    if (separator != '.') std::replace(buffer.begin(), buffer.end(), separator, '.');
-    const std::string_view text = buffer;
+    // The user's separator stands for the point; no other character does. (A
+    // copy only then: a file of millions of numbers comes through here.)
+    std::string buffer;
+    if (separator != '.') {
+        buffer = input;
+        std::replace(buffer.begin(), buffer.end(), separator, '.');
+        input = buffer;
+    }
+    const std::string_view text = input;
     size_t i = 0, n = text.size();
-    auto space = [&](size_t k) { return std::isspace(static_cast<unsigned char>(text[k])) != 0; };
-    auto digit = [&](size_t k) {
-        return k < n && std::isdigit(static_cast<unsigned char>(text[k]));
+    // The C locale's classes, without asking the locale for each character.
+    auto space = [&](size_t k) {
+        const char c = text[k];
+        return c == ' ' || (c >= '\t' && c <= '\r');
     };
+    auto digit = [&](size_t k) { return k < n && text[k] >= '0' && text[k] <= '9'; };
     while (i < n && space(i))
         ++i;
     while (n > i && space(n - 1))

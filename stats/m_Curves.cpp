@@ -99,49 +99,78 @@ double LogPhi(double z) {
     return -0.5 * z * z - kHalfLog2Pi - std::log(-z) + std::log(series);
 }
 
-Point Evaluate(const Curve& c, double x) {
+Evaluator::Evaluator(const Curve& c) : c_(c) {
     const double* p = c.P;
     switch (c.K) {
     case Kind::Normal:
-        return FromZ((x - p[0]) / p[1], -std::log(p[1]));
+    case Kind::LogNormal:
+        lead_ = -std::log(p[1]);
+        break;
+    case Kind::JohnsonSB:
+        lead_ = std::log(p[0] * p[2]);
+        break;
+    case Kind::JohnsonSU:
+        lead_ = std::log(p[0]);
+        break;
+    case Kind::JohnsonSL:
+        lead_ = std::log(p[0]);
+        logLamda_ = std::log(std::fabs(p[2]));
+        break;
+    case Kind::Exponential:
+        lead_ = std::log(p[0]);
+        break;
+    case Kind::Weibull:
+        lead_ = std::log(p[0] / p[1]);
+        break;
+    }
+}
+
+Point Evaluator::operator()(double x) const {
+    const double* p = c_.P;
+    switch (c_.K) {
+    case Kind::Normal:
+        return FromZ((x - p[0]) / p[1], lead_);
     case Kind::LogNormal: {
         const double d = x - p[2];
         if (!(d > 0)) return Outside();
         const double ld = std::log(d);
-        return FromZ((ld - p[0]) / p[1], -std::log(p[1]) - ld);
+        return FromZ((ld - p[0]) / p[1], lead_ - ld);
     }
     case Kind::JohnsonSB: {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = x - p[3], v = lamda - d;
         if (!(d > 0 && v > 0)) return Outside();
         const double ld = std::log(d), lv = std::log(v);
-        return FromZ(gamma + delta * (ld - lv), std::log(delta * lamda) - ld - lv);
+        return FromZ(gamma + delta * (ld - lv), lead_ - ld - lv);
     }
     case Kind::JohnsonSU: {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = x - p[3];
-        return FromZ(gamma + delta * std::asinh(d / lamda),
-                     std::log(delta) - std::log(std::hypot(d, lamda)));
+        return FromZ(gamma + delta * std::asinh(d / lamda), lead_ - std::log(std::hypot(d, lamda)));
     }
     case Kind::JohnsonSL: {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = x - p[3];
         if (!((lamda > 0 && d > 0) || (lamda < 0 && d < 0))) return Outside();
         const double ld = std::log(std::fabs(d));
-        const double z = gamma + delta * (ld - std::log(std::fabs(lamda)));
-        return FromZ(lamda > 0 ? z : -z, std::log(delta) - ld);
+        const double z = gamma + delta * (ld - logLamda_);
+        return FromZ(lamda > 0 ? z : -z, lead_ - ld);
     }
     case Kind::Exponential: {
         const double rate = p[0], d = x - p[1];
         if (!(d >= 0)) return Outside();
         const double t = rate * d;
-        return FromHazard(t, std::log(rate) - t);
+        return FromHazard(t, lead_ - t);
     }
     case Kind::Weibull: {
         const double k = p[0], scale = p[1], d = x - p[2];
         if (!(d > 0)) return Outside();
         const double lr = std::log(d / scale), t = std::exp(k * lr);
-        return FromHazard(t, std::log(k / scale) + (k - 1) * lr - t);
+        return FromHazard(t, lead_ + (k - 1) * lr - t);
     }
     }
     return Outside();
+}
+
+Point Evaluate(const Curve& c, double x) {
+    return Evaluator(c)(x);
 }
 
 double FromStandard(const Curve& c, double v) {

@@ -32,6 +32,19 @@ struct Point {
 };
 Point Evaluate(const Curve& c, double x);
 
+// Evaluate at many points: what does not depend on x is worked out once (the
+// same values to the bit).
+class Evaluator {
+  public:
+    explicit Evaluator(const Curve& c);
+    Point operator()(double x) const;
+
+  private:
+    Curve c_;
+    double lead_ = 0;     // the log density's constant part
+    double logLamda_ = 0; // SL: ln |lamda|
+};
+
 // The point whose z (normal-based) or cumulative hazard t (the others) is v,
 // and back (NaN where the curve gives x no density).
 double FromStandard(const Curve& c, double v);

@@ -195,7 +195,8 @@ struct WeibullResult {
 };
 
 WeibullResult WeibullOnGaps(const std::vector<double>& gap, double c, double shapeStart,
-                            std::vector<double>& y, const std::vector<double>& weight = kUnweighted) {
+                            std::vector<double>& y,
+                            const std::vector<double>& weight = kUnweighted) {
     WeibullResult r;
     const std::size_t size = gap.size();
     const double dmax = gap.back() + c;
@@ -248,15 +249,16 @@ constexpr double kStartStep = 0.005;
 // (secant-sized, at least doubling) bracket that root, and TOMS 748 closes it.
 // Each step costs a pass over every value, and the slope is nearly linear
 // near the top, so a handful do. Nothing when the slope never turns.
-template <class Profile> std::optional<double> SlopeRoot(Profile& all, double u0, double lo,
-                                                         double hi) {
+template <class Profile>
+std::optional<double> SlopeRoot(Profile& all, double u0, double lo, double hi) {
     double a = u0, da = all.Slope(a);
     if (!std::isfinite(da)) return std::nullopt;
     if (da == 0) return a;
     double b = a + (da > 0 ? kStartStep : -kStartStep), db = all.Slope(b);
     for (int steps = 0; std::isfinite(db) && (db > 0) == (da > 0); ++steps) {
         const double width = b - a, secant = db * width / (da - db);
-        const double reach = std::clamp(std::fabs(secant), 2 * std::fabs(width), 8 * std::fabs(width));
+        const double reach =
+            std::clamp(std::fabs(secant), 2 * std::fabs(width), 8 * std::fabs(width));
         const double next = b + std::copysign(reach, width);
         if (steps == 40 || next < lo || next > hi) return std::nullopt;
         a = b, da = db, b = next, db = all.Slope(b);
@@ -335,7 +337,8 @@ Fit LogNormalRow(const Sample& s) {
 // With w = 1/(gap + c) its slope is dl/du = -c (sum (y - mean) w / sigma^2 + sum w).
 class LogNormalProfile {
   public:
-    explicit LogNormalProfile(const std::vector<double>& gaps, const std::vector<double>& weight = kUnweighted)
+    explicit LogNormalProfile(const std::vector<double>& gaps,
+                              const std::vector<double>& weight = kUnweighted)
         : gaps_(gaps), weight_(weight) {}
 
     double operator()(double u) const {
@@ -352,8 +355,7 @@ class LogNormalProfile {
         }
         const double sigma = std::sqrt(m2 / total);
         if (!(sigma > 0)) return -std::numeric_limits<double>::infinity();
-        return static_cast<double>(-total * std::log(sigma) - sumLog -
-                                   0.5 * total * (1 + kLog2Pi));
+        return static_cast<double>(-total * std::log(sigma) - sumLog - 0.5 * total * (1 + kLog2Pi));
     }
 
     // On the values alone: it runs on every value of a big sample.
@@ -433,7 +435,8 @@ Fit WeibullRow(const Sample& s) {
 // dl/du = c ((k - 1) sum 1/d - k n sum(d^k / d) / sum d^k), d = gap + c.
 class WeibullProfile {
   public:
-    explicit WeibullProfile(const std::vector<double>& gaps, const std::vector<double>& weight = kUnweighted)
+    explicit WeibullProfile(const std::vector<double>& gaps,
+                            const std::vector<double>& weight = kUnweighted)
         : gaps_(gaps), weight_(weight) {}
 
     double operator()(double u) { return Solve(std::exp(u)).LogLik; }
@@ -459,8 +462,10 @@ class WeibullProfile {
   private:
     WeibullResult Solve(double c) {
         WeibullResult w = WeibullOnGaps(gaps_, c, shape_, y_, weight_);
-        if (w.Ok) shape_ = w.Shape;
-        else w.LogLik = -std::numeric_limits<double>::infinity();
+        if (w.Ok)
+            shape_ = w.Shape;
+        else
+            w.LogLik = -std::numeric_limits<double>::infinity();
         return w;
     }
 

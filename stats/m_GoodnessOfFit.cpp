@@ -14,9 +14,10 @@ namespace m_GoodnessOfFit {
 Measures Measure(const m_Curves::Curve& c, const std::vector<double>& sorted) {
     Measures m;
     const std::size_t n = sorted.size();
+    const m_Curves::Evaluator at(c);
     long double logLik = 0, sum = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const m_Curves::Point p = m_Curves::Evaluate(c, sorted[i]);
+        const m_Curves::Point p = at(sorted[i]);
         if (!p.Inside) return m;
         const double up = 2.0 * static_cast<double>(i + 1) - 1,
                      down = 2.0 * static_cast<double>(n - i) - 1;

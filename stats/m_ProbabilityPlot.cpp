@@ -139,9 +139,10 @@ struct LogLik {
     std::size_t Stride = 1;
     double Weight = 1;
     double operator()(const Curve& c) const {
+        const m_Curves::Evaluator at(c);
         double sum = 0;
         for (std::size_t i = Stride / 2; i < X.size(); i += Stride) {
-            const m_Curves::Point pt = m_Curves::Evaluate(c, X[i]);
+            const m_Curves::Point pt = at(X[i]);
             if (!pt.Inside) return -std::numeric_limits<double>::infinity();
             sum += pt.LogDensity;
         }

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -140,9 +140,16 @@ TEST(Fits, SortValuesOrdersAsStdSortDoes) {
     for (double& v : x) // every sign and scale, with ties
         v = std::ldexp(std::uniform_real_distribution<double>(-1, 1)(random),
                        std::uniform_int_distribution<int>(-1074, 1023)(random));
-    const double specials[] = {0.0, -0.0, 1e-310, -1e-310, 1e308, -1e308,
+    const double specials[] = {0.0,
+                               -0.0,
+                               1e-310,
+                               -1e-310,
+                               1e308,
+                               -1e308,
                                std::numeric_limits<double>::infinity(),
-                               -std::numeric_limits<double>::infinity(), 3.5, 3.5};
+                               -std::numeric_limits<double>::infinity(),
+                               3.5,
+                               3.5};
     std::copy(std::begin(specials), std::end(specials), x.begin());
     std::vector<double> expected = x;
     std::sort(expected.begin(), expected.end());

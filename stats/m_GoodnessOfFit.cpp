@@ -15,6 +15,9 @@ Measures Measure(const m_Curves::Curve& c, const std::vector<double>& sorted) {
     Measures m;
     const std::size_t n = sorted.size();
     const m_Curves::Evaluator at(c);
+    // Every curve's support is an interval: the ends of the sorted sample tell
+    // at once whether a value lies outside.
+    if (n == 0 || !at(sorted.front()).Inside || !at(sorted.back()).Inside) return m;
     long double logLik = 0, sum = 0;
     for (std::size_t i = 0; i < n; ++i) {
         const m_Curves::Point p = at(sorted[i]);

@@ -280,11 +280,10 @@ std::optional<double> SlopeRoot(Profile& all, double u0, double lo, double hi) {
 }
 
 // Profile maximum over theta = x(1) - e^u: the gap e^u, or nothing when the
-// profile has no interior maximum. A Profile on gaps (x - x(1), all of them in
-// `all`, fresh) gives l(u) by
-// its call and dl/du by Slope. A grid brackets the maximum and Brent refines
-// it, on every value of a small sample; a big one's condensed stand-in gives
-// the start of SlopeRoot on every value.
+// profile has no interior maximum. A Profile on gaps (x - x(1); `all`, fresh,
+// holds every one) gives l(u) by its call and dl/du by Slope. A grid brackets
+// the maximum and Brent refines it, on every value of a small sample; a big
+// one's condensed stand-in gives the start of SlopeRoot on every value.
 template <class Profile>
 std::optional<double> ThresholdGap(const std::vector<double>& gaps, Profile& all) {
     const double range = gaps.back();

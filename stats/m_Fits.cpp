@@ -48,6 +48,7 @@
 #include <boost/math/tools/minima.hpp>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -147,6 +148,21 @@ inline double WeightOf(const std::vector<double>& w, std::size_t i) {
     return w.empty() ? 1.0 : w[i];
 }
 
+// Sums over i < n of the N terms f(i, s) adds to s: in double within blocks of
+// 1024 values (quick), the blocks' sums in long double (accurate for millions).
+template <std::size_t N, class F> std::array<long double, N> BlockSums(std::size_t n, F f) {
+    constexpr std::size_t kBlock = 1024;
+    std::array<long double, N> total{};
+    for (std::size_t from = 0; from < n; from += kBlock) {
+        std::array<double, N> s{};
+        for (std::size_t i = from, to = std::min(n, from + kBlock); i < to; ++i)
+            f(i, s);
+        for (std::size_t j = 0; j < N; ++j)
+            total[j] += s[j];
+    }
+    return total;
+}
+
 // x - x(1) of the sorted sample.
 std::vector<double> Gaps(const Sample& s) {
     std::vector<double> gaps(s.X.size());
@@ -243,40 +259,46 @@ template <class F> double Refine(F&& f, double lo, double hi) {
 // The condensed stand-in's maximum lies this close to the full one, in u.
 constexpr double kStartStep = 0.005;
 
+// A profile's slope and curvature in u at a point.
+struct Slope {
+    double D1 = std::numeric_limits<double>::quiet_NaN(), D2 = D1;
+};
+
 // On all of a big sample the maximum is where the profile's slope in u
-// vanishes: from the stand-in's maximum u0, steps along the rising side
-// (secant-sized, at least doubling) bracket that root, and secant steps kept
-// inside the bracket close it, until a step is below 1e-8 (the gap to 1e-8 of
-// itself). Each step costs a pass over every value; the slope is nearly linear
-// near the top, so four or five do. Nothing when the slope never turns.
+// vanishes: Newton's method from the stand-in's maximum u0, each step a pass
+// over every value. A step that leaves what the slopes seen so far bracket, or
+// that the curvature does not point to, is replaced by bisection, or before a
+// bracket by a growing step uphill. Ends when a step is below 1e-8 (the gap to
+// 1e-8 of itself); nothing when the slope never turns.
 template <class Profile>
 std::optional<double> SlopeRoot(Profile& all, double u0, double lo, double hi) {
     constexpr double kTolerance = 1e-8;
-    double a = u0, da = all.Slope(a);
-    if (!std::isfinite(da)) return std::nullopt;
-    if (da == 0) return a;
-    double b = a + (da > 0 ? kStartStep : -kStartStep), db = all.Slope(b);
-    for (int steps = 0; std::isfinite(db) && (db > 0) == (da > 0); ++steps) {
-        const double width = b - a, secant = db * width / (da - db);
-        const double reach =
-            std::clamp(std::fabs(secant), 2 * std::fabs(width), 8 * std::fabs(width));
-        const double next = b + std::copysign(reach, width);
-        if (steps == 40 || next < lo || next > hi) return std::nullopt;
-        a = b, da = db, b = next, db = all.Slope(b);
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    double u = u0, rise = -kInf, fall = kInf, uphill = kStartStep;
+    for (int steps = 0; steps < 60; ++steps) {
+        if (!(u > lo && u < hi)) return std::nullopt;
+        const Slope s = all.Slope(u);
+        if (!std::isfinite(s.D1)) return std::nullopt;
+        if (s.D1 == 0) return u;
+        // The newest side wins: slopes that rise again beyond a fall (a dip
+        // between) leave only the nearer top bracketed.
+        if (s.D1 > 0)
+            rise = u, fall = fall < u ? kInf : fall;
+        else
+            fall = u, rise = rise > u ? -kInf : rise;
+        double next = u - s.D1 / s.D2;
+        if (!(s.D2 < 0 && next > rise && next < fall)) {
+            if (std::isfinite(rise) && std::isfinite(fall)) {
+                next = 0.5 * (rise + fall);
+            } else {
+                next = u + std::copysign(uphill, s.D1);
+                uphill *= 4;
+            }
+        }
+        if (std::fabs(next - u) <= kTolerance || fall - rise <= kTolerance) return next;
+        u = next;
     }
-    if (!std::isfinite(db)) return std::nullopt;
-    // The bracket [rise, fall] and the last two points (p, q).
-    double rise = da > 0 ? a : b, fall = da > 0 ? b : a, p = a, dp = da, q = b, dq = db;
-    for (int steps = 0; steps < 60 && dq != 0; ++steps) {
-        double r = q - dq * (q - p) / (dq - dp);
-        if (!(r > std::min(rise, fall) && r < std::max(rise, fall))) r = 0.5 * (rise + fall);
-        if (std::fabs(r - q) <= kTolerance || std::fabs(rise - fall) <= kTolerance) return r;
-        const double dr = all.Slope(r);
-        if (!std::isfinite(dr)) return std::nullopt;
-        (dr > 0 ? rise : fall) = r;
-        p = q, dp = dq, q = r, dq = dr;
-    }
-    return q;
+    return std::nullopt;
 }
 
 // Profile maximum over theta = x(1) - e^u: the gap e^u, or nothing when the
@@ -306,6 +328,7 @@ std::optional<double> ThresholdGap(const std::vector<double>& gaps, Profile& all
     double u = Refine(refined, lo + step * (best - 1), lo + step * (best + 1));
     if (!(refined(u) >= v[best])) u = lo + step * best; // Brent never did worse than the grid
     if (!sampled) return std::exp(u);
+    all.Follow(condensed);
     const std::optional<double> root = SlopeRoot(all, u, lo, hi);
     if (!root) return std::nullopt;
     return std::exp(*root);
@@ -363,24 +386,27 @@ class LogNormalProfile {
         return static_cast<double>(-total * std::log(sigma) - sumLog - 0.5 * total * (1 + kLog2Pi));
     }
 
-    // On the values alone: it runs on every value of a big sample.
-    double Slope(double u) const {
-        const double c = std::exp(u);
-        double mean = 0, m2 = 0;
-        long double sumW = 0, sumLogW = 0;
-        std::size_t i = 0;
-        for (double g : gaps_) {
-            const double w = 1 / (g + c), l = std::log(g + c);
-            sumW += w;
-            sumLogW += l * w;
-            const double d = l - mean;
-            mean += d / static_cast<double>(++i);
-            m2 += d * (l - mean);
-        }
-        const double variance = m2 / static_cast<double>(gaps_.size());
-        if (!(variance > 0)) return std::numeric_limits<double>::quiet_NaN();
-        return static_cast<double>(-c * ((sumLogW - mean * sumW) / variance + sumW));
+    // On the values alone: it runs on every value of a big sample. Sums of l
+    // = ln d - l0 (l0 near the middle, so that little cancels), w = 1/d; with
+    // A = sum (l - mean) w and V = sigma^2, dl/dc = -(A/V + sum w) and
+    // d2l/dc2 = sum w^2 - (sum w^2 - (sum w)^2/n - sum (l - mean) w^2)/V + 2A^2/(n V^2).
+    m_Fits::Slope Slope(double u) const {
+        const double c = std::exp(u), l0 = std::log(gaps_[gaps_.size() / 2] + c);
+        const auto [sumL, sumL2, sumW, sumLW, sumW2, sumLW2] =
+            BlockSums<6>(gaps_.size(), [&](std::size_t i, std::array<double, 6>& s) {
+                const double w = 1 / (gaps_[i] + c), l = std::log(gaps_[i] + c) - l0, w2 = w * w;
+                s[0] += l, s[1] += l * l, s[2] += w, s[3] += l * w, s[4] += w2, s[5] += l * w2;
+            });
+        const long double n = static_cast<long double>(gaps_.size()), mean = sumL / n;
+        const long double v = sumL2 / n - mean * mean, a = sumLW - mean * sumW;
+        if (!(v > 0)) return {};
+        const long double dc = -(a / v + sumW);
+        const long double dcc = sumW2 - (sumW2 - sumW * sumW / n - (sumLW2 - mean * sumW2)) / v +
+                                2 * a * a / (n * v * v);
+        return {static_cast<double>(c * dc), static_cast<double>(c * c * dcc + c * dc)};
     }
+
+    void Follow(const LogNormalProfile&) {} // nothing carries over
 
   private:
     const std::vector<double>& gaps_;
@@ -441,9 +467,19 @@ Fit WeibullRow(const Sample& s) {
 }
 
 // The Weibull profile: the two-parameter maximum on gap + c, each solve
-// started from the shape of the one before. Its slope in u is, the shape and
-// scale being at their maximum, the partial derivative of l alone:
-// dl/du = c ((k - 1) sum 1/d - k n sum(d^k / d) / sum d^k), d = gap + c.
+// started from the shape of the one before.
+//
+// On every value of a big sample a pass does not solve the shape: it takes one
+// joint Newton step in (k, u) on l(k, c) = n ln k - n ln sum d^k + (k - 1)
+// sum ln d + const, d = gap + c, with (D0, D1, D2) = sum d^k (1, ln d, ln^2 d),
+// P1 = sum d^(k-1), P1L = sum d^(k-1) ln d, P2 = sum d^(k-2), W1 = sum 1/d,
+// W2 = sum 1/d^2:
+//   l_k  = n/k - n D1/D0 + sum ln d,   l_kk = -n/k^2 - n (D2/D0 - (D1/D0)^2),
+//   l_c  = (k - 1) W1 - n k P1/D0,     l_cc = n k (k P1^2/D0^2 - (k - 1) P2/D0) - (k - 1) W2,
+//   l_kc = W1 - n (P1/D0 + k P1L/D0 - k P1 D1/D0^2).
+// The profile's slope and curvature in u are then l_u - l_ku l_k / l_kk and
+// l_uu - l_ku^2 / l_kk (they are exact once l_k = 0), and the shape that goes
+// with a next u is k - (l_k + l_ku (u' - u)) / l_kk. Sums are on y = ln(d / max d).
 class WeibullProfile {
   public:
     explicit WeibullProfile(const std::vector<double>& gaps,
@@ -452,23 +488,38 @@ class WeibullProfile {
 
     double operator()(double u) { return Solve(std::exp(u)).LogLik; }
 
-    double Slope(double u) {
-        const double c = std::exp(u);
-        const WeibullResult w = Solve(c);
-        if (!w.Ok) return std::numeric_limits<double>::quiet_NaN();
-        long double sumE = 0, sumEOverD = 0, sumInv = 0;
-        for (std::size_t i = 0; i < gaps_.size(); ++i) {
-            const double inv = 1 / (gaps_[i] + c), e = std::exp(w.Shape * y_[i]);
-            sumE += e;
-            sumEOverD += e * inv;
-            sumInv += inv;
-        }
-        const double k = w.Shape, n = static_cast<double>(gaps_.size());
-        return static_cast<double>(c * ((k - 1) * sumInv - k * n * sumEOverD / sumE));
+    m_Fits::Slope Slope(double u) {
+        const double c = std::exp(u), k = Shape(u), dmax = gaps_.back() + c;
+        const auto [s0, s1, s2, sumY, w1, w2, t1, t1y, t2] =
+            BlockSums<9>(gaps_.size(), [&](std::size_t i, std::array<double, 9>& s) {
+                const double d = gaps_[i] + c, w = 1 / d, y = std::log(d / dmax),
+                             e = std::exp(k * y), ew = e * w;
+                s[0] += e, s[1] += e * y, s[2] += e * y * y, s[3] += y;
+                s[4] += w, s[5] += w * w;
+                s[6] += ew, s[7] += ew * y, s[8] += ew * w;
+            });
+        const long double n = static_cast<long double>(gaps_.size()), m1 = s1 / s0, p1 = t1 / s0;
+        const long double lk = n / k - n * m1 + sumY, lkk = -n / (k * k) - n * (s2 / s0 - m1 * m1);
+        const long double lc = (k - 1) * w1 - n * k * p1;
+        const long double lcc = n * k * (k * p1 * p1 - (k - 1) * t2 / s0) - (k - 1) * w2;
+        const long double lkc = w1 - n * (p1 + k * (t1y / s0 - p1 * m1));
+        const long double lu = c * lc, luu = c * c * lcc + c * lc, lku = c * lkc;
+        if (!(std::isfinite(static_cast<double>(lk + lu + luu + lku)) && lkk < 0)) return {};
+        step_ = {u, k, static_cast<double>(lk), static_cast<double>(lku), static_cast<double>(lkk)};
+        return {static_cast<double>(lu - lku * lk / lkk),
+                static_cast<double>(luu - lku * lku / lkk)};
     }
 
-    // The shape of the last solve: a warm start for the next.
-    double Shape() const { return shape_; }
+    // The shape to go with u: after a pass on every value, as that pass's Newton
+    // step predicts it (kept within a factor 2); before, the last solve's.
+    double Shape(double u) const {
+        if (!step_) return shape_;
+        const double k = step_->K - (step_->Lk + step_->Lku * (u - step_->U)) / step_->Lkk;
+        return std::clamp(k, 0.5 * step_->K, 2 * step_->K);
+    }
+
+    // A big sample's passes start from the stand-in's shape.
+    void Follow(const WeibullProfile& standIn) { shape_ = standIn.shape_; }
 
   private:
     WeibullResult Solve(double c) {
@@ -480,10 +531,14 @@ class WeibullProfile {
         return w;
     }
 
+    struct Step {
+        double U, K, Lk, Lku, Lkk;
+    };
     const std::vector<double>& gaps_;
     const std::vector<double>& weight_;
     std::vector<double> y_;
     double shape_ = 0;
+    std::optional<Step> step_;
 };
 
 Fit Weibull3PRow(const Sample& s) {
@@ -493,7 +548,7 @@ Fit Weibull3PRow(const Sample& s) {
     const double theta = c ? s.X.front() - *c : 0;
     if (!c || !(std::fabs((s.X.front() - theta) - *c) <= 1e-6 * *c)) return Failed(kNoThreshold);
     std::vector<double> y;
-    const WeibullResult w = WeibullOnGaps(gaps, *c, profile.Shape(), y);
+    const WeibullResult w = WeibullOnGaps(gaps, *c, profile.Shape(std::log(*c)), y);
     if (!w.Ok) return Failed(kNoThreshold);
     Fit f;
     f.C = {Kind::Weibull, {w.Shape, w.Scale, theta, 0}};

@@ -21,10 +21,15 @@ Point Outside() {
     return Point{};
 }
 
-Point FromZ(double z, double logSlope) {
+// ln phi(z) with the variate's log slope |dz/dx|.
+double ZDensity(double z, double logSlope) {
+    return logSlope - kHalfLog2Pi - 0.5 * z * z;
+}
+
+Point FromZ(double z, double logDensity) {
     Point p;
     p.Inside = true;
-    p.LogDensity = logSlope - kHalfLog2Pi - 0.5 * z * z;
+    p.LogDensity = logDensity;
     if (std::fabs(z) < 37) { // one erfc serves both tails
         const double near = 0.5 * std::erfc(std::fabs(z) / std::sqrt(2.0)), far = std::log1p(-near);
         p.LogLower = z < 0 ? std::log(near) : far;
@@ -125,48 +130,60 @@ Evaluator::Evaluator(const Curve& c) : c_(c) {
     }
 }
 
-Point Evaluator::operator()(double x) const {
+Evaluator::Variate Evaluator::At(double x) const {
     const double* p = c_.P;
+    auto z = [](double v, double logSlope) { return Variate{true, v, ZDensity(v, logSlope)}; };
     switch (c_.K) {
     case Kind::Normal:
-        return FromZ((x - p[0]) / p[1], lead_);
+        return z((x - p[0]) / p[1], lead_);
     case Kind::LogNormal: {
         const double d = x - p[2];
-        if (!(d > 0)) return Outside();
+        if (!(d > 0)) return {};
         const double ld = std::log(d);
-        return FromZ((ld - p[0]) / p[1], lead_ - ld);
+        return z((ld - p[0]) / p[1], lead_ - ld);
     }
     case Kind::JohnsonSB: {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = x - p[3], v = lamda - d;
-        if (!(d > 0 && v > 0)) return Outside();
+        if (!(d > 0 && v > 0)) return {};
         const double ld = std::log(d), lv = std::log(v);
-        return FromZ(gamma + delta * (ld - lv), lead_ - ld - lv);
+        return z(gamma + delta * (ld - lv), lead_ - ld - lv);
     }
     case Kind::JohnsonSU: {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = x - p[3];
-        return FromZ(gamma + delta * std::asinh(d / lamda), lead_ - std::log(std::hypot(d, lamda)));
+        return z(gamma + delta * std::asinh(d / lamda), lead_ - std::log(std::hypot(d, lamda)));
     }
     case Kind::JohnsonSL: {
         const double delta = p[0], gamma = p[1], lamda = p[2], d = x - p[3];
-        if (!((lamda > 0 && d > 0) || (lamda < 0 && d < 0))) return Outside();
+        if (!((lamda > 0 && d > 0) || (lamda < 0 && d < 0))) return {};
         const double ld = std::log(std::fabs(d));
-        const double z = gamma + delta * (ld - logLamda_);
-        return FromZ(lamda > 0 ? z : -z, lead_ - ld);
+        const double v = gamma + delta * (ld - logLamda_);
+        return z(lamda > 0 ? v : -v, lead_ - ld);
     }
     case Kind::Exponential: {
         const double rate = p[0], d = x - p[1];
-        if (!(d >= 0)) return Outside();
+        if (!(d >= 0)) return {};
         const double t = rate * d;
-        return FromHazard(t, lead_ - t);
+        return {true, t, lead_ - t};
     }
     case Kind::Weibull: {
         const double k = p[0], scale = p[1], d = x - p[2];
-        if (!(d > 0)) return Outside();
+        if (!(d > 0)) return {};
         const double lr = std::log(d / scale), t = std::exp(k * lr);
-        return FromHazard(t, lead_ + (k - 1) * lr - t);
+        return {true, t, lead_ + (k - 1) * lr - t};
     }
     }
-    return Outside();
+    return {};
+}
+
+Point Evaluator::operator()(double x) const {
+    const Variate v = At(x);
+    if (!v.Inside) return Outside();
+    return NormalBased(c_.K) ? FromZ(v.V, v.LogDensity) : FromHazard(v.V, v.LogDensity);
+}
+
+double Evaluator::LogDensity(double x) const {
+    const Variate v = At(x);
+    return v.Inside ? v.LogDensity : -kInf;
 }
 
 Point Evaluate(const Curve& c, double x) {

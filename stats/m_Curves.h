@@ -38,8 +38,17 @@ class Evaluator {
   public:
     explicit Evaluator(const Curve& c);
     Point operator()(double x) const;
+    // The log density alone (-infinity outside), as operator() gives it.
+    double LogDensity(double x) const;
 
   private:
+    // x's variate (z, or the cumulative hazard t) and log density.
+    struct Variate {
+        bool Inside = false;
+        double V = 0, LogDensity = 0;
+    };
+    Variate At(double x) const;
+
     Curve c_;
     double lead_ = 0;     // the log density's constant part
     double logLamda_ = 0; // SL: ln |lamda|

@@ -648,10 +648,9 @@ Fit JohnsonPercentilesRow(const Sample& s) {
         MeanSd(
             z, [](double v) { return v; }, mean, sd);
         if (!(sd > 0)) continue;
-        const m_GoodnessOfFit::Measures m =
-            m_GoodnessOfFit::Measure({Kind::Normal, {mean, sd, 0, 0}}, z);
-        if (m.Covered && m.A2 < bestA2) {
-            bestA2 = m.A2;
+        const double a2 = m_GoodnessOfFit::A2({Kind::Normal, {mean, sd, 0, 0}}, z);
+        if (a2 < bestA2) { // false for NaN: z leaves no digits in a tail
+            bestA2 = a2;
             best = std::move(f);
         }
     }

@@ -2,6 +2,7 @@
 // point as sum [(2i - 1) ln F(x(i)) + (2n + 1 - 2i) ln(1 - F(x(i)))] so that one
 // pass over the sorted sample gives it; the sum is kept in long double because
 // for a million values it is -n^2 to within the statistic.
+// The log-likelihood is a pass of its own: ranking needs it, not A2.
 #include "stats/m_GoodnessOfFit.h"
 
 #include <boost/math/distributions/chi_squared.hpp>
@@ -11,27 +12,43 @@
 
 namespace m_GoodnessOfFit {
 
-Measures Measure(const m_Curves::Curve& c, const std::vector<double>& sorted) {
-    Measures m;
+namespace {
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+}
+
+bool Covers(const m_Curves::Curve& c, const std::vector<double>& sorted) {
+    if (sorted.empty()) return false;
+    const m_Curves::Evaluator at(c);
+    const m_Curves::Point low = at(sorted.front()), high = at(sorted.back());
+    return low.Inside && high.Inside && std::isfinite(low.LogLower) &&
+           std::isfinite(high.LogUpper) && std::isfinite(low.LogUpper) &&
+           std::isfinite(high.LogLower);
+}
+
+double LogLik(const m_Curves::Curve& c, const std::vector<double>& sorted) {
+    if (!Covers(c, sorted)) return kNaN;
+    const m_Curves::Evaluator at(c);
+    long double sum = 0;
+    for (double x : sorted)
+        sum += at.LogDensity(x);
+    const double logLik = static_cast<double>(sum);
+    return std::isfinite(logLik) ? logLik : kNaN;
+}
+
+double A2(const m_Curves::Curve& c, const std::vector<double>& sorted) {
+    if (!Covers(c, sorted)) return kNaN;
     const std::size_t n = sorted.size();
     const m_Curves::Evaluator at(c);
-    // Every curve's support is an interval: the ends of the sorted sample tell
-    // at once whether a value lies outside.
-    if (n == 0 || !at(sorted.front()).Inside || !at(sorted.back()).Inside) return m;
-    long double logLik = 0, sum = 0;
+    long double sum = 0;
     for (std::size_t i = 0; i < n; ++i) {
         const m_Curves::Point p = at(sorted[i]);
-        if (!p.Inside) return m;
         const double up = 2.0 * static_cast<double>(i + 1) - 1,
                      down = 2.0 * static_cast<double>(n - i) - 1;
-        logLik += p.LogDensity;
         sum +=
             up * static_cast<long double>(p.LogLower) + down * static_cast<long double>(p.LogUpper);
     }
-    m.LogLik = static_cast<double>(logLik);
-    m.A2 = static_cast<double>(-static_cast<long double>(n) - sum / n);
-    m.Covered = std::isfinite(m.LogLik) && std::isfinite(m.A2);
-    return m;
+    const double a2 = static_cast<double>(-static_cast<long double>(n) - sum / n);
+    return std::isfinite(a2) ? a2 : kNaN;
 }
 
 double NormalTableP(double a2, double n) {

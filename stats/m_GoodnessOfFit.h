@@ -8,14 +8,16 @@
 
 namespace m_GoodnessOfFit {
 
-struct Measures {
-    bool Covered = false; // false: a value lies outside the curve (no figures)
-    double LogLik = 0;
-    double A2 = 0;
-};
+// Every value lies where the curve has a density and both of its tails keep
+// digits: told by the sorted sample's ends, since every curve's support is an
+// interval and its tails are monotone. Else neither figure below exists.
+bool Covers(const m_Curves::Curve& c, const std::vector<double>& sorted);
 
-// On the sorted sample, at the curve's parameters, in one pass.
-Measures Measure(const m_Curves::Curve& c, const std::vector<double>& sorted);
+// The sum of ln f over the sorted sample; NaN when the curve does not cover it.
+double LogLik(const m_Curves::Curve& c, const std::vector<double>& sorted);
+
+// Anderson-Darling A2 of the sorted sample; NaN when the curve does not cover it.
+double A2(const m_Curves::Curve& c, const std::vector<double>& sorted);
 
 // D'Agostino and Stephens (1986), the normal with both parameters estimated: p
 // of A2 for a sample of n; 0 for a modified A2 past 10, where the formula turns.

@@ -46,11 +46,11 @@ void RunReplicate(int row, const m_Curves::Curve& fitted, double a2, std::size_t
             t.GaveUp = true;
             return;
         }
-        const m_GoodnessOfFit::Measures m =
-            f.Status.empty() ? m_GoodnessOfFit::Measure(f.C, s.X) : m_GoodnessOfFit::Measures{};
-        if (m.Covered) {
+        const double a2Star = f.Status.empty() ? m_GoodnessOfFit::A2(f.C, s.X)
+                                               : std::numeric_limits<double>::quiet_NaN();
+        if (!std::isnan(a2Star)) {
             ++t.Done;
-            if (m.A2 >= a2) ++t.Exceed;
+            if (a2Star >= a2) ++t.Exceed;
             return;
         }
         ++t.Redraws;
@@ -111,33 +111,41 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
             r.Status = r.F.Status;
             return;
         }
-        const m_GoodnessOfFit::Measures m = m_GoodnessOfFit::Measure(r.F.C, s.X);
-        if (!m.Covered) {
+        r.LogLik = m_GoodnessOfFit::LogLik(r.F.C, s.X);
+        if (std::isnan(r.LogLik)) {
             r.Status = m_Fits::kOutside;
             return;
         }
-        r.LogLik = m.LogLik;
-        r.A2 = m.A2;
-        r.AICc = m_GoodnessOfFit::AICc(m.LogLik, m_Fits::Info(i).K, n);
+        r.AICc = m_GoodnessOfFit::AICc(r.LogLik, m_Fits::Info(i).K, n);
+    };
+    auto measureRow = [&](int i) {
+        RowResult& r = rows[i];
+        if (o.Cancel && *o.Cancel) return;
+        r.A2 = m_GoodnessOfFit::A2(r.F.C, s.X);
         // The table is for the normal: on ln x for the LogNormal row.
         if (i == m_Fits::kNormal || i == m_Fits::kLogNormal)
-            r.PTable = m_GoodnessOfFit::NormalTableP(m.A2, n);
+            r.PTable = m_GoodnessOfFit::NormalTableP(r.A2, n);
     };
-    // The rows are independent. The slowest starts first, so it does not end the
-    // run alone; then the quick ones, so a caller shown each row sees them soon.
+    // The rows are independent. The slowest starts first, the next slowest
+    // after the three quick ones (so a caller shown each row sees some at once),
+    // so that neither ends the run alone.
     static const int kOrder[m_Fits::kRowCount] = {
-        m_Fits::kWeibull3P,  m_Fits::kNormal,  m_Fits::kExponential,    m_Fits::kExponential2P,
-        m_Fits::kLogNormal,  m_Fits::kWeibull, m_Fits::kJohnsonMoments, m_Fits::kJohnsonPercentiles,
-        m_Fits::kLogNormal3P};
-    std::atomic<int> next{0};
-    auto work = [&](int) {
-        for (int k; (k = next++) < m_Fits::kRowCount;) {
-            fitRow(kOrder[k]);
-            if (o.RowDone) o.RowDone(kOrder[k], rows[kOrder[k]]);
-        }
-    };
+        m_Fits::kWeibull3P,     m_Fits::kNormal,         m_Fits::kExponential,
+        m_Fits::kExponential2P, m_Fits::kLogNormal3P,    m_Fits::kLogNormal,
+        m_Fits::kWeibull,       m_Fits::kJohnsonMoments, m_Fits::kJohnsonPercentiles};
     const bool large = s.X.size() > 2000; // below, starting a thread costs more than it saves
-    m_Simulate::OnThreads(large ? std::clamp(o.Threads, 1, 64) : 1, work);
+    const int threads = large ? std::clamp(o.Threads, 1, 64) : 1;
+    // Each of the two steps shares out the rows in the given order.
+    auto onThreads = [&](const std::vector<int>& order, auto& step, const auto& done) {
+        std::atomic<std::size_t> next{0};
+        m_Simulate::OnThreads(threads, [&](int) {
+            for (std::size_t k; (k = next++) < order.size();) {
+                step(order[k]);
+                if (done) done(order[k], rows[order[k]]);
+            }
+        });
+    };
+    onThreads({std::begin(kOrder), std::end(kOrder)}, fitRow, o.RowDone);
     for (int i = 0; i < m_Fits::kRowCount; ++i) {
         const int nested = m_Fits::Info(i).Nested;
         if (nested >= 0 && rows[i].Status == "ok" && rows[nested].Status == "ok")
@@ -158,8 +166,16 @@ std::vector<RowResult> Identify(const std::vector<double>& values, const Options
         for (const RowResult& other : rows)
             if (std::isfinite(other.AICc) && other.AICc < r.AICc) ++r.Rank;
     }
+    if (o.Ranked) o.Ranked(rows);
+    std::vector<int> ranked;
     for (int i = 0; i < m_Fits::kRowCount; ++i)
-        if (rows[i].Status == "ok")
+        if (rows[i].Status == "ok") ranked.push_back(i);
+    auto place = [&](int i) { return rows[i].Rank > 0 ? rows[i].Rank : m_Fits::kRowCount + 1; };
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [&](int a, int b) { return place(a) < place(b); });
+    onThreads(ranked, measureRow, o.Measured);
+    for (int i : ranked)
+        if (!std::isnan(rows[i].A2))
             rows[i].P = SimulatedP(i, rows[i].F.C, rows[i].A2, s.X.size(), o, &rows[i].Redraws);
     return rows;
 }

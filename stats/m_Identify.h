@@ -26,9 +26,13 @@ struct Options {
     const std::atomic<bool>* Cancel = nullptr;
     // Called after each simulated sample, from whichever thread drew it.
     std::function<void()> Progress;
-    // Called with each row's index as soon as it is fitted and measured (before
-    // the ranking), from whichever thread fitted it.
+    // A row's figures come in two steps. First its fit, log-likelihood and
+    // AICc (A2 and the table p still NaN): RowDone with its index, from
+    // whichever thread fitted it; once every row is in and ranked, Ranked with
+    // them all. Then its A2 and table p: Measured, in the order of the ranks.
     std::function<void(int row, const RowResult& r)> RowDone;
+    std::function<void(const std::vector<RowResult>& rows)> Ranked;
+    std::function<void(int row, const RowResult& r)> Measured;
 };
 
 // 1,000 simulated samples per row, but no more than 5e6 simulated values per row

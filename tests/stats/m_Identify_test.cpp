@@ -1,12 +1,15 @@
 // The identification table: simulated p-values that are uniform under the
-// fitted family and the same for any number of threads, and bad samples that
-// end in a status, never in a crash or a hang.
+// fitted family and the same for any number of threads, rows shown fitted and
+// ranked before their A2, and bad samples that end in a status, never in a
+// crash or a hang.
 #include "stats/m_GoodnessOfFit.h"
 #include "stats/m_Identify.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <mutex>
+#include <numeric>
 #include <random>
 
 namespace {
@@ -27,9 +30,8 @@ TEST(Identify, SimulatedPIsRoughlyUniformUnderTheFittedFamily) {
                                    : std::exponential_distribution<>(0.5)(gen);
             const Sample s = Prepare(x);
             const Fit f = FitRow(row, s);
-            const m_GoodnessOfFit::Measures m = m_GoodnessOfFit::Measure(f.C, s.X);
-            const double p =
-                m_Identify::SimulatedP(row, f.C, m.A2, 20, {19, static_cast<std::uint64_t>(k), 2});
+            const double p = m_Identify::SimulatedP(row, f.C, m_GoodnessOfFit::A2(f.C, s.X), 20,
+                                                    {19, static_cast<std::uint64_t>(k), 2});
             sum += p;
             small += p <= 0.1;
         }
@@ -50,6 +52,30 @@ TEST(Identify, TheAnswerDoesNotDependOnTheThreads) {
             EXPECT_EQ(one[i].P, two[i].P) << one[i].Name;
         }
     }
+    // Shown in two steps: fits and ranks first, without A2; then A2 best first.
+    m_Identify::Options shown{0, 11, 2};
+    std::mutex lock;
+    int fitted = 0;
+    std::vector<int> ranks, measured;
+    shown.RowDone = [&](int, const m_Identify::RowResult& r) {
+        std::lock_guard hold(lock);
+        fitted += std::isnan(r.A2);
+    };
+    shown.Ranked = [&](const std::vector<m_Identify::RowResult>& rows) {
+        for (const auto& r : rows)
+            ranks.push_back(std::isnan(r.A2) ? r.Rank : -1);
+    };
+    shown.Measured = [&](int i, const m_Identify::RowResult& r) {
+        std::lock_guard hold(lock);
+        if (r.A2 == one[i].A2) measured.push_back(one[i].Rank);
+    };
+    m_Identify::Identify(x, shown);
+    EXPECT_EQ(fitted, kRowCount);
+    for (int i = 0; i < kRowCount; ++i)
+        EXPECT_EQ(ranks.at(i), one[i].Rank) << one[i].Name;
+    std::vector<int> best(measured.size());
+    std::iota(best.begin(), best.end(), 1);
+    EXPECT_EQ(measured, best); // one thread below 2000 values: strictly in rank order
     // Watching the progress leaves the answer as it is; a cancelled run has no p.
     std::atomic<bool> cancel{false};
     std::atomic<int> drawn{0};

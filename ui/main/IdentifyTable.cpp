@@ -64,9 +64,25 @@ void IdentifyTable::SetRows(std::vector<m_Identify::RowResult> rows, const std::
         return ra > 0 && (rb == 0 || ra < rb);
     });
     p_.assign(rows_.size(), PState::Waiting);
-    for (std::size_t i = 0; i < rows_.size(); ++i)
+    a2_.assign(rows_.size(), PState::Waiting);
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
         if (rows_[i].Status != "ok" || !std::isnan(rows_[i].P)) p_[i] = PState::Done;
+        if (rows_[i].Status != "ok" || !std::isnan(rows_[i].A2)) a2_[i] = PState::Done;
+    }
     endResetModel();
+}
+
+int IdentifyTable::Shown(int fitRow) const {
+    return static_cast<int>(std::find(order_.begin(), order_.end(), fitRow) - order_.begin());
+}
+
+void IdentifyTable::SetA2(int fitRow, double a2, double pTable) {
+    if (fitRow < 0 || fitRow >= static_cast<int>(rows_.size())) return;
+    rows_[fitRow].A2 = a2;
+    rows_[fitRow].PTable = pTable;
+    a2_[fitRow] = PState::Done;
+    const int shown = Shown(fitRow);
+    emit dataChanged(index(shown, kAD), index(shown, kP)); // the p column's tip has the table p
 }
 
 void IdentifyTable::Clear() {
@@ -77,8 +93,7 @@ void IdentifyTable::SetP(int fitRow, double p) {
     if (fitRow < 0 || fitRow >= static_cast<int>(rows_.size())) return;
     rows_[fitRow].P = p;
     p_[fitRow] = PState::Done;
-    const int shown =
-        static_cast<int>(std::find(order_.begin(), order_.end(), fitRow) - order_.begin());
+    const int shown = Shown(fitRow);
     emit dataChanged(index(shown, kP), index(shown, kP));
 }
 
@@ -89,7 +104,8 @@ void IdentifyTable::StopWaiting() {
 }
 
 bool IdentifyTable::Complete() const {
-    return std::all_of(p_.begin(), p_.end(), [](PState s) { return s == PState::Done; });
+    auto done = [](PState s) { return s == PState::Done; };
+    return std::all_of(p_.begin(), p_.end(), done) && std::all_of(a2_.begin(), a2_.end(), done);
 }
 
 void IdentifyTable::SkipSimulation(const QString& why) {
@@ -143,6 +159,7 @@ QString IdentifyTable::Text(int shown, int column) const {
         return text;
     }
     case kAD:
+        if (ok && a2_[FitRow(shown)] == PState::Waiting) return QString::fromUtf8("\u2026");
         return ok ? Number(r.A2, "0.000") : QString();
     case kP:
         if (!ok) return {};

@@ -2,7 +2,8 @@
 // of a sample, best first, each with its parameters in the window's own slots
 // and number format, Anderson-Darling A2, its p-values, AICc, weight and rank.
 // Rows that have no fit stay in the table, after the ranked ones, with their
-// reason. The simulated p arrives row by row while the fits are already shown.
+// reason. A big sample's AD arrives row by row after its ranked fits, and the
+// simulated p row by row while the fits are already shown.
 #pragma once
 
 #include "stats/m_Identify.h"
@@ -18,7 +19,7 @@ class IdentifyTable : public QAbstractTableModel {
 
   public:
     enum Column { kName, kParams, kAD, kP, kLrtP, kAICc, kWeight, kRank, kColumnCount };
-    // Where a row's simulated p stands.
+    // Where a row's AD or simulated p stands.
     enum class PState { Waiting, Done, Stopped };
 
     using QAbstractTableModel::QAbstractTableModel;
@@ -27,6 +28,8 @@ class IdentifyTable : public QAbstractTableModel {
     // `pattern` is the window's number pattern (DisplayOptions::Pattern()).
     void SetRows(std::vector<m_Identify::RowResult> rows, const std::string& pattern);
     void Clear();
+    // The AD and table p of m_Fits row `fitRow` have arrived.
+    void SetA2(int fitRow, double a2, double pTable);
     // The simulated p of m_Fits row `fitRow` has arrived.
     void SetP(int fitRow, double p);
     // The simulation stopped: the rows still waiting say so.
@@ -40,7 +43,7 @@ class IdentifyTable : public QAbstractTableModel {
     // The fit of m_Fits row `fitRow`.
     const m_Identify::RowResult& ByFitRow(int fitRow) const { return rows_[fitRow]; }
     bool Usable(int shown) const { return Fit(shown).Status == "ok"; }
-    // Every row's p is in (or the row has none).
+    // Every row's AD and p are in (or the row has none).
     bool Complete() const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -52,10 +55,12 @@ class IdentifyTable : public QAbstractTableModel {
   private:
     QString Text(int shown, int column) const;
     QString Tip(int shown, int column) const;
+    int Shown(int fitRow) const;
 
     std::vector<m_Identify::RowResult> rows_;
     std::vector<int> order_; // shown row -> m_Fits row
     std::vector<PState> p_;  // by m_Fits row
+    std::vector<PState> a2_; // by m_Fits row: Waiting or Done
     std::string pattern_;
     QString noSimulation_;
 };

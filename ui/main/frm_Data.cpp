@@ -592,13 +592,24 @@ void frm_Data::StartIdentify(std::vector<double> values) {
             o.Replicates = 0;
             o.Seed = kSeed;
             o.Cancel = &job->Cancel;
-            // A big sample shows each row as it is fitted: the quick ones at once.
-            if (n > kRowByRow)
-                o.RowDone = [this, generation](int i, const m_Identify::RowResult& r) {
-                    QMetaObject::invokeMethod(
-                        this, [this, generation, i, r] { ShowRow(generation, i, r); },
-                        Qt::QueuedConnection);
+            // A big sample shows each row as it is fitted (the quick ones at
+            // once), then the ranked table, then each row's AD as it is measured.
+            auto post = [this](auto show) {
+                QMetaObject::invokeMethod(this, std::move(show), Qt::QueuedConnection);
+            };
+            if (n > kRowByRow) {
+                o.RowDone = [&post, generation, this](int i, const m_Identify::RowResult& r) {
+                    post([this, generation, i, r] { ShowRow(generation, i, r); });
                 };
+                o.Ranked = [&post, generation, sorted, this](const auto& rows) {
+                    post([this, generation, rows, sorted] { ShowFits(generation, rows, sorted); });
+                };
+                o.Measured = [&post, generation, this](int i, const m_Identify::RowResult& r) {
+                    post([this, generation, i, a2 = r.A2, pTable = r.PTable] {
+                        ShowMeasured(generation, i, a2, pTable);
+                    });
+                };
+            }
             std::vector<m_Identify::RowResult> rows = m_Identify::Identify(*sorted, o);
             if (job->Cancel) throw std::runtime_error("stopped");
             std::vector<int> order;
@@ -608,17 +619,15 @@ void frm_Data::StartIdentify(std::vector<double> values) {
                              [&](int a, int b) { return rows[a].Rank < rows[b].Rank; });
             o.Replicates = n <= kMaxSimulated ? m_Identify::DefaultReplicates(n) : 0;
             job->Total = static_cast<long>(o.Replicates) * static_cast<long>(order.size());
-            QMetaObject::invokeMethod(
-                this, [this, generation, rows, sorted] { ShowFits(generation, rows, sorted); },
-                Qt::QueuedConnection);
+            if (n <= kRowByRow)
+                post([this, generation, rows, sorted] { ShowFits(generation, rows, sorted); });
+            post([this, generation] { ShowSimulation(generation); });
             o.Progress = [job] { ++job->Drawn; };
             for (int i : order) {
                 if (o.Replicates == 0) break;
                 const double p = m_Identify::SimulatedP(i, rows[i].F.C, rows[i].A2, n, o);
                 if (job->Cancel) break;
-                QMetaObject::invokeMethod(
-                    this, [this, generation, i, p] { ShowP(generation, i, p); },
-                    Qt::QueuedConnection);
+                post([this, generation, i, p] { ShowP(generation, i, p); });
             }
         } catch (const std::exception&) { // stopped, or out of memory: nothing more to show
         }
@@ -651,14 +660,16 @@ void frm_Data::ShowFits(int generation, std::vector<m_Identify::RowResult> rows,
             for (int c : {IdentifyTable::kP, IdentifyTable::kLrtP})
                 tbl_Fits->setColumnWidth(c, std::max(tbl_Fits->columnWidth(c), pWidth));
             if (fits_->rowCount() > 0) tbl_Fits->selectRow(0);
-            if (job_ && !job_->Cancel && job_->Total > 0) {
-                pg_Simulation->setMaximum(static_cast<int>(job_->Total));
-                pg_Simulation->show();
-                but_StopSimulation->show();
-                progress_->start();
-            }
         });
     });
+}
+
+void frm_Data::ShowSimulation(int generation) {
+    if (generation != generation_ || !job_ || job_->Cancel || job_->Total == 0) return;
+    pg_Simulation->setMaximum(static_cast<int>(job_->Total));
+    pg_Simulation->show();
+    but_StopSimulation->show();
+    progress_->start();
 }
 
 // Rows not fitted yet wait greyed in the table, in its own order.
@@ -684,6 +695,10 @@ void frm_Data::ShowRow(int generation, int fitRow, const m_Identify::RowResult& 
 
 void frm_Data::ShowP(int generation, int fitRow, double p) {
     if (generation == generation_) fits_->SetP(fitRow, p);
+}
+
+void frm_Data::ShowMeasured(int generation, int fitRow, double a2, double pTable) {
+    if (generation == generation_) fits_->SetA2(fitRow, a2, pTable);
 }
 
 void frm_Data::SimulationEnded(int generation) {

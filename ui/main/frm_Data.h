@@ -74,7 +74,8 @@ class frm_Data : public QDialog {
     static constexpr std::uint64_t kSeed = 1;
     // Typing waits this long before the sample is identified again.
     static constexpr int kSettleMs = 250;
-    // Bigger samples show each row as it is fitted.
+    // Bigger samples show each row as it is fitted, and the ranked table before
+    // its AD column.
     static constexpr std::size_t kRowByRow = 100000;
     // Bigger samples get no simulated p: a simulated sample would take seconds
     // to fit, and at that size the test rejects any real data anyway.
@@ -125,6 +126,8 @@ class frm_Data : public QDialog {
                   std::shared_ptr<const std::vector<double>> sorted);
     void ShowRow(int generation, int fitRow, const m_Identify::RowResult& row);
     void ShowP(int generation, int fitRow, double p);
+    void ShowMeasured(int generation, int fitRow, double a2, double pTable);
+    void ShowSimulation(int generation);
     void SimulationEnded(int generation);
     void ShowProgress();
     // The sample as OK and "Use this fit" take it; false after a message.

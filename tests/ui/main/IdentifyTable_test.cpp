@@ -1,6 +1,6 @@
 // The identification table without widgets: the rows best first, the failed
 // ones after them greyed with their reason, the parameters in the window's
-// slots and format, and the p column as the simulation fills or stops it.
+// slots and format, and the AD and p columns as they are filled or stopped.
 #include "ui/main/IdentifyTable.h"
 
 #include <gtest/gtest.h>
@@ -57,6 +57,20 @@ TEST(IdentifyTable, RowsBestFirstFailedLastInTheWindowsFormat) {
     EXPECT_EQ(Cell(t, normal, IdentifyTable::kParams), QString("Mean: %1  Std. Deviation: %2")
                                                            .arg(mean, 0, 'f', 6)
                                                            .arg(std::sqrt(ss / 7), 0, 'f', 6));
+    // A big sample's AD comes after its ranked row.
+    std::vector<m_Identify::RowResult> rows;
+    for (int i = 0; i < 9; ++i)
+        rows.push_back(t.ByFitRow(i));
+    const int best = t.FitRow(0);
+    rows[best].A2 = std::nan("");
+    IdentifyTable waiting;
+    waiting.SetRows(rows, "0.000000");
+    waiting.SkipSimulation("");
+    EXPECT_EQ(Cell(waiting, 0, IdentifyTable::kAD), QString::fromUtf8("\u2026"));
+    EXPECT_FALSE(waiting.Complete());
+    waiting.SetA2(best, 0.25, std::nan(""));
+    EXPECT_EQ(Cell(waiting, 0, IdentifyTable::kAD), "0.250");
+    EXPECT_TRUE(waiting.Complete());
     // p: waiting, then arrived, then the rest stopped.
     EXPECT_EQ(Cell(t, normal, IdentifyTable::kP), QString::fromUtf8("\u2026"));
     EXPECT_FALSE(t.Complete());

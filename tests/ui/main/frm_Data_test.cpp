@@ -1,5 +1,5 @@
 // The data dialog as a user drives it: where the keys go, the column picker, a
-// big file shown by its first lines, the limits it hands to the window, a
+// big file shown by its first lines and identified in steps, the limits it hands to the window, a
 // middle click with nothing to paste, and the identification table: a row's
 // fit used in the window, the simulation stopped.
 #include "tests/helpers/Reference.h"
@@ -79,6 +79,14 @@ TEST_F(EndToEndData, ABigFileIsShownByItsFirstLinesAndReadWhole) {
     EXPECT_EQ(d->tb_Data->blockCount(), frm_Data::kPreviewLines + 1); // the last line is empty
     EXPECT_TRUE(d->lb_File->isVisible());
     EXPECT_EQ(d->lb_Summary->text().left(10), "n = 150000");
+    // Its ranked rows are shown before their AD; the simulation starts once
+    // every AD is in.
+    ASSERT_TRUE(QTest::qWaitFor([d] { return d->Settled(); }, 20000));
+    EXPECT_EQ(d->Fits()->rowCount(), 9);
+    ASSERT_TRUE(QTest::qWaitFor([d] { return d->pg_Simulation->isVisible(); }, 20000));
+    for (int r = 0; r < 9; ++r)
+        EXPECT_TRUE(!d->Fits()->Usable(r) || std::isfinite(d->Fits()->Fit(r).A2));
+    Click(d->but_StopSimulation);
     Click(d->but_Buttons->button(QDialogButtonBox::Ok));
     EXPECT_EQ(d->Result().Values.size(), 150000u);
     testing_support::ExpectErrorLogEmpty();

@@ -698,7 +698,9 @@ void frm_Data::ShowP(int generation, int fitRow, double p) {
 }
 
 void frm_Data::ShowMeasured(int generation, int fitRow, double a2, double pTable) {
-    if (generation == generation_) fits_->SetA2(fitRow, a2, pTable);
+    if (generation != generation_) return;
+    fits_->SetA2(fitRow, a2, pTable);
+    tbl_Fits->resizeColumnToContents(IdentifyTable::kAD); // it was sized for "..."
 }
 
 void frm_Data::SimulationEnded(int generation) {

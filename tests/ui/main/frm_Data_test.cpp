@@ -86,6 +86,9 @@ TEST_F(EndToEndData, ABigFileIsShownByItsFirstLinesAndReadWhole) {
     ASSERT_TRUE(QTest::qWaitFor([d] { return d->pg_Simulation->isVisible(); }, 20000));
     for (int r = 0; r < 9; ++r)
         EXPECT_TRUE(!d->Fits()->Usable(r) || std::isfinite(d->Fits()->Fit(r).A2));
+    const QAbstractItemView* view = d->tbl_Fits; // AD is not cut to "..."
+    EXPECT_GE(d->tbl_Fits->columnWidth(IdentifyTable::kAD),
+              view->sizeHintForColumn(IdentifyTable::kAD));
     Click(d->but_StopSimulation);
     Click(d->but_Buttons->button(QDialogButtonBox::Ok));
     EXPECT_EQ(d->Result().Values.size(), 150000u);

@@ -614,7 +614,7 @@ void frm_Data::StartIdentify(std::vector<double> values) {
             if (job->Cancel) throw std::runtime_error("stopped");
             std::vector<int> order;
             for (int i = 0; i < static_cast<int>(rows.size()); ++i)
-                if (rows[i].Status == "ok") order.push_back(i);
+                if (rows[i].Status == "ok" && !std::isnan(rows[i].A2)) order.push_back(i);
             std::stable_sort(order.begin(), order.end(),
                              [&](int a, int b) { return rows[a].Rank < rows[b].Rank; });
             o.Replicates = n <= kMaxSimulated ? m_Identify::DefaultReplicates(n) : 0;
